@@ -1,0 +1,33 @@
+# Language level, warnings, visibility and sanitizers, for every target of the project alike.
+
+if(NOT CMAKE_BUILD_TYPE)
+  set(CMAKE_BUILD_TYPE Release CACHE STRING "Debug, Release or Sanitize" FORCE)
+endif()
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+# Optimised enough that the sanitized tests stay quick, with line numbers in their reports.
+set(CMAKE_CXX_FLAGS_SANITIZE "-O1 -g1 -fno-omit-frame-pointer")
+set(CMAKE_C_FLAGS_SANITIZE "-O1 -g1 -fno-omit-frame-pointer")
+set(CMAKE_CXX_FLAGS_RELEASE "-O2 -DNDEBUG")
+
+if(MSVC)
+  add_compile_options(/utf-8 /W4 /WX /permissive- /Zc:preprocessor /Zc:__cplusplus)
+else()
+  add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
+                      -Wold-style-cast -Wcast-align -Wunused -Wformat=2 -Werror)
+endif()
+
+if(KPX_SANITIZE)
+  add_compile_options(-fsanitize=${KPX_SANITIZE} -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${KPX_SANITIZE})
+endif()
+if(KPX_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()

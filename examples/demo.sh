@@ -1,0 +1,54 @@
+#!/usr/bin/env bash
+# The main job, step by step, in a folder of its own.  demo.sh BUILD-FOLDER WORK-FOLDER
+set -euo pipefail
+
+build=$(cd "$1" && pwd)
+kpx=$build/tools/kpx/kpx
+export PATH=$build/tools/kpx:$PATH
+rm -rf "$2" && mkdir -p "$2" && cd "$2"
+
+explain() { printf '\n\033[1m%s\033[0m\n' "$*"; }
+# Shows a command as a person would type it, and runs it; the exit codes named in "allowed" are
+# answers, not failures.
+show() {
+  local allowed=$1 code=0; shift
+  printf '  $ %s\n' "$*"
+  bash -c "$*" | sed 's/^/  /' || code=${PIPESTATUS[0]}
+  case " $allowed " in *" $code "*) ;; *) echo "unexpected exit code $code" >&2; exit 1 ;; esac
+  [ "$code" = 0 ] || printf '  (exit %s)\n' "$code"
+}
+
+[ -x "$kpx" ] || { echo "demo: build first: ./dev build" >&2; exit 1; }
+
+explain "1. A new general-settings object, complete with its defaults, written as XML."
+show 0 'kpx config defaults CFGGeneralSettings > general.xml'
+show 0 'head -c 600 general.xml; echo; echo ...'
+show 0 'kpx xml stats general.xml'
+
+explain "2. The position tolerance of one module is set to 0.02. It is stored with three decimals."
+show 0 'kpx config set general.xml CA2T_Tol_XY 0.05'
+show 0 'kpx config set general.xml CA2T_Tol_XY 0.02'
+show 0 'kpx config get general.xml CA2T_Tol_XY'
+
+explain "3. Two more settings are changed; nothing else in the file moves."
+show 0 'cp general.xml before.xml'
+show 0 'kpx config set general.xml FDS_Tol_Z 0.035'
+show 0 'kpx config set general.xml NIV_LG 7'
+show '0 1' 'diff before.xml general.xml | grep -oE "(Name|Value)=\"[^\"]*\"" | paste -sd" " | fold -w 88'
+
+explain "4. A file from elsewhere: it has a setting nobody knows, and one is missing."
+show 0 'sed -e "s/Name=\"KT_Message\"/Name=\"KT_FromTheFuture\"/" general.xml > foreign.xml'
+show '0 1' 'kpx config validate foreign.xml'
+
+explain "5. The same from a module's side: read into a fresh object, change through the typed
+   accessor, save. The unknown setting is ignored, the missing one keeps its default."
+show 0 "$build/examples/settings_example foreign.xml changed.xml"
+
+explain "6. Compared with the defaults: exactly what was changed."
+show '0 1' 'kpx config diff changed.xml'
+
+explain "7. The XML engine over a real file of this machine."
+show 0 'kpx xml stats /usr/share/mime/packages/freedesktop.org.xml'
+show 0 'kpx xml check /usr/share/mime/packages/freedesktop.org.xml'
+
+printf '\nThe files of this demonstration are in %s\n' "$2"

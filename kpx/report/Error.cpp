@@ -1,0 +1,39 @@
+#include "kpx/report/Error.h"
+
+#include <atomic>
+
+namespace kpx {
+namespace {
+
+void ignoreReport(int) noexcept {}
+
+constinit std::atomic<ErrorSink> currentSink{&ignoreReport};
+constinit std::atomic<std::uint64_t> reportedCount{0};
+constinit std::atomic<std::uint64_t> droppedCount{0};
+constinit thread_local bool reporting = false;
+
+}  // namespace
+
+void kpxError(int number) noexcept {
+  reportedCount.fetch_add(1, std::memory_order_relaxed);
+  if (reporting) {
+    droppedCount.fetch_add(1, std::memory_order_relaxed);
+    return;
+  }
+  reporting = true;
+  currentSink.load(std::memory_order_acquire)(number);
+  reporting = false;
+}
+
+ErrorSink setErrorSink(ErrorSink sink) noexcept {
+  const ErrorSink previous =
+      currentSink.exchange(sink ? sink : &ignoreReport, std::memory_order_acq_rel);
+  return previous == &ignoreReport ? nullptr : previous;
+}
+
+ErrorCounts errorCounts() noexcept {
+  return {reportedCount.load(std::memory_order_relaxed),
+          droppedCount.load(std::memory_order_relaxed)};
+}
+
+}  // namespace kpx

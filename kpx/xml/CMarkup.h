@@ -1,0 +1,292 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string_view>
+#include <vector>
+
+#include "kpx/report/Export.h"
+#include "kpx/text/CString.h"
+#include "kpx/xml/ElemPos.h"
+#include "kpx/xml/MarkupProblem.h"
+#include "kpx/xml/MarkupText.h"
+#include "kpx/xml/internal/ElementIndex.h"
+
+namespace kpx {
+
+namespace detail {
+struct TokenPos;
+class MarkupEditor;
+}  // namespace detail
+
+/// Kinds of nodes as `GetNodeType` answers and `FindNode`, `AddNode` and `InsertNode` take them;
+/// add them up to find several kinds at once.
+namespace MarkupNode {
+inline constexpr int element = 1;
+inline constexpr int text = 2;
+inline constexpr int whitespace = 4;
+inline constexpr int cdataSection = 8;
+inline constexpr int processingInstruction = 16;
+inline constexpr int comment = 32;
+inline constexpr int documentType = 64;
+inline constexpr int loneEndTag = 128;
+}  // namespace MarkupNode
+
+/// Flags of a document and of single operations.
+namespace MarkupFlag {
+/// Document: tag names are compared without regard to case (default: with).
+inline constexpr int ignoreCase = 8;
+/// Data: keep references such as "&amp;" in the given text as they are.
+inline constexpr int withReferences = 8;
+/// Data: write a CDATA section instead of escaping.
+inline constexpr int withCData = 16;
+/// Escaping: for an attribute value, quotes too.
+inline constexpr int attributeValue = 0x100;
+/// Internal add: as a child of the main element instead of after it.
+inline constexpr int asChild = 0x4000;
+}  // namespace MarkupFlag
+
+/// An XML document: the whole text as one UTF-16 string, and beside it one 32-byte record for
+/// each element. Names, attributes and data are never copied out while parsing; they are read
+/// from the text on demand.
+///
+/// A document has a position that its operations work at:
+///   - the *parent*, whose children are being walked (the document itself at first);
+///   - the *main* element among them, the current one (none at first);
+///   - the *child* element, the current one among the children of the main element. With no main
+///     element at the document level, the root element is the child.
+/// Operations without "Child" in their name work at the main element, the others at the child.
+///
+/// Reading never throws. Operations that cannot be carried out answer false, 0 or the empty text
+/// and leave the document as it was. Offsets count UTF-16 units from 0.
+class KPX_API CMarkup {
+ public:
+  // --- documents ----------------------------------------------------------------------------
+
+  CMarkup();
+  /// An empty document with document flags, `MarkupFlag::ignoreCase` or 0.
+  explicit CMarkup(int flags);
+  /// Parses the text.
+  explicit CMarkup(MCD_CSTR text);
+  CMarkup(const CMarkup& other);
+  CMarkup(CMarkup&& other) noexcept;
+  CMarkup& operator=(const CMarkup& other);
+  CMarkup& operator=(CMarkup&& other) noexcept;
+  ~CMarkup();
+
+  /// Replaces the text, parses it and answers `IsWellFormed()`. An ill-formed document keeps all
+  /// elements that could be made out, and can be walked. A text that is moved in is taken over
+  /// without a copy.
+  bool SetDoc(const char16_t* text);
+  bool SetDoc(const CString& text);
+  bool SetDoc(CString&& text);
+  const CString& GetDoc() const noexcept { return doc_; }
+  /// Moves the text out and leaves the document empty.
+  CString TakeDoc();
+
+  /// Whether there is exactly one root element and no structural error was found.
+  bool IsWellFormed() const noexcept;
+  /// What was found wrong, one sentence a line; empty if nothing was.
+  CString GetError() const;
+  /// The outcomes of the last parse, load or save as small markup records, each an empty element
+  /// named after the outcome, and the plain lines of structural errors.
+  const CString& GetResult() const noexcept { return result_; }
+  /// Called for every problem of the following parses; an empty function ends it.
+  void SetProblemSink(MarkupProblemSink sink) { problemSink_ = std::move(sink); }
+
+  /// How many line feeds there are from the start through `offset`: lines count from 0.
+  static int FindErrorLine(const char16_t* text, int offset);
+  static int FindErrorLine(std::u16string_view text, int offset);
+
+  int GetDocFlags() const noexcept { return docFlags_; }
+  /// Takes `MarkupFlag::ignoreCase` or 0; holds for the following parses and searches.
+  void SetDocFlags(int flags) noexcept { docFlags_ = flags; }
+  /// How many elements the document has.
+  int GetDocElemCount() const noexcept;
+
+  // --- whole files ----------------------------------------------------------------------------
+
+  /// Reads a file and parses it. The encoding is taken from a byte-order mark, else from the
+  /// XML declaration, else it is UTF-8 where the bytes allow it and Windows-1252 where not.
+  /// Answers false when the file could not be read (the document is then left as it was) or is
+  /// not well formed; `GetResult` and `GetError` tell which.
+  bool Load(const CString& path);
+  /// Writes the document whole or not at all: a failure leaves an existing file as it was. The
+  /// encoding is the one in the XML declaration, else the one the document was loaded with, else
+  /// UTF-8; a byte-order mark is written where the loaded file had one.
+  bool Save(const CString& path);
+
+  // --- the position ---------------------------------------------------------------------------
+
+  /// Back to the document level, before the root element.
+  void ResetPos();
+  /// Before the first element of the current parent.
+  void ResetMainPos();
+  /// Before the first child of the main element.
+  void ResetChildPos();
+
+  /// The next (previous) element after (before) the main one at this level, with this name if
+  /// one is given; it becomes the main element. With no main element: the first (last) one.
+  /// Answers false and stays where it is when there is none.
+  bool FindElem(MCD_CSTR name = {});
+  bool FindPrevElem(MCD_CSTR name = {});
+  /// The same among the children of the main element. With no main element, the first element at
+  /// this level becomes main first, except at the document level, where root elements are found.
+  bool FindChildElem(MCD_CSTR name = {});
+  bool FindPrevChildElem(MCD_CSTR name = {});
+
+  /// Steps into the main element: it becomes the parent, the child becomes the main element.
+  /// At the document level with no main element, steps into the document's child: the root (or
+  /// the child found last) becomes the main element. Answers false when there is nothing.
+  bool IntoElem();
+  /// Steps out: the parent becomes the main element again, the main element its child. Answers
+  /// false at the document level with no main element; with one, the main element becomes the
+  /// child of the document.
+  bool OutOfElem();
+
+  /// Saves the position under a name, replacing an earlier one, and goes back to it. Removing the
+  /// elements of a saved position removes it; a new parse removes all.
+  bool SavePos(MCD_CSTR name = {});
+  bool RestorePos(MCD_CSTR name = {});
+
+  // --- reading at the main and the child element ------------------------------------------------
+
+  CString GetTagName() const;
+  CString GetChildTagName() const;
+  /// The text inside the element or node with references resolved, CDATA sections included, up
+  /// to the first child element; empty if there is none.
+  CString GetData() const;
+  CString GetChildData() const;
+  /// The value of an attribute with references resolved; empty if there is none.
+  CString GetAttrib(MCD_CSTR name) const;
+  CString GetChildAttrib(MCD_CSTR name) const;
+  bool HasAttrib(MCD_CSTR name) const;
+  bool HasChildAttrib(MCD_CSTR name) const;
+  /// The attribute at an index from 0, in written order; false past the last.
+  bool GetNthAttrib(int index, CString& name, CString& value) const;
+  bool GetNthChildAttrib(int index, CString& name, CString& value) const;
+  /// The markup of the element, tags included, as it stands in the document.
+  CString GetSubDoc() const;
+  CString GetChildSubDoc() const;
+  /// The markup between the tags.
+  CString GetElemContent() const;
+  /// Where the main element or node begins and ends (behind its last unit).
+  bool GetOffsets(int& begin, int& end) const;
+  bool GetChildOffsets(int& begin, int& end) const;
+  /// Where the value of an attribute stands in the text, without its quotes.
+  bool GetAttribOffsets(MCD_CSTR name, int& begin, int& end) const;
+  bool GetChildAttribOffsets(MCD_CSTR name, int& begin, int& end) const;
+  /// 0 for a root element, 1 for its children, and so on.
+  int GetElemLevel() const noexcept;
+  /// The four bits 0x0f000000 are the caller's; GetElemFlags also shows 0x100000 (unended) and
+  /// 0x200000 (a lone end tag or an unended child inside).
+  int GetElemFlags() const noexcept;
+  bool SetElemFlags(int flags) noexcept;
+
+  // --- changing the main and the child element ----------------------------------------------------
+
+  /// Names must be ones that a parse would read back as one name; others are refused.
+  bool SetTagName(MCD_CSTR name);
+  bool SetChildTagName(MCD_CSTR name);
+  /// Replaces the content of an element that has no child elements, or the text of a node.
+  /// Flags: `withReferences`, `withCData`.
+  bool SetData(MCD_CSTR data, int flags = 0);
+  bool SetData(int value);
+  bool SetChildData(MCD_CSTR data, int flags = 0);
+  /// Sets or adds an attribute; a new one goes behind the others. The value is escaped.
+  bool SetAttrib(MCD_CSTR name, MCD_CSTR value);
+  bool SetAttrib(MCD_CSTR name, int value);
+  bool SetChildAttrib(MCD_CSTR name, MCD_CSTR value);
+  bool SetChildAttrib(MCD_CSTR name, int value);
+  /// False when there is no such attribute.
+  bool RemoveAttrib(MCD_CSTR name);
+  bool RemoveChildAttrib(MCD_CSTR name);
+
+  // --- adding and removing elements ---------------------------------------------------------------
+
+  /// Adds an element after the main one (with no main element: as the last at this level), or
+  /// inserts it before (as the first); it becomes the main element.
+  bool AddElem(MCD_CSTR name, MCD_CSTR data = {}, int flags = 0);
+  bool InsertElem(MCD_CSTR name, MCD_CSTR data = {}, int flags = 0);
+  /// The same among the children of the main element; the new element becomes the child.
+  bool AddChildElem(MCD_CSTR name, MCD_CSTR data = {}, int flags = 0);
+  bool InsertChildElem(MCD_CSTR name, MCD_CSTR data = {}, int flags = 0);
+  /// Adds a piece of markup with exactly one well-formed root element, placed likewise.
+  bool AddSubDoc(MCD_CSTR markup);
+  bool InsertSubDoc(MCD_CSTR markup);
+  bool AddChildSubDoc(MCD_CSTR markup);
+  bool InsertChildSubDoc(MCD_CSTR markup);
+  /// Removes the element with everything in it. The element before it becomes the current one,
+  /// so that a following FindElem goes on behind the removed one.
+  bool RemoveElem();
+  bool RemoveChildElem();
+
+  // --- nodes: elements and what stands between them -----------------------------------------------
+
+  /// The next node of one of the given kinds (0: any) at this level. An element becomes the main
+  /// element; any other node is read with GetData and changed with SetData. Answers its kind, or
+  /// 0 and stays where it is when there is none.
+  int FindNode(int types = 0);
+  int GetNodeType() const noexcept { return nodeType_; }
+  /// Adds a node behind the current one (inserts it before), with the text that GetData gives
+  /// back. Refuses a text that would not read back as one node of this kind.
+  bool AddNode(int type, MCD_CSTR text);
+  bool InsertNode(int type, MCD_CSTR text);
+  bool RemoveNode();
+
+  // --- text for markup, see MarkupText encodings in MarkupCodec.h ----------------------------------
+
+  static int DecodeCharUTF8(const char*& position, const char* end);
+  static void EncodeCharUTF8(int codePoint, char* out, int& count);
+  static int DecodeCharUTF16(const char16_t*& position, const char16_t* end);
+  static void EncodeCharUTF16(int codePoint, char16_t* out, int& count);
+  static int UTF8To16(char16_t* out, const char* in, int inBytes);
+  static int UTF16To8(char* out, const char16_t* in, int outBytes);
+  static bool DetectUTF8(const char* in, int bytes, int* nonAscii = nullptr,
+                         bool* cutShort = nullptr);
+  static CString EscapeText(MCD_CSTR text, int flags = 0);
+  static CString UnescapeText(MCD_CSTR text);
+  static CString EncodeBase64(const unsigned char* data, int bytes);
+  static int DecodeBase64(const CString& text, unsigned char* out, int outBytes);
+  static int GetEncodingCodePage(MCD_CSTR encodingName);
+  static CString GetDeclaredEncoding(MCD_CSTR document);
+
+ private:
+  friend class detail::MarkupEditor;
+  friend class MarkupValidator;
+
+  // Offsets of a node that is no element.
+  struct NodePos {
+    int type = 0;
+    int offset = 0;
+    int length = 0;
+  };
+  struct SavedPos {
+    int parent = 0;
+    int main = 0;
+    int child = 0;
+    NodePos node;
+  };
+
+  static CString x_EncodeCDATASection(MCD_CSTR text);
+  void x_InitMarkup();
+  bool x_ParseDoc();
+  int x_ParseElem(int parent, detail::TokenPos& token);
+  void x_SetPos(int parent, int main, int child) noexcept;
+  void x_AddResult(std::u16string_view record);
+
+  CString doc_;
+  CString result_;
+  int parentPos_ = 0;
+  int mainPos_ = 0;
+  int childPos_ = 0;
+  int nodeType_ = 0;
+  int nodeOffset_ = 0;
+  int nodeLength_ = 0;
+  int docFlags_ = 0;
+  std::map<std::u16string, SavedPos, std::less<>> savedPositions_;
+  detail::ElementIndex index_;
+  MarkupProblemSink problemSink_;
+};
+
+}  // namespace kpx

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "kpx/xml/CMarkup.h"
+#include "kpx/xml/MarkupProblem.h"
+
+namespace kpx::tool {
+
+/// The bytes of a file, with the name that messages give it.
+struct Input {
+  std::string name;
+  std::string bytes;
+};
+
+/// Reads a file, or standard input for "-". Raises a Failure that says why when it cannot.
+Input readInput(const std::string& path);
+
+/// A problem as text: "name:line:column: sentence".
+struct ProblemLine {
+  int line = 0;
+  int column = 0;
+  std::string sentence;
+};
+
+/// A document that was read, with everything that is wrong with it.
+struct ReadDocument {
+  CMarkup document;
+  std::string encoding;
+  bool readable = false;  // false: the bytes are no text; problems tell why
+  std::vector<ProblemLine> problems;
+};
+ReadDocument parseInput(const Input& input);
+
+/// Reads and parses a file that has to be well formed. Raises a Failure with file, line and
+/// column of the first problem when it is not.
+CMarkup readWellFormed(const std::string& path);
+CMarkup requireWellFormed(const Input& input);
+
+}  // namespace kpx::tool

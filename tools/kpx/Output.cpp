@@ -1,0 +1,63 @@
+#include "tools/kpx/Output.h"
+
+#include <cstdio>
+
+#include "kpx/text/Utf.h"
+#include "tools/kpx/Exit.h"
+
+namespace kpx::tool {
+namespace {
+
+[[noreturn]] void failOutput() {
+  throw Failure(Exit::notWritten, "standard output cannot be written");
+}
+
+}  // namespace
+
+std::string shown(const CString& text) {
+  std::u16string valid;
+  valid.reserve(text.view().size());
+  for (std::size_t i = 0; i < text.view().size();) {
+    const char32_t code = nextCodePoint(text, i);
+    const bool surrogate = code >= 0xD800 && code <= 0xDFFF;
+    appendCodePoint(valid, surrogate ? replacementCharacter : code);
+  }
+  return utf8FromUtf16(valid);
+}
+
+std::string shownOnOneLine(const CString& text) {
+  std::string line;
+  for (const char byte : shown(text)) {
+    const auto code = static_cast<unsigned char>(byte);
+    if (byte == '\n') {
+      line += "\\n";
+    } else if (byte == '\r') {
+      line += "\\r";
+    } else if (byte == '\t') {
+      line += "\\t";
+    } else if (code < 0x20 || code == 0x7f) {
+      static constexpr char digits[] = "0123456789abcdef";
+      line += {'\\', 'x', digits[code >> 4], digits[code & 15]};
+    } else {
+      line += byte;
+    }
+  }
+  return line;
+}
+
+void print(std::string_view data) {
+  if (std::fwrite(data.data(), 1, data.size(), stdout) != data.size()) failOutput();
+}
+
+void print(const Json& json) { print(json.dump(2) + "\n"); }
+
+void finishOutput() {
+  if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) failOutput();
+}
+
+void complain(std::string_view message) {
+  // Standard error is the last resort: where it is closed too, the exit code must do.
+  std::fprintf(stderr, "kpx: %.*s\n", static_cast<int>(message.size()), message.data());
+}
+
+}  // namespace kpx::tool

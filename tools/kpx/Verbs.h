@@ -1,0 +1,18 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <functional>
+
+#include "tools/kpx/Exit.h"
+
+namespace kpx::tool {
+
+/// The verb that the command line chose, with its arguments bound.
+using Action = std::function<Exit()>;
+
+// Each adds one family of verbs to the application; parsing the command line fills the action.
+void addConfigVerbs(CLI::App& app, Action& chosen);
+void addClassesVerbs(CLI::App& app, Action& chosen);
+void addXmlVerbs(CLI::App& app, Action& chosen);
+
+}  // namespace kpx::tool

@@ -1,0 +1,218 @@
+#include <algorithm>
+#include <chrono>
+#include <memory>
+#include <vector>
+
+#include "kpx/xml/CMarkup.h"
+#include "kpx/xml/MarkupFormat.h"
+#include "tools/kpx/Input.h"
+#include "tools/kpx/Output.h"
+#include "tools/kpx/Verbs.h"
+
+namespace kpx::tool {
+namespace {
+
+struct Arguments {
+  std::vector<std::string> files;
+  bool json = false;
+};
+
+/// What one file's turn came to: the worst of several files is what the verb answers.
+Exit worse(Exit a, Exit b) { return std::max(a, b); }
+
+// --- check ----------------------------------------------------------------------------------
+
+Exit checkFile(const std::string& file, const Arguments& arguments, Json& report) {
+  Json entry;
+  entry["file"] = file;
+  std::vector<ProblemLine> problems;
+  std::string name = file;
+  Exit exit = Exit::success;
+  try {
+    const Input input = readInput(file);
+    name = input.name;
+    ReadDocument read = parseInput(input);
+    problems = std::move(read.problems);
+    entry["encoding"] = read.encoding;
+    if (!read.readable) {
+      exit = Exit::input;
+    } else if (!problems.empty()) {
+      exit = Exit::no;
+    }
+  } catch (const Failure& failure) {
+    if (!arguments.json) complain(failure.what());
+    entry["error"] = failure.what();
+    exit = failure.code();
+  }
+  entry["well_formed"] = exit == Exit::success;
+  Json list = Json::array();
+  for (const ProblemLine& problem : problems) {
+    if (arguments.json) {
+      list.push_back(
+          {{"line", problem.line}, {"column", problem.column}, {"message", problem.sentence}});
+    } else {
+      print(name + ":" + std::to_string(problem.line) + ":" + std::to_string(problem.column) +
+            ": " + problem.sentence + "\n");
+    }
+  }
+  entry["problems"] = std::move(list);
+  if (!arguments.json && exit == Exit::success) print(name + ": well-formed\n");
+  report.push_back(std::move(entry));
+  return exit;
+}
+
+Exit check(const Arguments& arguments) {
+  Json report = Json::array();
+  Exit exit = Exit::success;
+  for (const std::string& file : arguments.files) {
+    exit = worse(exit, checkFile(file, arguments, report));
+  }
+  if (arguments.json) print(report);
+  return exit;
+}
+
+// --- stats ----------------------------------------------------------------------------------
+
+struct Shape {
+  int elements = 0;
+  int depth = 0;
+  long long attributes = 0;
+};
+
+Shape shapeOf(CMarkup& document) {
+  Shape shape;
+  CString name;
+  CString value;
+  int depth = 1;
+  document.ResetPos();
+  for (;;) {
+    if (document.FindElem()) {
+      ++shape.elements;
+      shape.depth = std::max(shape.depth, depth);
+      for (int i = 0; document.GetNthAttrib(i, name, value); ++i) ++shape.attributes;
+      document.ResetChildPos();
+      document.IntoElem();
+      ++depth;
+    } else if (depth > 1) {
+      document.OutOfElem();
+      --depth;
+    } else {
+      return shape;
+    }
+  }
+}
+
+/// Seconds that reading the bytes into a document takes: the median of the runs that fit into a
+/// short while.
+double parseSeconds(const Input& input, int& runs) {
+  using Clock = std::chrono::steady_clock;
+  constexpr auto budget = std::chrono::milliseconds(400);
+  std::vector<double> seconds;
+  const auto begin = Clock::now();
+  do {
+    const auto start = Clock::now();
+    CMarkup document;
+    document.SetDoc(decodeMarkupBytes(input.bytes).text);
+    seconds.push_back(std::chrono::duration<double>(Clock::now() - start).count());
+  } while (Clock::now() - begin < budget);
+  runs = static_cast<int>(seconds.size());
+  std::nth_element(seconds.begin(), seconds.begin() + runs / 2, seconds.end());
+  return seconds[static_cast<std::size_t>(runs / 2)];
+}
+
+Exit statsOfFile(const std::string& file, const Arguments& arguments, Json& report) {
+  const Input input = readInput(file);
+  ReadDocument read = parseInput(input);
+  if (!read.readable) {
+    throw Failure(Exit::input, input.name + ": " + read.problems.front().sentence);
+  }
+  const bool wellFormed = read.document.IsWellFormed();
+  const Shape shape = shapeOf(read.document);
+  int runs = 0;
+  const double seconds = parseSeconds(input, runs);
+  const double megabytes = static_cast<double>(input.bytes.size()) / 1e6;
+
+  if (arguments.json) {
+    report.push_back({{"file", file},
+                      {"bytes", input.bytes.size()},
+                      {"encoding", read.encoding},
+                      {"elements", shape.elements},
+                      {"attributes", shape.attributes},
+                      {"depth", shape.depth},
+                      {"well_formed", wellFormed},
+                      {"milliseconds", seconds * 1e3},
+                      {"mb_per_second", seconds > 0 ? megabytes / seconds : 0.0},
+                      {"runs", runs}});
+  } else {
+    CString text;
+    text.Format(u"%s\n  %-12s %.3f MB, %s\n  %-12s %d\n  %-12s %lld\n  %-12s %d\n  %-12s %s\n",
+                CString::fromUtf8(input.name), u"size", megabytes,
+                CString::fromUtf8(read.encoding), u"elements", shape.elements, u"attributes",
+                shape.attributes, u"depth", shape.depth, u"well-formed",
+                wellFormed ? u"yes" : u"no");
+    text.AppendFormat(u"  %-12s %.0f MB/s, decoding and parsing in %.3f ms (median of %d)\n",
+                      u"speed", seconds > 0 ? megabytes / seconds : 0.0, seconds * 1e3, runs);
+    print(shown(text));
+  }
+  if (!wellFormed) {
+    const ProblemLine& first = read.problems.front();
+    complain(input.name + ":" + std::to_string(first.line) + ":" +
+             std::to_string(first.column) + ": " + first.sentence);
+  }
+  return wellFormed ? Exit::success : Exit::input;
+}
+
+Exit stats(const Arguments& arguments) {
+  Json report = Json::array();
+  Exit exit = Exit::success;
+  for (const std::string& file : arguments.files) {
+    try {
+      exit = worse(exit, statsOfFile(file, arguments, report));
+    } catch (const Failure& failure) {
+      complain(failure.what());
+      exit = worse(exit, failure.code());
+    }
+  }
+  if (arguments.json) print(report);
+  return exit;
+}
+
+// --- format ---------------------------------------------------------------------------------
+
+Exit format(const Arguments& arguments) {
+  CMarkup document = readWellFormed(arguments.files.front());
+  const CString text = formatMarkup(document);
+  if (arguments.json) {
+    print(Json{{"file", arguments.files.front()}, {"text", shown(text)}});
+  } else {
+    print(text.utf8());
+  }
+  return Exit::success;
+}
+
+}  // namespace
+
+void addXmlVerbs(CLI::App& app, Action& chosen) {
+  CLI::App* xml = app.add_subcommand("xml", "Check, measure and format XML files");
+  xml->require_subcommand(1);
+
+  const auto add = [&](const char* name, const char* description, const char* fileHelp,
+                       Exit (*verb)(const Arguments&), bool severalFiles) {
+    auto arguments = std::make_shared<Arguments>();
+    CLI::App* command = xml->add_subcommand(name, description);
+    CLI::Option* files = command->add_option("FILE", arguments->files, fileHelp)->required();
+    if (!severalFiles) files->expected(1);
+    command->add_flag("--json", arguments->json, "Print JSON");
+    command->callback([&chosen, arguments, verb] {
+      chosen = [arguments, verb] { return verb(*arguments); };
+    });
+  };
+  add("check", "Print every problem with line and column", "XML files, or - for standard input",
+      &check, true);
+  add("stats", "Print size, elements, depth, well-formedness and parsing speed",
+      "XML files, or - for standard input", &stats, true);
+  add("format", "Print the document with one element a line, indented, as UTF-8",
+      "XML file, or - for standard input", &format, false);
+}
+
+}  // namespace kpx::tool

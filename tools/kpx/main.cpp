@@ -1,0 +1,60 @@
+#include <CLI/CLI.hpp>
+#include <exception>
+#include <new>
+
+#include "kpx/support/TextStore.h"
+#include "tools/kpx/Exit.h"
+#include "tools/kpx/Output.h"
+#include "tools/kpx/Verbs.h"
+
+namespace kpx::tool {
+namespace {
+
+Exit run(const Action& action) {
+  try {
+    // Group texts of settings are looked up when they are created.
+    addBuiltInTexts();
+    const Exit exit = action();
+    finishOutput();
+    return exit;
+  } catch (const Failure& failure) {
+    complain(failure.what());
+    return failure.code();
+  } catch (const std::bad_alloc&) {
+    complain("not enough memory");
+    return Exit::input;
+  }
+}
+
+int runProgram(int argc, char** argv) {
+  CLI::App app("Reads, changes and checks the configuration and XML files of the suite.", "kpx");
+  app.set_version_flag("--version", std::string("kpx ") + KPX_VERSION);
+  app.require_subcommand(1);
+  app.footer(
+      "A file named - is standard input. Data goes to standard output, everything else to\n"
+      "standard error. Exit codes: 0 success, equal or clean; 1 the answer is no (differences,\n"
+      "findings, key absent); 2 wrong usage; 3 input unreadable or ill-formed; 4 could not be\n"
+      "written and nothing was changed.");
+  Action chosen;
+  addConfigVerbs(app, chosen);
+  addClassesVerbs(app, chosen);
+  addXmlVerbs(app, chosen);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? 0 : static_cast<int>(Exit::usage);
+  }
+  return static_cast<int>(run(chosen));
+}
+
+}  // namespace
+}  // namespace kpx::tool
+
+int main(int argc, char** argv) {
+  try {
+    return kpx::tool::runProgram(argc, argv);
+  } catch (const std::exception& error) {
+    kpx::tool::complain(error.what());
+    return static_cast<int>(kpx::tool::Exit::input);
+  }
+}
