@@ -8,5 +8,7 @@
 namespace kpx::ErrorNumber {
 
 inline constexpr int doubleAsText = 910001;
+inline constexpr int loadDocument = 910002;
+inline constexpr int saveDocument = 910003;
 
 }  // namespace kpx::ErrorNumber

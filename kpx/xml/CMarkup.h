@@ -7,15 +7,18 @@
 
 #include "kpx/report/Export.h"
 #include "kpx/text/CString.h"
+#include "kpx/xml/AttributeReader.h"
 #include "kpx/xml/ElemPos.h"
 #include "kpx/xml/MarkupProblem.h"
 #include "kpx/xml/MarkupText.h"
+#include "kpx/xml/internal/AttributeMemory.h"
 #include "kpx/xml/internal/ElementIndex.h"
 
 namespace kpx {
 
 namespace detail {
 struct TokenPos;
+struct EditPlace;
 class MarkupEditor;
 }  // namespace detail
 
@@ -40,9 +43,12 @@ inline constexpr int ignoreCase = 8;
 inline constexpr int withReferences = 8;
 /// Data: write a CDATA section instead of escaping.
 inline constexpr int withCData = 16;
+inline constexpr int dataFlags = withReferences | withCData;
 /// Escaping: for an attribute value, quotes too.
 inline constexpr int attributeValue = 0x100;
-/// Internal add: as a child of the main element instead of after it.
+/// Internal add: before the current element instead of after it.
+inline constexpr int insertBefore = 0x2000;
+/// Internal add: as a child of the main element instead of at its level.
 inline constexpr int asChild = 0x4000;
 }  // namespace MarkupFlag
 
@@ -56,6 +62,23 @@ inline constexpr int asChild = 0x4000;
 ///   - the *child* element, the current one among the children of the main element. With no main
 ///     element at the document level, the root element is the child.
 /// Operations without "Child" in their name work at the main element, the others at the child.
+///
+/// An object that writes itself adds an element, sets its attributes, and steps into it for what
+/// it contains; an object that reads itself is at the child:
+///
+///     document.AddElem(u"Column");               |  document.GetChildTagName();   // "Column"
+///     document.SetAttrib(u"Name", name);         |  document.GetChildAttrib(u"Name");
+///     document.IntoElem();                       |  document.IntoElem();
+///     document.AddElem(u"Value");                |  document.FindChildElem(u"Value");
+///     document.OutOfElem();                      |  document.OutOfElem();
+///
+/// After OutOfElem both stand where they stood before IntoElem, so that the next object can be
+/// added behind, or found as the next child.
+///
+/// A change touches nothing but what it is about: every other unit of the text stays. Each
+/// element that is added stands on a line of its own, without indentation. Changes near the end
+/// cost the same however long the document is. The flags for an unended child or a lone end tag,
+/// and with them `IsWellFormed`, stay as the last parse found them.
 ///
 /// Reading never throws. Operations that cannot be carried out answer false, 0 or the empty text
 /// and leave the document as it was. Offsets count UTF-16 units from 0.
@@ -112,8 +135,11 @@ class KPX_API CMarkup {
   /// not well formed; `GetResult` and `GetError` tell which.
   bool Load(const CString& path);
   /// Writes the document whole or not at all: a failure leaves an existing file as it was. The
-  /// encoding is the one in the XML declaration, else the one the document was loaded with, else
-  /// UTF-8; a byte-order mark is written where the loaded file had one.
+  /// encoding is the one in the XML declaration, else the one the document was loaded with (which
+  /// SetDoc forgets), else UTF-8. A byte-order mark is written where the loaded file had one, and
+  /// where the document becomes UTF-16 only now. A document that was loaded and not changed gives
+  /// the same bytes again, also where its declaration is wrong. Characters that the encoding does
+  /// not have are written as references; what cannot be written even so is counted in the result.
   bool Save(const CString& path);
 
   // --- the position ---------------------------------------------------------------------------
@@ -127,7 +153,8 @@ class KPX_API CMarkup {
 
   /// The next (previous) element after (before) the main one at this level, with this name if
   /// one is given; it becomes the main element. With no main element: the first (last) one.
-  /// Answers false and stays where it is when there is none.
+  /// Answers false and stays where it is when there is none. From a node that is no element,
+  /// the search goes on behind (before) it.
   bool FindElem(MCD_CSTR name = {});
   bool FindPrevElem(MCD_CSTR name = {});
   /// The same among the children of the main element. With no main element, the first element at
@@ -165,11 +192,17 @@ class KPX_API CMarkup {
   /// The attribute at an index from 0, in written order; false past the last.
   bool GetNthAttrib(int index, CString& name, CString& value) const;
   bool GetNthChildAttrib(int index, CString& name, CString& value) const;
-  /// The markup of the element, tags included, as it stands in the document.
+  /// Walks all attributes in one pass; valid until the document is changed. Use it to read more
+  /// than a few attributes of one element.
+  AttributeReader ReadAttribs() const;
+  AttributeReader ReadChildAttribs() const;
+  /// The markup of the element or node, tags included, as it stands in the document.
   CString GetSubDoc() const;
   CString GetChildSubDoc() const;
   /// The markup between the tags.
   CString GetElemContent() const;
+  /// Where the markup between the tags of the main element begins and ends.
+  bool GetContentOffsets(int& begin, int& end) const;
   /// Where the main element or node begins and ends (behind its last unit).
   bool GetOffsets(int& begin, int& end) const;
   bool GetChildOffsets(int& begin, int& end) const;
@@ -188,36 +221,41 @@ class KPX_API CMarkup {
   /// Names must be ones that a parse would read back as one name; others are refused.
   bool SetTagName(MCD_CSTR name);
   bool SetChildTagName(MCD_CSTR name);
-  /// Replaces the content of an element that has no child elements, or the text of a node.
+  /// Replaces the content of an element that has no child elements, or the text of a node, which
+  /// must remain one node of its kind (text may become blank, or a CDATA section).
   /// Flags: `withReferences`, `withCData`.
   bool SetData(MCD_CSTR data, int flags = 0);
   bool SetData(int value);
   bool SetChildData(MCD_CSTR data, int flags = 0);
-  /// Sets or adds an attribute; a new one goes behind the others. The value is escaped.
+  /// Sets or adds an attribute; a new one goes behind the others, the value of one that is there
+  /// keeps its kind of quotes. The value is escaped.
   bool SetAttrib(MCD_CSTR name, MCD_CSTR value);
   bool SetAttrib(MCD_CSTR name, int value);
   bool SetChildAttrib(MCD_CSTR name, MCD_CSTR value);
   bool SetChildAttrib(MCD_CSTR name, int value);
-  /// False when there is no such attribute.
+  /// Removes the first attribute of this name; false when there is none.
   bool RemoveAttrib(MCD_CSTR name);
   bool RemoveChildAttrib(MCD_CSTR name);
 
   // --- adding and removing elements ---------------------------------------------------------------
 
   /// Adds an element after the main one (with no main element: as the last at this level), or
-  /// inserts it before (as the first); it becomes the main element.
+  /// inserts it before (as the first); it becomes the main element. Name and data as for
+  /// SetTagName and SetData.
   bool AddElem(MCD_CSTR name, MCD_CSTR data = {}, int flags = 0);
   bool InsertElem(MCD_CSTR name, MCD_CSTR data = {}, int flags = 0);
   /// The same among the children of the main element; the new element becomes the child.
   bool AddChildElem(MCD_CSTR name, MCD_CSTR data = {}, int flags = 0);
   bool InsertChildElem(MCD_CSTR name, MCD_CSTR data = {}, int flags = 0);
-  /// Adds a piece of markup with exactly one well-formed root element, placed likewise.
+  /// Adds the root element of a well-formed piece of markup, placed likewise; a declaration or
+  /// comment around it is left out.
   bool AddSubDoc(MCD_CSTR markup);
   bool InsertSubDoc(MCD_CSTR markup);
   bool AddChildSubDoc(MCD_CSTR markup);
   bool InsertChildSubDoc(MCD_CSTR markup);
-  /// Removes the element with everything in it. The element before it becomes the current one,
-  /// so that a following FindElem goes on behind the removed one.
+  /// Removes the element with everything in it, and its line when it stands on one alone. The
+  /// element before it becomes the current one, so that a following FindElem goes on behind the
+  /// removed one.
   bool RemoveElem();
   bool RemoveChildElem();
 
@@ -229,9 +267,13 @@ class KPX_API CMarkup {
   int FindNode(int types = 0);
   int GetNodeType() const noexcept { return nodeType_; }
   /// Adds a node behind the current one (inserts it before), with the text that GetData gives
-  /// back. Refuses a text that would not read back as one node of this kind.
+  /// back: of an element its name, of a document type its whole markup, else what stands between
+  /// the delimiters. Refuses lone end tags, and a text that would not read back as one node of
+  /// this kind. Text that is put beside text joins it; the whole is then the current node.
   bool AddNode(int type, MCD_CSTR text);
   bool InsertNode(int type, MCD_CSTR text);
+  /// Removes the current node. The node before it becomes the current one; for an element, see
+  /// RemoveElem.
   bool RemoveNode();
 
   // --- text for markup, see MarkupText encodings in MarkupCodec.h ----------------------------------
@@ -260,6 +302,7 @@ class KPX_API CMarkup {
     int type = 0;
     int offset = 0;
     int length = 0;
+    int previousElem = 0;  // the last element before it at its level
   };
   struct SavedPos {
     int parent = 0;
@@ -267,13 +310,37 @@ class KPX_API CMarkup {
     int child = 0;
     NodePos node;
   };
+  // How the file that the text was loaded from is stored; code page 0 if it was not loaded.
+  struct LoadedEncoding {
+    int codePage = 0;
+    bool mark = false;
+    CString declared;  // the encoding's name in its XML declaration
+  };
 
   static CString x_EncodeCDATASection(MCD_CSTR text);
   void x_InitMarkup();
+  void x_CopyPlace(const CMarkup& other) noexcept;
   bool x_ParseDoc();
   int x_ParseElem(int parent, detail::TokenPos& token);
   void x_SetPos(int parent, int main, int child) noexcept;
   void x_AddResult(std::u16string_view record);
+
+  // Which element an operation works at, and below which one; 0 (for parents -1) if there is none.
+  int x_ChildElem() const noexcept;
+  int x_ChildParent() const noexcept;
+  int x_FindElem(int parent, int from, std::u16string_view name, bool forward) const noexcept;
+  int x_ElemBefore(int element) const noexcept;
+  std::u16string_view x_Text(int begin, int end) const noexcept;
+  std::u16string_view x_StartTag(int element) const noexcept;
+  CString x_ElemData(int element) const;
+  bool x_NthAttrib(int element, int index, CString& name, CString& value) const;
+  bool x_AttribOffsets(int element, std::u16string_view name, int& begin, int& end) const noexcept;
+  void x_SetNode(const NodePos& node) noexcept;
+
+  bool x_AddElem(MCD_CSTR name, MCD_CSTR data, int flags);
+  bool x_AddSubDoc(MCD_CSTR markup, int flags);
+  bool x_PlaceFor(int flags, detail::EditPlace& place) const noexcept;
+  bool x_SetAdded(int element, int flags) noexcept;
 
   CString doc_;
   CString result_;
@@ -283,10 +350,13 @@ class KPX_API CMarkup {
   int nodeType_ = 0;
   int nodeOffset_ = 0;
   int nodeLength_ = 0;
+  int nodePreviousElem_ = 0;
   int docFlags_ = 0;
   std::map<std::u16string, SavedPos, std::less<>> savedPositions_;
   detail::ElementIndex index_;
+  detail::AttributeMemory attributeMemory_;
   MarkupProblemSink problemSink_;
+  LoadedEncoding loaded_;
 };
 
 }  // namespace kpx

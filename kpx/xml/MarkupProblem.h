@@ -4,6 +4,9 @@
 #include <functional>
 #include <string_view>
 
+#include "kpx/report/Export.h"
+#include "kpx/text/CString.h"
+
 namespace kpx {
 
 /// What a parse can find wrong with a document.
@@ -29,6 +32,9 @@ struct MarkupProblem {
   int line = 0;
   int column = 0;
 };
+
+/// The problem as a sentence for people who know its place: "start tag 'a' has no end tag".
+KPX_API CString describe(const MarkupProblem& problem);
 
 /// Receives every problem of a parse in the order found; not limited like the result text.
 using MarkupProblemSink = std::function<void(const MarkupProblem&)>;

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <string_view>
+#include <type_traits>
 
 #include "kpx/text/CString.h"
 
@@ -17,9 +18,9 @@ class MCD_CSTR {
       : text_(text ? std::u16string_view(text) : std::u16string_view()) {}
   constexpr MCD_CSTR(std::u16string_view text) noexcept : text_(text) {}
   MCD_CSTR(const CString& text) noexcept : text_(text.view()) {}
-  MCD_CSTR(const wchar_t* text) noexcept
-    requires(wideIsUtf16)
-      : MCD_CSTR(reinterpret_cast<const char16_t*>(text)) {}
+  template <class Wide>
+    requires(wideIsUtf16 && std::is_same_v<Wide, wchar_t>)
+  MCD_CSTR(const Wide* text) noexcept : MCD_CSTR(reinterpret_cast<const char16_t*>(text)) {}
 
   constexpr std::u16string_view view() const noexcept { return text_; }
   constexpr operator std::u16string_view() const noexcept { return text_; }

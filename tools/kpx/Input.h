@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "kpx/xml/CMarkup.h"
+#include "kpx/xml/Encoding.h"
 #include "kpx/xml/MarkupProblem.h"
 
 namespace kpx::tool {
@@ -17,7 +18,7 @@ struct Input {
 /// Reads a file, or standard input for "-". Raises a Failure that says why when it cannot.
 Input readInput(const std::string& path);
 
-/// A problem as text: "name:line:column: sentence".
+/// A problem with its place, as it follows a file's name: "line:column: sentence".
 struct ProblemLine {
   int line = 0;
   int column = 0;
@@ -28,14 +29,14 @@ struct ProblemLine {
 struct ReadDocument {
   CMarkup document;
   std::string encoding;
+  MarkupEncoding storage;  // how to write it back the same way
   bool readable = false;  // false: the bytes are no text; problems tell why
   std::vector<ProblemLine> problems;
 };
 ReadDocument parseInput(const Input& input);
 
-/// Reads and parses a file that has to be well formed. Raises a Failure with file, line and
-/// column of the first problem when it is not.
-CMarkup readWellFormed(const std::string& path);
-CMarkup requireWellFormed(const Input& input);
+/// Parses an input that has to be well formed. Raises a Failure with file, line and column of
+/// the first problem when it is not.
+ReadDocument requireWellFormed(const Input& input);
 
 }  // namespace kpx::tool

@@ -49,10 +49,20 @@ void print(std::string_view data) {
   if (std::fwrite(data.data(), 1, data.size(), stdout) != data.size()) failOutput();
 }
 
-void print(const Json& json) { print(json.dump(2) + "\n"); }
+void printJson(const Json& json) { print(json.dump(2) + "\n"); }
 
 void finishOutput() {
   if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) failOutput();
+}
+
+std::pair<int, int> PlaceCounter::at(int offset) {
+  for (; counted_ < offset; ++counted_) {
+    if (text_[counted_] == u'\n') {
+      ++line_;
+      lineStart_ = counted_ + 1;
+    }
+  }
+  return {line_, offset - lineStart_ + 1};
 }
 
 void complain(std::string_view message) {

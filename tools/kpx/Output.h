@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "kpx/text/CString.h"
 
@@ -20,10 +21,24 @@ std::string shownOnOneLine(const CString& text);
 
 /// Writes data to standard output. Raises a Failure when standard output cannot take it.
 void print(std::string_view data);
-void print(const Json& json);
+void printJson(const Json& json);
 
 /// Makes sure that everything printed has arrived.
 void finishOutput();
+
+/// Lines and columns, from 1, of ascending offsets into a text; columns count UTF-16 units.
+class PlaceCounter {
+ public:
+  explicit PlaceCounter(const CString& text) : text_(text) {}
+  /// Requires an offset not smaller than the one before.
+  std::pair<int, int> at(int offset);
+
+ private:
+  const CString& text_;
+  int counted_ = 0;
+  int line_ = 1;
+  int lineStart_ = 0;
+};
 
 /// Writes "kpx: message" to standard error.
 void complain(std::string_view message);

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "kpx/xml/CMarkup.h"
+#include "kpx/xml/Encoding.h"
 #include "kpx/xml/MarkupFormat.h"
 #include "tools/kpx/Input.h"
 #include "tools/kpx/Output.h"
@@ -67,7 +68,7 @@ Exit check(const Arguments& arguments) {
   for (const std::string& file : arguments.files) {
     exit = worse(exit, checkFile(file, arguments, report));
   }
-  if (arguments.json) print(report);
+  if (arguments.json) printJson(report);
   return exit;
 }
 
@@ -81,15 +82,15 @@ struct Shape {
 
 Shape shapeOf(CMarkup& document) {
   Shape shape;
-  CString name;
-  CString value;
   int depth = 1;
   document.ResetPos();
   for (;;) {
     if (document.FindElem()) {
       ++shape.elements;
       shape.depth = std::max(shape.depth, depth);
-      for (int i = 0; document.GetNthAttrib(i, name, value); ++i) ++shape.attributes;
+      for (AttributeReader attribute = document.ReadAttribs(); attribute.next();) {
+        ++shape.attributes;
+      }
       document.ResetChildPos();
       document.IntoElem();
       ++depth;
@@ -173,19 +174,20 @@ Exit stats(const Arguments& arguments) {
       exit = worse(exit, failure.code());
     }
   }
-  if (arguments.json) print(report);
+  if (arguments.json) printJson(report);
   return exit;
 }
 
 // --- format ---------------------------------------------------------------------------------
 
 Exit format(const Arguments& arguments) {
-  CMarkup document = readWellFormed(arguments.files.front());
-  const CString text = formatMarkup(document);
+  const Input input = readInput(arguments.files.front());
+  ReadDocument read = requireWellFormed(input);
+  const CString text = formatMarkup(read.document);
   if (arguments.json) {
-    print(Json{{"file", arguments.files.front()}, {"text", shown(text)}});
+    printJson(Json{{"file", input.name}, {"text", shown(text)}});
   } else {
-    print(text.utf8());
+    print(encodeMarkupText(text, read.storage).bytes);
   }
   return Exit::success;
 }
@@ -211,7 +213,7 @@ void addXmlVerbs(CLI::App& app, Action& chosen) {
       &check, true);
   add("stats", "Print size, elements, depth, well-formedness and parsing speed",
       "XML files, or - for standard input", &stats, true);
-  add("format", "Print the document with one element a line, indented, as UTF-8",
+  add("format", "Print the document with one element a line, indented, in its own encoding",
       "XML file, or - for standard input", &format, false);
 }
 

@@ -1,0 +1,74 @@
+#include "kpx/config/CFGClass.h"
+
+#include <utility>
+
+#include "kpx/config/internal/ElementReader.h"
+#include "kpx/config/internal/ElementWriter.h"
+#include "kpx/report/Error.h"
+#include "kpx/report/Exceptions.h"
+
+namespace kpx {
+
+CString CFGClass::GetElementName() const {
+  return Guarded(42898, CString(), [] { return CString(u"CFGClass"); });
+}
+
+int CFGClass::serializeXML(CMarkup* document) const {
+  return Guarded(42893, 0, [&] { return detail::addElement(document, *this); });
+}
+
+int CFGClass::loadByXML(CMarkup* document) {
+  return Guarded(42892, 0, [&] {
+    detail::ElementReader reader(document, *this);
+    if (!reader.matches()) return 0;
+    reader.header(*this);
+    reader.read(u"Name", Name);
+    const detail::InsideElement inside(*document);
+    while (document->FindChildElem(u"CFGCol")) {
+      CFGCol fresh;
+      if (fresh.loadByXML(document) == 0) continue;
+      if (CFGCol* const column = Cols.find(fresh.Name)) *column = std::move(fresh);
+    }
+    return 1;
+  });
+}
+
+bool CFGClass::FindCol(const CString& key, CFGCol& column) const {
+  const CFGCol* const found = Cols.find(key);
+  if (found) column = *found;
+  return found != nullptr;
+}
+
+CFGCol& CFGClass::ColAt(const CString& key) { return Cols.at(key); }
+
+void CFGClass::SetCol(const CString& key, const CFGCol& column) { Cols.set(key, column); }
+
+void CFGClass::AddCol(CFGCol column) {
+  const CString key = column.Name;
+  if (!Cols.find(key)) KeyOrder.push_back(key);
+  Cols.set(key, std::move(column));
+}
+
+void CFGClass::SetKeyAt(int index, const CString& key) {
+  if (index < 0) throw InvalidArgException();
+  // The key may be one of the list's own, which growing moves.
+  CString copy = key;
+  const auto at = static_cast<std::size_t>(index);
+  if (at >= KeyOrder.size()) KeyOrder.resize(at + 1);
+  KeyOrder[at] = std::move(copy);
+}
+
+void CFGClass::SetKeyCount(int count) {
+  if (count < 0) throw InvalidArgException();
+  KeyOrder.resize(static_cast<std::size_t>(count));
+}
+
+void detail::appendElement(ElementWriter& writer, const CFGClass& object) {
+  writer.start(object);
+  writer.attribute(u" Name=\"", object.Name);
+  writer.open();
+  for (const auto& entry : object.Cols) appendElement(writer, entry.value);
+  writer.close(object);
+}
+
+}  // namespace kpx

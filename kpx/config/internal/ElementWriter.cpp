@@ -1,0 +1,71 @@
+#include "kpx/config/internal/ElementWriter.h"
+
+#include "kpx/config/CDBObject.h"
+#include "kpx/config/internal/ElementReader.h"
+#include "kpx/text/NumberText.h"
+#include "kpx/text/TimeValue.h"
+#include "kpx/xml/internal/Escape.h"
+
+namespace kpx::detail {
+namespace {
+
+void appendInteger(std::u16string& out, std::int32_t value) {
+  // Most integers of a configuration are 0 or a small code.
+  if (value >= 0 && value <= 9) {
+    out += static_cast<char16_t>(u'0' + value);
+    return;
+  }
+  char16_t digits[11];
+  char16_t* first = digits + 11;
+  auto rest = static_cast<std::uint32_t>(value);
+  if (value < 0) rest = 0 - rest;
+  do {
+    *--first = static_cast<char16_t>(u'0' + rest % 10);
+    rest /= 10;
+  } while (rest != 0);
+  if (value < 0) *--first = u'-';
+  out.append(first, digits + 11);
+}
+
+}  // namespace
+
+void ElementWriter::start(const CDBObject& object) {
+  out_ += u'<';
+  out_ += object.GetElementName().view();
+  attribute(u" ObjectID=\"", object.ObjectID);
+  attribute(u" UserChangedID=\"", object.UserChangedID);
+  attribute(u" UserCreatedID=\"", object.UserCreatedID);
+  timeAttribute(u" changed=\"", object.changed);
+  timeAttribute(u" created=\"", object.created);
+  attribute(u" TransID=\"", object.TransID);
+}
+
+void ElementWriter::attribute(std::u16string_view opening, const CString& value) {
+  out_ += opening;
+  escapeInto(out_, value, MarkupFlag::attributeValue);
+  out_ += u'"';
+}
+
+void ElementWriter::attribute(std::u16string_view opening, std::int32_t value) {
+  out_ += opening;
+  appendInteger(out_, value);
+  out_ += u'"';
+}
+
+void ElementWriter::timeAttribute(std::u16string_view opening, double time) {
+  out_ += opening;
+  if (time == 0.0) {
+    out_ += zeroTimeText;
+  } else {
+    appendTimeDoubleText(out_, time);
+  }
+  out_ += u'"';
+}
+
+void ElementWriter::close(const CDBObject& object) {
+  out_ += u"</";
+  out_ += object.GetElementName().view();
+  open();
+}
+
+}  // namespace kpx::detail

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "kpx/text/CString.h"
+#include "kpx/xml/CMarkup.h"
+
+namespace kpx {
+class CDBObject;
+class CFGValue;
+class CFGCodedValue;
+class CFGRange;
+class CFGCommand;
+class CFGCol;
+class CFGClass;
+class CFGConfig;
+}  // namespace kpx
+
+namespace kpx::detail {
+
+/// Writes persistent objects as markup text, each element on a line of its own.
+///
+/// A whole object is written as one text and handed to the document once: setting attribute by
+/// attribute would move the rest of the document's text for each of them.
+class ElementWriter {
+ public:
+  explicit ElementWriter(std::u16string& out) noexcept : out_(out) {}
+
+  /// The start tag's name and the six header attributes.
+  void start(const CDBObject& object);
+  /// Attributes; `opening` is the name with everything before the value: u" Name=\"".
+  void attribute(std::u16string_view opening, const CString& value);
+  void attribute(std::u16string_view opening, std::int32_t value);
+  /// Ends the start tag of an element that has children.
+  void open() { out_ += u">\n"; }
+  void closeEmpty() { out_ += u"/>\n"; }
+  void close(const CDBObject& object);
+
+ private:
+  void timeAttribute(std::u16string_view opening, double time);
+
+  std::u16string& out_;
+};
+
+// Each stands beside its class.
+void appendElement(ElementWriter& writer, const CFGValue& value);
+void appendElement(ElementWriter& writer, const CFGCodedValue& value);
+void appendElement(ElementWriter& writer, const CFGRange& range);
+void appendElement(ElementWriter& writer, const CFGCommand& command);
+void appendElement(ElementWriter& writer, const CFGCol& column);
+void appendElement(ElementWriter& writer, const CFGClass& object);
+void appendElement(ElementWriter& writer, const CFGConfig& object);
+
+/// Adds the object to the document as `CDBObject::serializeXML` says.
+template <class Object>
+int addElement(CMarkup* document, const Object& object) {
+  if (!document) return 0;
+  std::u16string text;
+  ElementWriter writer(text);
+  appendElement(writer, object);
+  text.pop_back();  // the document puts its own line break behind an element
+  return document->AddSubDoc(std::u16string_view(text)) ? 1 : 0;
+}
+
+}  // namespace kpx::detail

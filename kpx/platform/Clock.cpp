@@ -1,0 +1,23 @@
+#include "kpx/platform/Clock.h"
+
+#include <atomic>
+
+namespace kpx {
+namespace {
+
+constinit std::atomic<Clock*> installed{nullptr};
+
+}  // namespace
+
+Clock::~Clock() = default;
+
+Clock& currentClock() noexcept {
+  Clock* const other = installed.load(std::memory_order_acquire);
+  return other ? *other : systemClock();
+}
+
+Clock* setClock(Clock* other) noexcept {
+  return installed.exchange(other, std::memory_order_acq_rel);
+}
+
+}  // namespace kpx

@@ -1,0 +1,136 @@
+#include "kpx/settings/Catalogue.h"
+
+#include <algorithm>
+
+#include "kpx/config/CFGHeader.h"
+#include "kpx/settings/engine/GeneratedClass.h"
+#include "kpx/settings/internal/CatalogueTable.h"
+#include "kpx/text/NumberText.h"
+
+namespace kpx {
+namespace {
+
+// CFGHeader belongs to the layer below and is written by hand, and so is its entry.
+constexpr SettingDef headerSettings[] = {
+    {.key = KeyLiteral(u"Class"),
+     .type = ColumnType::text,
+     .caption = {.literal = u"Class "},
+     .group = {.literal = u"64"}},
+    {.key = KeyLiteral(u"Description"),
+     .type = ColumnType::text,
+     .caption = {.literal = u"Beschreibung"},
+     .group = {.literal = u"64"}},
+};
+constexpr SettingAccess headerAccess[] = {
+    detail::access<&CFGHeader::getClass, &CFGHeader::setClass>(headerSettings[0], u"getClass",
+                                                               u"setClass"),
+    detail::access<&CFGHeader::getDescription, &CFGHeader::setDescription>(
+        headerSettings[1], u"getDescription", u"setDescription"),
+};
+}  // namespace
+
+namespace detail {
+extern const SettingsClass settingsClassCFGHeader;
+constinit const SettingsClass settingsClassCFGHeader = {
+    .name = u"CFGHeader",
+    .family = u"",
+    .elementName = u"CFGConfigCFGClassHeader",
+    .settings = headerAccess,
+    .isConfiguration = true,
+    .make = &makeObject<CFGHeader>,
+};
+}  // namespace detail
+
+CString SettingAccess::text(const CDBObject& object) const {
+  const SettingValue value = get(object);
+  if (const CString* const text = std::get_if<CString>(&value)) return *text;
+  CString text;
+  if (const double* const real = std::get_if<double>(&value)) {
+    doubleAsTextInto(text, *real, setting->decimals, u'.');
+  } else {
+    longAsTextInto(text, std::get<std::int32_t>(value));
+  }
+  return text;
+}
+
+ValueCheck SettingAccess::setText(CDBObject& object, std::u16string_view text) const {
+  ValueCheck check = checkValueText(setting->kind, text, setting->decimals);
+  if (check.valid()) {
+    if (setting->kind == ValueKind::text) {
+      set(object, check.normal);
+    } else if (setting->kind == ValueKind::real) {
+      set(object, textAsDouble(text));
+    } else {
+      set(object, textAsLong(text));
+    }
+  }
+  return check;
+}
+
+std::unique_ptr<CFGConfig> SettingsClass::create() const {
+  if (!isConfiguration) return nullptr;
+  return std::unique_ptr<CFGConfig>(static_cast<CFGConfig*>(make().release()));
+}
+
+const SettingAccess* SettingsClass::findKey(std::u16string_view key) const noexcept {
+  const std::uint32_t hash = textHash(key);
+  for (const SettingAccess& access : settings) {
+    const KeyLiteral& own = access.setting->key;
+    if (own.hash() == hash && own.text() == key) return &access;
+  }
+  for (const SettingAccess& access : settings) {
+    const KeyLiteral& older = access.setting->olderKey;
+    if (!older.empty() && older.text() == key) return &access;
+  }
+  return nullptr;
+}
+
+const SettingAccess* SettingsClass::findAccessor(std::u16string_view accessor) const noexcept {
+  if (accessor.empty()) return nullptr;
+  for (const SettingAccess& access : settings) {
+    if (access.getter == accessor || access.setter == accessor) return &access;
+  }
+  return nullptr;
+}
+
+std::span<const SettingsClass* const> settingsClasses() noexcept { return detail::classTable(); }
+
+const SettingsClass* findSettingsClass(std::u16string_view name) noexcept {
+  const auto classes = settingsClasses();
+  const auto found = std::ranges::lower_bound(classes, name, {}, &SettingsClass::name);
+  return found != classes.end() && (*found)->name == name ? *found : nullptr;
+}
+
+const SettingsClass* findSettingsClassByElement(std::u16string_view elementName) noexcept {
+  if (elementName.empty()) return nullptr;
+  for (const SettingsClass* const each : settingsClasses()) {
+    if (each->elementName == elementName) return each;
+  }
+  return nullptr;
+}
+
+std::optional<CFGCol> columnCreatedBy(const SettingsClass& owner, const SettingAccess& access) {
+  const std::unique_ptr<CFGConfig> object = owner.create();
+  if (!object || !access.set) return std::nullopt;
+  object->Class.RemoveCols();
+  const SettingDef& setting = *access.setting;
+  if (setting.kind == ValueKind::text) {
+    access.set(*object, CString());
+  } else if (setting.kind == ValueKind::real) {
+    access.set(*object, 0.0);
+  } else {
+    access.set(*object, std::int32_t{0});
+  }
+  if (object->Class.Cols.empty()) return std::nullopt;
+  return object->Class.Cols.begin()->value;
+}
+
+std::optional<SettingValue> answerWhenMissing(const SettingsClass& owner,
+                                              const SettingAccess& access) {
+  const std::unique_ptr<CFGConfig> object = owner.create();
+  if (!object || !access.get) return std::nullopt;
+  object->Class.RemoveCols();
+  return access.get(*object);
+}
+
+}  // namespace kpx

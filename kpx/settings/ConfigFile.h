@@ -1,0 +1,139 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "kpx/config/CFGConfig.h"
+#include "kpx/report/Export.h"
+#include "kpx/settings/Catalogue.h"
+#include "kpx/settings/ValueCheck.h"
+#include "kpx/text/CString.h"
+#include "kpx/xml/CMarkup.h"
+
+namespace kpx {
+
+// Configurations in a document, as a person who looks after files needs them: find, compare,
+// check, change one value. Offsets count UTF-16 units of the document's text. All operations move
+// the position of the document to its start.
+
+// --- finding
+// --------------------------------------------------------------------------------------
+
+/// One setting as it stands in a document.
+struct DocumentSetting {
+  CString key;
+  CString value;
+  int offset = 0;        // of its element
+  int valueOffset = -1;  // of the value's text; -1 if it has none
+};
+
+/// One configuration of a document: what stands there, and what the suite reads from it.
+struct DocumentConfiguration {
+  CString elementName;
+  CString name;                                  // the configuration's name
+  const SettingsClass* settingsClass = nullptr;  // nullptr: the catalogue does not know it
+  int offset = 0;
+  std::vector<DocumentSetting> settings;  // in the document's order, unknown ones included
+  std::unique_ptr<CFGConfig> object;      // the defaults with the document read over them;
+                                          // nullptr when the class is unknown
+};
+
+/// All configurations of a document, at any depth, in its order: elements whose name begins with
+/// "CFGConfig" and that the catalogue knows or that have a "CFGClass" child. What lies inside a
+/// configuration is not searched for others.
+KPX_API std::vector<DocumentConfiguration> findConfigurations(CMarkup& document);
+
+// --- comparing
+// ------------------------------------------------------------------------------------
+
+struct KeyAndValue {
+  CString key;
+  CString value;
+};
+struct ChangedValue {
+  CString key;
+  CString valueA;
+  CString valueB;
+};
+
+/// How the values of two configurations differ; each list in the order of A, for onlyInB of B.
+struct ConfigDifference {
+  std::vector<KeyAndValue> onlyInA;
+  std::vector<KeyAndValue> onlyInB;
+  std::vector<ChangedValue> changed;
+
+  bool none() const noexcept { return onlyInA.empty() && onlyInB.empty() && changed.empty(); }
+};
+
+/// Compares values only, not captions or headers. Numbers of a class that the catalogue knows are
+/// compared as numbers: "0.020" equals "0.02". Of a key that a document has twice the last counts,
+/// as it does in reading.
+KPX_API ConfigDifference compareConfigurations(const DocumentConfiguration& a,
+                                               const DocumentConfiguration& b);
+KPX_API ConfigDifference compareConfigurations(const CFGConfig& a, const CFGConfig& b);
+/// The defaults of the class as A against the document as B; keys that the document lacks are
+/// only in A. Nothing when the class is unknown.
+KPX_API ConfigDifference changedFromDefaults(const DocumentConfiguration& configuration);
+
+// --- checking
+// -------------------------------------------------------------------------------------
+
+enum class FindingKind : std::uint8_t {
+  unknownClass,   // a configuration that the catalogue does not know
+  unknownKey,     // reading passes over it
+  missingKey,     // reading keeps the default
+  duplicateKey,   // the last one counts
+  missingValue,   // a column without a value: reading empties it
+  badValue,       // the value does not read as its type
+  thousandsMark,  // the value would be read as another number
+  lineBreak,      // other XML programs turn it into a blank
+};
+
+struct ConfigFinding {
+  FindingKind kind;
+  CString className;  // of the configuration; its element name when the class is unknown
+  CString key;
+  CString value;
+  int offset = 0;
+  ValueProblem problem = ValueProblem::none;  // why a value is bad
+};
+
+/// Everything in a document's configurations that is not as the suite writes it, in the order of
+/// the document.
+KPX_API std::vector<ConfigFinding> validateConfigurations(CMarkup& document);
+
+/// A kind as the end of a sentence: "is not known to this class".
+KPX_API const char* describe(FindingKind kind) noexcept;
+
+// --- changing one value
+// ---------------------------------------------------------------------------
+
+enum class EditOutcome : std::uint8_t {
+  changed,
+  unchanged,          // the value was there already
+  noConfiguration,    // the document has none of this class
+  unknownClass,       // it has, but the catalogue does not know it, so no value can be checked
+  unknownKey,         // the class does not know the key
+  notInFile,          // it does, but the document has no value under it
+  severalCandidates,  // more than one value would be meant
+  badValue,           // see `check`
+  refused,            // the document did not take it
+};
+
+struct EditResult {
+  EditOutcome outcome;
+  ValueCheck check;
+  CString oldValue;
+  CString newValue;  // as it is stored: reals with the decimals of their setting
+};
+
+/// Changes one value of one configuration, and no other unit of the document. `configuration` is
+/// the name of the class or the element; the empty text means any.
+KPX_API EditResult setValueInDocument(CMarkup& document, const CString& configuration,
+                                      const CString& key, const CString& text);
+
+/// An outcome as a sentence without its subject: "is not known to this class".
+KPX_API const char* describe(EditOutcome outcome) noexcept;
+
+}  // namespace kpx

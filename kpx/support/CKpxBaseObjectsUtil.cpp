@@ -1,0 +1,114 @@
+#include "kpx/support/CKpxBaseObjectsUtil.h"
+
+#include <atomic>
+
+#include "kpx/platform/Clock.h"
+#include "kpx/report/Error.h"
+#include "kpx/report/Exceptions.h"
+#include "kpx/text/TextTools.h"
+
+namespace kpx {
+namespace {
+
+using FolderProvider = CKpxBaseObjectsUtil::FolderProvider;
+constinit std::atomic<FolderProvider> systemFolder{nullptr};
+constinit std::atomic<FolderProvider> projectFolder{nullptr};
+
+CString folderOf(const std::atomic<FolderProvider>& provider) {
+  const FolderProvider known = provider.load(std::memory_order_acquire);
+  return known ? known() : CString();
+}
+
+using Conversion = ZoneResult (Clock::*)(const DateTime&, DateTime&);
+
+double convertZone(double value, Conversion conversion) {
+  DateTime converted;
+  const DateTime fields = unpackTime(timeOfDouble(value));
+  if ((currentClock().*conversion)(fields, converted) != ZoneResult::converted) return value;
+  return doubleOfTime(packTime(converted));
+}
+
+}  // namespace
+
+double CKpxBaseObjectsUtil::Time2Double(const TIME& time) noexcept { return doubleOfTime(time); }
+
+TIME CKpxBaseObjectsUtil::Double2Time(double value) noexcept { return timeOfDouble(value); }
+
+double CKpxBaseObjectsUtil::Time2DoubleEx(const TIME& time) noexcept {
+  return doubleOfTimeEx(time);
+}
+
+TIME CKpxBaseObjectsUtil::Double2TimeEx(double value) noexcept { return timeOfDoubleEx(value); }
+
+void CKpxBaseObjectsUtil::correctTimeSeconds(TIME& time) noexcept { kpx::correctTimeSeconds(time); }
+
+CString CKpxBaseObjectsUtil::Date2Str(const TIME& time) { return dateText(time); }
+
+CString CKpxBaseObjectsUtil::Time2Str(const TIME& time) {
+  return Guarded(53428, CString(), [&] { return clockText(time); });
+}
+
+CString CKpxBaseObjectsUtil::TimeDouble2Str(double value) { return timeDoubleText(value); }
+
+TIME CKpxBaseObjectsUtil::Str2Date(const CString& text) noexcept { return dateOfText(text); }
+
+TIME CKpxBaseObjectsUtil::Str2Time(const CString& text) noexcept { return clockOfText(text); }
+
+double CKpxBaseObjectsUtil::Str2TimeDouble(const CString& text) noexcept {
+  return timeDoubleOf(text);
+}
+
+void CKpxBaseObjectsUtil::GetTimestamp(TIME* time) noexcept {
+  Guarded(53420, [&] {
+    if (!time) throw InvalidArgException();
+    *time = packTime(currentClock().localNow());
+  });
+}
+
+double CKpxBaseObjectsUtil::GetTimestamp() noexcept {
+  return Guarded(52040, 0.0, [] { return doubleOfTime(packTime(currentClock().localNow())); });
+}
+
+double CKpxBaseObjectsUtil::LocalTimeDouble2UTCTimeDouble(double value) {
+  return convertZone(value, &Clock::localToUtc);
+}
+
+double CKpxBaseObjectsUtil::UTCTimeDouble2LocalTimeDouble(double value) {
+  return convertZone(value, &Clock::utcToLocal);
+}
+
+double CKpxBaseObjectsUtil::TimeDouble2OleDate(double value) noexcept {
+  return oleDateOfTimeDouble(value);
+}
+
+double CKpxBaseObjectsUtil::OleDate2TimeDouble(double days) noexcept {
+  return timeDoubleOfOleDate(days);
+}
+
+CString CKpxBaseObjectsUtil::TrimLeft(const CString& text) { return withoutLeadingBlanks(text); }
+
+CString CKpxBaseObjectsUtil::TrimRight(const CString& text) { return withoutTrailingBlanks(text); }
+
+CString CKpxBaseObjectsUtil::Trim(const CString& text) { return withoutBlanks(text); }
+
+CString CKpxBaseObjectsUtil::CatPathFile(const CString& folder, const CString& file) {
+  return joinPath(folder, file);
+}
+
+CString CKpxBaseObjectsUtil::CutSystemPath(const CString& path) {
+  return pathBelow(path, folderOf(systemFolder));
+}
+
+CString CKpxBaseObjectsUtil::CutProjectPath(const CString& path) {
+  return pathBelow(path, folderOf(projectFolder));
+}
+
+FolderProvider CKpxBaseObjectsUtil::setSystemFolderProvider(FolderProvider provider) noexcept {
+  return systemFolder.exchange(provider, std::memory_order_acq_rel);
+}
+
+FolderProvider CKpxBaseObjectsUtil::setProjectFolderProvider(FolderProvider provider) noexcept {
+  return projectFolder.exchange(provider, std::memory_order_acq_rel);
+}
+
+}  // namespace kpx

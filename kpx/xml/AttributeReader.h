@@ -1,0 +1,76 @@
+#pragma once
+
+#include <string_view>
+
+#include "kpx/report/Export.h"
+#include "kpx/text/CString.h"
+#include "kpx/xml/MarkupText.h"
+
+namespace kpx {
+
+/// Walks the attributes of one start tag in written order.
+///
+/// Reading all attributes of an element this way costs one pass over its tag, whether they are
+/// walked with `next` or asked for by name with `find` in about the order in which they stand.
+/// Odd syntax is read as far as it makes sense: values in single quotes or none, missing values.
+///
+///     for (AttributeReader attribute = document.ReadChildAttribs(); attribute.next();)
+///       use(attribute.name(), attribute.value());
+///
+/// Points into the text of the document: valid until the document is changed or destroyed. Many
+/// readers of one document may be at work at the same time.
+class KPX_API AttributeReader {
+ public:
+  /// Has no attributes.
+  AttributeReader() noexcept = default;
+  /// A whole start tag, from "<" through ">".
+  explicit AttributeReader(std::u16string_view startTag) noexcept;
+
+  /// Goes on to the next attribute; false behind the last.
+  bool next() noexcept;
+  /// Goes to the attribute with this name: looks behind the current one first, then from the
+  /// beginning. Answers false and stays where it is when there is none.
+  bool find(std::u16string_view name) noexcept;
+  /// Finds the attribute and stores its value; answers false and stores nothing if it is missing.
+  bool read(std::u16string_view name, CString& value);
+  /// Back to before the first attribute.
+  void rewind() noexcept { current_ = Span{first_, first_, first_, first_, first_}; }
+
+  /// The current attribute; empty before the first.
+  std::u16string_view name() const noexcept;
+  /// The value with references resolved.
+  CString value() const;
+  /// The value as it stands in the tag, without its quotes.
+  std::u16string_view rawValue() const noexcept;
+
+  /// Where the current attribute stands in the tag, in units. Without a value, the value is an
+  /// empty place behind the name or its "=".
+  int nameBegin() const noexcept { return current_.nameBegin; }
+  int nameEnd() const noexcept { return current_.nameEnd; }
+  int valueBegin() const noexcept { return current_.valueBegin; }
+  int valueEnd() const noexcept { return current_.valueEnd; }
+  /// Where it ends: behind the closing quote.
+  int end() const noexcept { return current_.end; }
+  /// Whether the value stands between two quotes of one kind.
+  bool isQuoted() const noexcept {
+    return current_.end == current_.valueEnd + 1 && current_.valueBegin > current_.nameEnd;
+  }
+
+ private:
+  struct Span {
+    int nameBegin = 0;
+    int nameEnd = 0;
+    int valueBegin = 0;
+    int valueEnd = 0;
+    int end = 0;
+  };
+  bool scan(int from, Span& found) const noexcept;
+  bool findBetween(int from, int to, std::u16string_view name) noexcept;
+
+  std::u16string_view tag_;
+  int first_ = 0;  // behind the tag name
+  int last_ = 0;   // where the "/>" or ">" begins
+  Span current_;
+};
+
+}  // namespace kpx

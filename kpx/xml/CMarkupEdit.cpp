@@ -1,0 +1,179 @@
+#include <charconv>
+
+#include "kpx/xml/CMarkup.h"
+#include "kpx/xml/internal/MarkupEditor.h"
+
+namespace kpx {
+namespace {
+
+// The decimal text of an integer.
+class IntegerText {
+ public:
+  explicit IntegerText(int value) noexcept {
+    char digits[12];
+    const char* const end = std::to_chars(digits, digits + sizeof digits, value).ptr;
+    for (const char* digit = digits; digit != end; ++digit) {
+      units_[length_++] = static_cast<unsigned char>(*digit);
+    }
+  }
+  operator MCD_CSTR() const noexcept { return std::u16string_view(units_, length_); }
+
+ private:
+  char16_t units_[12];
+  std::size_t length_ = 0;
+};
+
+}  // namespace
+
+// --- changing ------------------------------------------------------------------------------------
+
+bool CMarkup::SetTagName(MCD_CSTR name) {
+  return mainPos_ != 0 && detail::MarkupEditor(*this).setTagName(mainPos_, name);
+}
+
+bool CMarkup::SetChildTagName(MCD_CSTR name) {
+  const int child = x_ChildElem();
+  return child != 0 && detail::MarkupEditor(*this).setTagName(child, name);
+}
+
+bool CMarkup::SetData(MCD_CSTR data, int flags) {
+  detail::MarkupEditor editor(*this);
+  if (mainPos_ != 0) return editor.setContent(mainPos_, data, flags);
+  return nodeLength_ != 0 && editor.setNode(data, flags);
+}
+
+bool CMarkup::SetData(int value) { return SetData(IntegerText(value)); }
+
+bool CMarkup::SetChildData(MCD_CSTR data, int flags) {
+  const int child = x_ChildElem();
+  return child != 0 && detail::MarkupEditor(*this).setContent(child, data, flags);
+}
+
+bool CMarkup::SetAttrib(MCD_CSTR name, MCD_CSTR value) {
+  return mainPos_ != 0 && detail::MarkupEditor(*this).setAttribute(mainPos_, name, value);
+}
+
+bool CMarkup::SetAttrib(MCD_CSTR name, int value) { return SetAttrib(name, IntegerText(value)); }
+
+bool CMarkup::SetChildAttrib(MCD_CSTR name, MCD_CSTR value) {
+  const int child = x_ChildElem();
+  return child != 0 && detail::MarkupEditor(*this).setAttribute(child, name, value);
+}
+
+bool CMarkup::SetChildAttrib(MCD_CSTR name, int value) {
+  return SetChildAttrib(name, IntegerText(value));
+}
+
+bool CMarkup::RemoveAttrib(MCD_CSTR name) {
+  return mainPos_ != 0 && detail::MarkupEditor(*this).removeAttribute(mainPos_, name);
+}
+
+bool CMarkup::RemoveChildAttrib(MCD_CSTR name) {
+  const int child = x_ChildElem();
+  return child != 0 && detail::MarkupEditor(*this).removeAttribute(child, name);
+}
+
+// --- adding --------------------------------------------------------------------------------------
+
+// Where a new element goes, by `asChild` and `insertBefore`; false if there is no parent for it.
+bool CMarkup::x_PlaceFor(int flags, detail::EditPlace& place) const noexcept {
+  const detail::MarkupEditor editor(const_cast<CMarkup&>(*this));
+  const bool before = (flags & MarkupFlag::insertBefore) != 0;
+  const bool asChild = (flags & MarkupFlag::asChild) != 0;
+  const int parent = asChild ? x_ChildParent() : parentPos_;
+  if (parent < 0) return false;
+  if (const int current = asChild ? childPos_ : mainPos_; current != 0) {
+    place = before ? editor.before(current) : editor.behind(current);
+  } else if (!asChild && nodeLength_ != 0) {
+    place = before ? editor.beforeNode() : editor.behindNode();
+  } else {
+    place = before ? editor.asFirst(parent) : editor.asLast(parent);
+  }
+  return true;
+}
+
+bool CMarkup::x_SetAdded(int element, int flags) noexcept {
+  if (element == 0) return false;
+  if ((flags & MarkupFlag::asChild) != 0) {
+    x_SetPos(parentPos_, mainPos_, element);
+  } else {
+    x_SetPos(parentPos_, element, 0);
+  }
+  return true;
+}
+
+bool CMarkup::x_AddElem(MCD_CSTR name, MCD_CSTR data, int flags) {
+  detail::EditPlace place;
+  if (!x_PlaceFor(flags, place)) return false;
+  const int element = detail::MarkupEditor(*this).addElement(place, name, data, flags);
+  if (!x_SetAdded(element, flags)) return false;
+  attributeMemory_.begin(element);
+  return true;
+}
+
+bool CMarkup::x_AddSubDoc(MCD_CSTR markup, int flags) {
+  detail::EditPlace place;
+  if (!x_PlaceFor(flags, place)) return false;
+  return x_SetAdded(detail::MarkupEditor(*this).addMarkup(place, markup), flags);
+}
+
+bool CMarkup::AddElem(MCD_CSTR name, MCD_CSTR data, int flags) {
+  return x_AddElem(name, data, flags & MarkupFlag::dataFlags);
+}
+bool CMarkup::InsertElem(MCD_CSTR name, MCD_CSTR data, int flags) {
+  return x_AddElem(name, data, (flags & MarkupFlag::dataFlags) | MarkupFlag::insertBefore);
+}
+bool CMarkup::AddChildElem(MCD_CSTR name, MCD_CSTR data, int flags) {
+  return x_AddElem(name, data, (flags & MarkupFlag::dataFlags) | MarkupFlag::asChild);
+}
+bool CMarkup::InsertChildElem(MCD_CSTR name, MCD_CSTR data, int flags) {
+  return x_AddElem(
+      name, data, (flags & MarkupFlag::dataFlags) | MarkupFlag::asChild | MarkupFlag::insertBefore);
+}
+
+bool CMarkup::AddSubDoc(MCD_CSTR markup) { return x_AddSubDoc(markup, 0); }
+bool CMarkup::InsertSubDoc(MCD_CSTR markup) {
+  return x_AddSubDoc(markup, MarkupFlag::insertBefore);
+}
+bool CMarkup::AddChildSubDoc(MCD_CSTR markup) { return x_AddSubDoc(markup, MarkupFlag::asChild); }
+bool CMarkup::InsertChildSubDoc(MCD_CSTR markup) {
+  return x_AddSubDoc(markup, MarkupFlag::asChild | MarkupFlag::insertBefore);
+}
+
+bool CMarkup::AddNode(int type, MCD_CSTR text) {
+  if (type == MarkupNode::element) return AddElem(text);
+  return detail::MarkupEditor(*this).addNode(type, text, false);
+}
+
+bool CMarkup::InsertNode(int type, MCD_CSTR text) {
+  if (type == MarkupNode::element) return InsertElem(text);
+  return detail::MarkupEditor(*this).addNode(type, text, true);
+}
+
+// --- removing ------------------------------------------------------------------------------------
+
+bool CMarkup::RemoveElem() {
+  if (mainPos_ == 0) return false;
+  const int before = x_ElemBefore(mainPos_);
+  detail::MarkupEditor(*this).removeElement(mainPos_);
+  x_SetPos(parentPos_, before, 0);
+  return true;
+}
+
+bool CMarkup::RemoveChildElem() {
+  const int child = x_ChildElem();
+  if (child == 0) return false;
+  const int before = x_ElemBefore(child);
+  detail::MarkupEditor(*this).removeElement(child);
+  x_SetPos(parentPos_, mainPos_, before);
+  return true;
+}
+
+bool CMarkup::RemoveNode() {
+  if (mainPos_ != 0) return RemoveElem();
+  if (nodeLength_ == 0) return false;
+  detail::MarkupEditor(*this).removeNode();
+  return true;
+}
+
+}  // namespace kpx

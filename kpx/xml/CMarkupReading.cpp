@@ -1,0 +1,177 @@
+#include "kpx/xml/CMarkup.h"
+#include "kpx/xml/internal/Escape.h"
+#include "kpx/xml/internal/NameUnits.h"
+#include "kpx/xml/internal/Tokenizer.h"
+
+namespace kpx {
+
+std::u16string_view CMarkup::x_Text(int begin, int end) const noexcept {
+  return doc_.view().substr(static_cast<std::size_t>(begin), static_cast<std::size_t>(end - begin));
+}
+
+std::u16string_view CMarkup::x_StartTag(int element) const noexcept {
+  const ElemPos& record = index_[element];
+  return x_Text(record.start, record.contentStart());
+}
+
+// --- names and data ------------------------------------------------------------------------------
+
+CString CMarkup::GetTagName() const {
+  return mainPos_ != 0 ? CString(detail::tagNameOf(x_StartTag(mainPos_))) : CString();
+}
+
+CString CMarkup::GetChildTagName() const {
+  const int child = x_ChildElem();
+  return child != 0 ? CString(detail::tagNameOf(x_StartTag(child))) : CString();
+}
+
+CString CMarkup::x_ElemData(int element) const {
+  const ElemPos& record = index_[element];
+  const int end = record.firstChild != 0 ? index_[record.firstChild].start : record.contentEnd();
+  CString data;
+  detail::TokenPos token;
+  token.text = doc_.view();
+  token.end = record.contentStart();
+  while (token.end < end) {
+    const int kind = detail::nextToken(token);
+    if (kind == MarkupNode::text || kind == MarkupNode::whitespace) {
+      detail::unescapeInto(data.units(), token.name());
+    } else if (kind == MarkupNode::cdataSection) {
+      data += token.name();
+    }
+  }
+  return data;
+}
+
+CString CMarkup::GetData() const {
+  if (mainPos_ != 0) return x_ElemData(mainPos_);
+  if (nodeLength_ == 0) return {};
+  if (nodeType_ == MarkupNode::documentType) return GetSubDoc();
+  detail::TokenPos token;
+  token.text = doc_.view().substr(0, static_cast<std::size_t>(nodeOffset_ + nodeLength_));
+  token.end = nodeOffset_;
+  detail::nextToken(token);
+  CString data;
+  if ((nodeType_ & (MarkupNode::text | MarkupNode::whitespace)) != 0) {
+    detail::unescapeInto(data.units(), token.name());
+  } else if (nodeType_ == MarkupNode::loneEndTag) {
+    data = x_Text(nodeOffset_ + 2, nodeOffset_ + nodeLength_ - 1);
+  } else {
+    data = token.name();
+  }
+  return data;
+}
+
+CString CMarkup::GetChildData() const {
+  const int child = x_ChildElem();
+  return child != 0 ? x_ElemData(child) : CString();
+}
+
+// --- attributes ----------------------------------------------------------------------------------
+
+AttributeReader CMarkup::ReadAttribs() const {
+  return mainPos_ != 0 ? AttributeReader(x_StartTag(mainPos_)) : AttributeReader();
+}
+
+AttributeReader CMarkup::ReadChildAttribs() const {
+  const int child = x_ChildElem();
+  return child != 0 ? AttributeReader(x_StartTag(child)) : AttributeReader();
+}
+
+CString CMarkup::GetAttrib(MCD_CSTR name) const {
+  AttributeReader attribute = ReadAttribs();
+  return attribute.find(name) ? attribute.value() : CString();
+}
+
+CString CMarkup::GetChildAttrib(MCD_CSTR name) const {
+  AttributeReader attribute = ReadChildAttribs();
+  return attribute.find(name) ? attribute.value() : CString();
+}
+
+bool CMarkup::HasAttrib(MCD_CSTR name) const { return ReadAttribs().find(name); }
+bool CMarkup::HasChildAttrib(MCD_CSTR name) const { return ReadChildAttribs().find(name); }
+
+bool CMarkup::x_NthAttrib(int element, int index, CString& name, CString& value) const {
+  if (element == 0 || index < 0) return false;
+  AttributeReader attribute(x_StartTag(element));
+  do {
+    if (!attribute.next()) return false;
+  } while (index-- > 0);
+  name = attribute.name();
+  value = attribute.value();
+  return true;
+}
+
+bool CMarkup::GetNthAttrib(int index, CString& name, CString& value) const {
+  return x_NthAttrib(mainPos_, index, name, value);
+}
+
+bool CMarkup::GetNthChildAttrib(int index, CString& name, CString& value) const {
+  return x_NthAttrib(x_ChildElem(), index, name, value);
+}
+
+bool CMarkup::x_AttribOffsets(int element, std::u16string_view name, int& begin,
+                              int& end) const noexcept {
+  if (element == 0) return false;
+  AttributeReader attribute(x_StartTag(element));
+  if (!attribute.find(name)) return false;
+  begin = index_[element].start + attribute.valueBegin();
+  end = index_[element].start + attribute.valueEnd();
+  return true;
+}
+
+bool CMarkup::GetAttribOffsets(MCD_CSTR name, int& begin, int& end) const {
+  return x_AttribOffsets(mainPos_, name, begin, end);
+}
+
+bool CMarkup::GetChildAttribOffsets(MCD_CSTR name, int& begin, int& end) const {
+  return x_AttribOffsets(x_ChildElem(), name, begin, end);
+}
+
+// --- whole elements ------------------------------------------------------------------------------
+
+bool CMarkup::GetOffsets(int& begin, int& end) const {
+  if (mainPos_ != 0) {
+    begin = index_[mainPos_].start;
+    end = index_[mainPos_].end();
+    return true;
+  }
+  if (nodeLength_ == 0) return false;
+  begin = nodeOffset_;
+  end = nodeOffset_ + nodeLength_;
+  return true;
+}
+
+bool CMarkup::GetChildOffsets(int& begin, int& end) const {
+  const int child = x_ChildElem();
+  if (child == 0) return false;
+  begin = index_[child].start;
+  end = index_[child].end();
+  return true;
+}
+
+CString CMarkup::GetSubDoc() const {
+  int begin = 0;
+  int end = 0;
+  return GetOffsets(begin, end) ? CString(x_Text(begin, end)) : CString();
+}
+
+CString CMarkup::GetChildSubDoc() const {
+  int begin = 0;
+  int end = 0;
+  return GetChildOffsets(begin, end) ? CString(x_Text(begin, end)) : CString();
+}
+
+CString CMarkup::GetElemContent() const {
+  if (mainPos_ == 0) return {};
+  return CString(x_Text(index_[mainPos_].contentStart(), index_[mainPos_].contentEnd()));
+}
+
+bool CMarkup::GetContentOffsets(int& begin, int& end) const {
+  if (mainPos_ == 0) return false;
+  begin = index_[mainPos_].contentStart();
+  end = index_[mainPos_].contentEnd();
+  return true;
+}
+
+}  // namespace kpx

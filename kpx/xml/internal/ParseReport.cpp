@@ -1,0 +1,136 @@
+#include "kpx/xml/internal/ParseReport.h"
+
+#include <algorithm>
+
+#include "kpx/xml/internal/Escape.h"
+#include "kpx/xml/internal/Outcome.h"
+#include "kpx/xml/internal/Tokenizer.h"
+
+namespace kpx::detail {
+namespace {
+
+// Each unended element writes the name of the end tag that closed it. Longer names are cut there,
+// or a small hostile file could fill the memory.
+constexpr std::size_t plainNameLimit = 128;
+
+std::u16string_view syntaxRecordName(MarkupProblemKind kind) noexcept {
+  switch (kind) {
+    case MarkupProblemKind::exclamationTagSyntax:
+      return u"exclamation_tag_syntax";
+    case MarkupProblemKind::doctypeTagSyntax:
+      return u"doctype_tag_syntax";
+    case MarkupProblemKind::commentTagSyntax:
+      return u"comment_tag_syntax";
+    case MarkupProblemKind::cdataSectionSyntax:
+      return u"cdata_section_syntax";
+    default:
+      return u"first_tag_syntax";
+  }
+}
+
+}  // namespace
+
+void ParseReport::tell(MarkupProblemKind kind, std::u16string_view name, int offset) {
+  if (!sink_) return;
+  if (lineStarts_.empty()) {
+    lineStarts_.push_back(0);
+    for (std::size_t feed = text_.find(u'\n'); feed != text_.npos;
+         feed = text_.find(u'\n', feed + 1)) {
+      lineStarts_.push_back(static_cast<int>(feed) + 1);
+    }
+  }
+  const auto behind = std::upper_bound(lineStarts_.begin(), lineStarts_.end(), offset);
+  const auto line = static_cast<int>(behind - lineStarts_.begin());
+  sink_({kind, name, offset, line, offset - *(behind - 1) + 1});
+}
+
+void ParseReport::syntaxError(MarkupProblemKind kind, int offset) {
+  addOutcome(result_, {.name = syntaxRecordName(kind), .numberName = u"offset", .number = offset});
+  tell(kind, {}, offset);
+}
+
+void ParseReport::unterminated(std::u16string_view openType, int offset) {
+  addOutcome(result_, {.name = u"unterminated_tag_syntax",
+                       .textName = u"type",
+                       .text = openType,
+                       .numberName = u"offset",
+                       .number = offset});
+  tell(MarkupProblemKind::unterminatedTagSyntax, openType, offset);
+}
+
+void ParseReport::unendedStartTag(std::u16string_view name, int offset, int missedAt) {
+  addOutcome(result_, {.name = u"unended_start_tag",
+                       .textName = u"tagname",
+                       .text = name,
+                       .numberName = u"offset",
+                       .number = offset,
+                       .offset2 = missedAt});
+  tell(MarkupProblemKind::unendedStartTag, name, offset);
+}
+
+void ParseReport::loneEndTag(std::u16string_view name, int offset) {
+  addOutcome(result_, {.name = u"lone_end_tag",
+                       .textName = u"tagname",
+                       .text = name,
+                       .numberName = u"offset",
+                       .number = offset});
+  tell(MarkupProblemKind::loneEndTag, name, offset);
+}
+
+void ParseReport::noRootElement() {
+  addOutcome(result_, {.name = u"no_root_element"});
+  tell(MarkupProblemKind::noRootElement, {}, 0);
+}
+
+void ParseReport::rootHasSibling(int offset) {
+  addOutcome(result_, {.name = u"root_has_sibling"});
+  tell(MarkupProblemKind::rootHasSibling, {}, offset);
+}
+
+void ParseReport::tooLarge(std::u16string_view what, int offset) {
+  addOutcome(result_, {.name = u"limit_exceeded",
+                       .textName = u"type",
+                       .text = what,
+                       .numberName = u"offset",
+                       .number = offset});
+  tell(MarkupProblemKind::tooLarge, what, offset);
+}
+
+int ParseReport::lineOf(int offset) {
+  // The unit at the offset counts too, as in FindErrorLine.
+  const std::u16string_view counted = text_.substr(0, static_cast<std::size_t>(offset) + 1);
+  const int end = static_cast<int>(counted.size());
+  while (countedTo_ < end) {
+    const int feed = findUnit(counted, countedTo_, '\n');
+    if (feed < end) ++countedLines_;
+    countedTo_ = std::min(feed, end - 1) + 1;
+  }
+  return countedLines_;
+}
+
+void ParseReport::plainLine(std::u16string_view opening, std::u16string_view name,
+                            std::u16string_view middle, int offset, std::u16string_view beforeLine,
+                            int lineOffset) {
+  std::u16string& text = result_.units();
+  text.append(opening);
+  // Escaped, so that the result text can be read as markup whatever the name holds.
+  escapeInto(text, name.substr(0, plainNameLimit), 0);
+  text.append(middle);
+  appendNumber(text, offset);
+  text.append(beforeLine);
+  appendNumber(text, lineOf(lineOffset));
+  text.append(u"\n");
+}
+
+void ParseReport::mismatchLine(std::u16string_view endTagName, int endTagOffset, int lineOffset) {
+  plainLine(u"End tag '", endTagName, u"' at offset ", endTagOffset,
+            u" does not match start tag  --> Error in line ", lineOffset);
+}
+
+void ParseReport::unterminatedLine(std::u16string_view tagName, int tagOffset, int lineOffset) {
+  // Kept: this wording stands for every unterminated tag, readers of old logs know it.
+  plainLine(u"No start tag for end tag '", tagName, u"' at offset ", tagOffset,
+            u" --> Error in line ", lineOffset);
+}
+
+}  // namespace kpx::detail

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <string_view>
+#include <vector>
+
+#include "kpx/text/CString.h"
+#include "kpx/xml/MarkupProblem.h"
+
+namespace kpx::detail {
+
+/// Writes what a parse finds wrong: records and plain lines into a result text, and problems into
+/// a sink. Its whole cost is linear in the text and in the number of problems.
+class ParseReport {
+ public:
+  /// All three must outlive it.
+  ParseReport(std::u16string_view text, CString& result, const MarkupProblemSink& sink)
+      : text_(text), result_(result), sink_(sink) {}
+
+  void syntaxError(MarkupProblemKind kind, int offset);
+  /// `openType` names what was open.
+  void unterminated(std::u16string_view openType, int offset);
+  /// A start tag without its end tag, missed at `missedAt`.
+  void unendedStartTag(std::u16string_view name, int offset, int missedAt);
+  void loneEndTag(std::u16string_view name, int offset);
+  void noRootElement();
+  void rootHasSibling(int offset);
+  /// `what` names the limit: "start_tag", "end_tag", "level" or "text".
+  void tooLarge(std::u16string_view what, int offset);
+
+  /// The plain lines, with the number of the line that `lineOffset` lies in, counted from 0.
+  /// That offset must not be smaller than in earlier calls.
+  void mismatchLine(std::u16string_view endTagName, int endTagOffset, int lineOffset);
+  void unterminatedLine(std::u16string_view tagName, int tagOffset, int lineOffset);
+
+ private:
+  void tell(MarkupProblemKind kind, std::u16string_view name, int offset);
+  void plainLine(std::u16string_view opening, std::u16string_view name, std::u16string_view middle,
+                 int offset, std::u16string_view beforeLine, int lineOffset);
+  int lineOf(int offset);
+
+  std::u16string_view text_;
+  CString& result_;
+  const MarkupProblemSink& sink_;
+  std::vector<int> lineStarts_;  // filled for the first problem that a sink is told
+  int countedTo_ = 0;
+  int countedLines_ = 0;
+};
+
+}  // namespace kpx::detail

@@ -1,0 +1,90 @@
+#pragma once
+
+#include <memory>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "kpx/platform/FileSystem.h"
+
+namespace kpx {
+
+/// The real file system, in which one step fails. It is the library's file system as long as it
+/// lives.
+class FaultyFileSystem final : public FileSystem {
+ public:
+  enum class Step { none, read, open, write, flush, close, copyPermissions, rename };
+
+  FaultyFileSystem() : real_(fileSystem()), before_(setFileSystem(this)) {}
+  ~FaultyFileSystem() override { setFileSystem(before_); }
+
+  /// The next call of this step after `passing` more of them fails as if the volume were full.
+  void failOnce(Step step, int passing = 0) {
+    failing_ = step;
+    passing_ = passing;
+  }
+  bool hasFailed() const { return failing_ == Step::none; }
+
+  FileResult read(const CString& path, FileBytes& bytes, std::uint64_t maxBytes) override {
+    return fails(Step::read) ? failure : real_.read(path, bytes, maxBytes);
+  }
+  FileResult info(const CString& path, FileInfo& info) override { return real_.info(path, info); }
+  FileResult open(const CString& path, OpenMode mode, std::unique_ptr<OutputFile>& file,
+                  unsigned permissions) override {
+    if (fails(Step::open)) return failure;
+    const FileResult result = real_.open(path, mode, file, permissions);
+    if (result) file = std::make_unique<File>(*this, std::move(file));
+    return result;
+  }
+  FileResult copyPermissions(const CString& like, const CString& path) override {
+    return fails(Step::copyPermissions) ? failure : real_.copyPermissions(like, path);
+  }
+  FileResult rename(const CString& from, const CString& to) override {
+    return fails(Step::rename) ? failure : real_.rename(from, to);
+  }
+  FileResult remove(const CString& path) override { return real_.remove(path); }
+  FileResult createFolder(const CString& path) override { return real_.createFolder(path); }
+  FileResult list(const CString& folder, std::vector<CString>& names) override {
+    return real_.list(folder, names);
+  }
+  FileResult followLinks(const CString& path, CString& target) override {
+    return real_.followLinks(path, target);
+  }
+
+ private:
+  static constexpr FileResult failure{FileStatus::noSpace, 28};
+
+  class File final : public OutputFile {
+   public:
+    File(FaultyFileSystem& owner, std::unique_ptr<OutputFile> real)
+        : owner_(owner), real_(std::move(real)) {}
+    FileResult write(std::string_view bytes) override {
+      if (!owner_.fails(Step::write)) return real_->write(bytes);
+      // A full volume takes what still fits.
+      real_->write(bytes.substr(0, bytes.size() / 2));
+      return failure;
+    }
+    FileResult flush() override { return owner_.fails(Step::flush) ? failure : real_->flush(); }
+    FileResult close() override {
+      const FileResult result = real_->close();
+      return owner_.fails(Step::close) ? failure : result;
+    }
+
+   private:
+    FaultyFileSystem& owner_;
+    std::unique_ptr<OutputFile> real_;
+  };
+
+  bool fails(Step step) {
+    if (step != failing_ || passing_-- > 0) return false;
+    failing_ = Step::none;
+    return true;
+  }
+
+  FileSystem& real_;
+  FileSystem* before_;
+  Step failing_ = Step::none;
+  int passing_ = 0;
+};
+
+}  // namespace kpx

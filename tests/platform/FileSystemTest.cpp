@@ -1,0 +1,201 @@
+#include "kpx/platform/FileSystem.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <stdexcept>
+
+#include "kpx/platform/EncodingConverter.h"
+#include "kpx/platform/Memory.h"
+#include "tests/common/FaultyFileSystem.h"
+#include "tests/common/TemporaryFolder.h"
+#include "tests/common/TextPrinter.h"
+
+namespace kpx {
+namespace {
+
+namespace fs = std::filesystem;
+using Step = FaultyFileSystem::Step;
+
+TEST(FileSystem, ReplacedFileReadsBackWhateverItsSize) {
+  const TemporaryFolder folder;
+  const CString path = folder / "Straße 7.xml";
+  // Around the size where memory comes from the system, and none at all.
+  for (const std::size_t size :
+       {std::size_t{0}, std::size_t{1}, largePage - 1, largePage, 3 * largePage + 5}) {
+    std::string content(size, 'x');
+    if (size != 0) content.back() = '\0';
+    ASSERT_TRUE(fileSystem().replaceFile(path, content));
+    FileBytes bytes;
+    ASSERT_TRUE(fileSystem().read(path, bytes));
+    EXPECT_TRUE(bytes.view() == content) << size;
+  }
+  EXPECT_EQ(folder.names().size(), 1u);
+}
+
+TEST(FileSystem, ReadingTellsWhyItFailed) {
+  const TemporaryFolder folder;
+  folder.write("ten.txt", "0123456789");
+  struct Case {
+    CString path;
+    std::uint64_t limit;
+    FileStatus status;
+  };
+  const Case cases[] = {
+      {folder / "missing.txt", 100, FileStatus::notFound},
+      {folder / "missing/ten.txt", 100, FileStatus::notFound},
+      {folder / "ten.txt/more", 100, FileStatus::notFolder},
+      {folder / ".", 100, FileStatus::isFolder},
+      {folder / std::string(300, 'n'), 100, FileStatus::badName},
+      {CString(u"a\0b", 3), 100, FileStatus::badName},
+      {u"", 100, FileStatus::badName},
+      {folder / "ten.txt", 9, FileStatus::tooLarge},
+      {folder / "ten.txt", 10, FileStatus::ok},
+      {u"/dev/zero", 100000, FileStatus::tooLarge},  // tells no size beforehand
+  };
+  for (const Case& each : cases) {
+    FileBytes bytes;
+    const FileResult result = fileSystem().read(each.path, bytes, each.limit);
+    EXPECT_EQ(static_cast<int>(result.status), static_cast<int>(each.status))
+        << testing::PrintToString(each.path);
+    EXPECT_EQ(result.message().IsEmpty(), result.ok());
+  }
+}
+
+TEST(FileSystem, FailureAtAnyStepLeavesTheOldFileAndNothingElse) {
+  const TemporaryFolder folder;
+  const CString path = folder / "job.xml";
+  for (const bool replacing : {true, false}) {
+    for (const Step step :
+         {Step::open, Step::write, Step::flush, Step::close, Step::copyPermissions, Step::rename}) {
+      if (step == Step::copyPermissions && !replacing) continue;
+      fs::remove(folder.path() / "job.xml");
+      if (replacing) folder.write("job.xml", "old");
+      FaultyFileSystem files;
+      files.failOnce(step);
+      const FileResult result = files.replaceFile(path, "new content");
+      EXPECT_TRUE(files.hasFailed()) << static_cast<int>(step);
+      EXPECT_EQ(result.status, FileStatus::noSpace) << static_cast<int>(step);
+      EXPECT_EQ(folder.read("job.xml"), replacing ? "old" : "") << static_cast<int>(step);
+      EXPECT_EQ(folder.names().size(), replacing ? 1u : 0u) << static_cast<int>(step);
+    }
+  }
+}
+
+TEST(FileSystem, WriterThatThrowsLeavesTheOldFileAndNothingElse) {
+  const TemporaryFolder folder;
+  folder.write("job.xml", "old");
+  EXPECT_THROW(fileSystem().replaceFile(
+                   folder / "job.xml",
+                   [](OutputFile&) -> FileResult { throw std::runtime_error("no more"); }),
+               std::runtime_error);
+  EXPECT_EQ(folder.read("job.xml"), "old");
+  EXPECT_EQ(folder.names().size(), 1u);
+}
+
+TEST(FileSystem, ReplacingKeepsPermissionsAndFollowsLinksToTheirEnd) {
+  const TemporaryFolder folder;
+  fs::create_directory(folder.path() / "sub");
+  folder.write("sub/real.xml", "old");
+  const fs::perms kept = fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read;
+  fs::permissions(folder.path() / "sub/real.xml", kept);
+  fs::create_symlink("sub/real.xml", folder.path() / "second");
+  fs::create_symlink("second", folder.path() / "first");
+  fs::create_symlink("sub/later.xml", folder.path() / "dangling");
+
+  EXPECT_TRUE(fileSystem().replaceFile(folder / "first", "new"));
+  EXPECT_TRUE(fs::is_symlink(folder.path() / "first"));
+  EXPECT_EQ(folder.read("sub/real.xml"), "new");
+  EXPECT_EQ(fs::status(folder.path() / "sub/real.xml").permissions(), kept);
+
+  EXPECT_TRUE(fileSystem().replaceFile(folder / "dangling", "came"));
+  EXPECT_EQ(folder.read("sub/later.xml"), "came");
+
+  fs::create_symlink("circle", folder.path() / "circle");
+  EXPECT_EQ(fileSystem().replaceFile(folder / "circle", "x").status, FileStatus::badName);
+  EXPECT_EQ(fileSystem().replaceFile(folder / "sub", "x").status, FileStatus::isFolder);
+  EXPECT_EQ(fileSystem().replaceFile(u"/dev/null", "x").status, FileStatus::notRegularFile);
+}
+
+TEST(FileSystem, WriteProtectedFileIsNotReplaced) {
+  const TemporaryFolder folder;
+  folder.write("job.xml", "old");
+  fs::permissions(folder.path() / "job.xml", fs::perms::owner_read);
+  FileInfo info;
+  ASSERT_TRUE(fileSystem().info(folder / "job.xml", info));
+  if (info.writable) GTEST_SKIP() << "this user may write everything";
+  EXPECT_EQ(fileSystem().replaceFile(folder / "job.xml", "new").status, FileStatus::noPermission);
+  EXPECT_EQ(folder.read("job.xml"), "old");
+}
+
+TEST(FileSystem, CreatesAllFoldersOfAPathButNotThroughAFile) {
+  const TemporaryFolder folder;
+  FileSystem& files = fileSystem();
+  EXPECT_TRUE(files.createFolders(folder / "a/b//c/"));
+  EXPECT_TRUE(files.createFolders(folder / "a/b/c"));
+  EXPECT_TRUE(fs::is_directory(folder.path() / "a/b/c"));
+  folder.write("a/file", "x");
+  EXPECT_EQ(files.createFolders(folder / "a/file").status, FileStatus::notFolder);
+  EXPECT_EQ(files.createFolders(folder / "a/file/d").status, FileStatus::notFolder);
+  fs::create_symlink("nowhere", folder.path() / "dangling");
+  EXPECT_FALSE(files.createFolders(folder / "dangling/d"));
+
+  std::vector<CString> names;
+  EXPECT_TRUE(files.list(folder / "a", names));
+  EXPECT_EQ(names, (std::vector<CString>{u"b", u"file"}));
+  EXPECT_EQ(files.remove(folder / "a").status, FileStatus::notFolder);
+  EXPECT_TRUE(files.exists(folder / "a/file"));
+  EXPECT_TRUE(files.remove(folder / "a/file"));
+  EXPECT_FALSE(files.exists(folder / "a/file"));
+}
+
+TEST(FileSystem, AppendedTextFollowsAndANewFileIsNotOpenedTwice) {
+  const TemporaryFolder folder;
+  FileSystem& files = fileSystem();
+  for (const OpenMode mode : {OpenMode::create, OpenMode::append, OpenMode::append}) {
+    std::unique_ptr<OutputFile> file;
+    ASSERT_TRUE(files.open(folder / "log.txt", mode, file));
+    EXPECT_TRUE(file->write("line\n"));
+    EXPECT_TRUE(file->close());
+  }
+  EXPECT_EQ(folder.read("log.txt"), "line\nline\nline\n");
+  std::unique_ptr<OutputFile> file;
+  EXPECT_EQ(files.open(folder / "log.txt", OpenMode::create, file).status, FileStatus::exists);
+}
+
+TEST(Memory, PagesAreAlignedZeroAndWritable) {
+  for (const std::size_t bytes : {std::size_t{1}, std::size_t{5000}, largePage, largePage + 1}) {
+    auto* const block = static_cast<unsigned char*>(allocatePages(bytes));
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block) % largePage, 0u);
+    EXPECT_EQ(block[0] + block[bytes - 1], 0);
+    std::memset(block, 0xFF, bytes);
+    releasePages(block, bytes);
+  }
+  EXPECT_THROW(allocatePages(~std::size_t{0}), std::bad_alloc);
+}
+
+TEST(EncodingConverter, TellsWhatCannotBeDecodedAndStopsAtWhatCannotBeEncoded) {
+  std::u16string text;
+  DecodingLoss loss;
+  // Shift JIS: KA, a lead byte without its second, a letter, a lead byte at the end.
+  EXPECT_TRUE(decodeCodePage(932, "\x83\x4A\x83\xFFz\x83", text, loss));
+  EXPECT_EQ(CString(text).Left(1), u"\x30AB");
+  EXPECT_EQ(CString(text).Right(2), u"z\xFFFD");
+  EXPECT_EQ(loss.firstByte, 2u);
+  EXPECT_GE(loss.count, 2u);
+
+  std::string bytes;
+  CodePageEncoder encoder(28592);
+  EXPECT_EQ(encoder.encode(u"\x0151\x20AC", bytes), 1u);
+  EXPECT_EQ(bytes, "\xF5");
+  // A long text crosses the pieces that are converted at once.
+  const std::u16string longText(10001, u'\x0151');
+  EXPECT_EQ(encoder.encode(longText, bytes), longText.size());
+  EXPECT_EQ(bytes.size(), longText.size() + 1);
+
+  EXPECT_FALSE(decodeCodePage(4711, "x", text, loss));
+  EXPECT_FALSE(CodePageEncoder(4711).usable());
+}
+
+}  // namespace
+}  // namespace kpx

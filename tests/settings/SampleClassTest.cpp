@@ -1,0 +1,161 @@
+// The behaviour of the accessors, over a class with every kind of setting.
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <limits>
+#include <new>
+#include <vector>
+
+#include "kpx/report/Error.h"
+#include "kpx/settings/Catalogue.h"
+#include "kpx/settings/CFGConfigSample.h"
+#include "tests/common/TextPrinter.h"
+
+namespace {
+thread_local bool allocationsFail = false;
+
+/// Every allocation of the thread fails while one of these lives.
+class NoMemory {
+ public:
+  NoMemory() { allocationsFail = true; }
+  ~NoMemory() { allocationsFail = false; }
+};
+
+int lastError = 0;
+}  // namespace
+
+void* operator new(std::size_t size) {
+  void* const memory = allocationsFail ? nullptr : std::malloc(size > 0 ? size : 1);
+  if (!memory) throw std::bad_alloc();
+  return memory;
+}
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+
+namespace kpx {
+namespace detail {
+extern const SettingsClass settingsClassCFGConfigSample;
+}
+namespace {
+
+class Sample : public testing::Test {
+ protected:
+  Sample() {
+    lastError = 0;
+    earlier_ = setErrorSink([](int number) noexcept { lastError = number; });
+  }
+  ~Sample() override { setErrorSink(earlier_); }
+
+  const CString& stored(const CString& key) { return sample_.Class.find(key)->Value.Value; }
+
+  CFGConfigSample sample_;
+
+ private:
+  ErrorSink earlier_;
+};
+
+TEST_F(Sample, DefaultsAreStoredInTheOrderOfTheConstructor) {
+  EXPECT_EQ(sample_.Class.KeyOrder,
+            (std::vector<CString>{u"S_RgL", u"S_RgH", u"S_Text", u"S_Anlass", u"S_Enum", u"S_Real",
+                                  u"S_Int", u"S_Flag"}));
+  EXPECT_EQ(stored(u"S_Text"), u"a \"text\" with ß");
+  EXPECT_EQ(stored(u"S_Anlass"), u"10901");
+  EXPECT_EQ(stored(u"S_Real"), u"1000.");
+  EXPECT_EQ(stored(u"S_Int"), u"-2147483648");
+  EXPECT_EQ(sample_.GetElementName(), u"CFGConfigCFGSampleStored");
+  EXPECT_EQ(sample_.Class.find(u"S_Text")->Caption, u"Groß \"q\" \\");
+  EXPECT_EQ(sample_.Class.find(u"S_Flag")->Type, ColumnType::option);
+}
+
+TEST_F(Sample, ResetPosListsKeysThatHaveNoColumn) {
+  sample_.ResetPos();
+  EXPECT_EQ(sample_.Class.KeyOrder,
+            (std::vector<CString>{u"S_RgL", u"S_RgH", u"S_Text", u"S_Old", u"S_Gone", u"S_Real"}));
+  EXPECT_EQ(sample_.Class.find(u"S_Gone"), nullptr);
+}
+
+TEST_F(Sample, MissingSettingsAnswerTheirOwnValue) {
+  sample_.Class.RemoveCols();
+  EXPECT_EQ(sample_.getReal(), -1.5);
+  EXPECT_EQ(sample_.getInt(), -1);
+  EXPECT_EQ(sample_.getReal4(), 0.0);
+  EXPECT_EQ(sample_.getText(), u"");
+  const SettingsClass& owner = detail::settingsClassCFGConfigSample;
+  EXPECT_EQ(answerWhenMissing(owner, *owner.findAccessor(u"getReal")), SettingValue(-1.5));
+  EXPECT_EQ(answerWhenMissing(owner, *owner.findAccessor(u"getInt")), SettingValue(-1));
+}
+
+TEST_F(Sample, OlderKeyIsReadButNotWritten) {
+  sample_.Class.ColAt(u"S_Old").Value.Value = u"old";
+  EXPECT_EQ(sample_.getFormula(), u"old");
+  sample_.setFormula(u"new");
+  EXPECT_EQ(sample_.getFormula(), u"new");
+  EXPECT_EQ(stored(u"S_Old"), u"old");
+  EXPECT_EQ(detail::settingsClassCFGConfigSample.findKey(u"S_Old")->getter, u"getFormula");
+}
+
+TEST_F(Sample, OneKeyMayHaveTwoGettersAndSettersMayCross) {
+  sample_.setBoth(u"2,5 m");
+  EXPECT_EQ(sample_.getBothAsText(), u"2,5 m");
+  EXPECT_EQ(sample_.getBoth(), 2.5);
+  sample_.setLG(7);
+  EXPECT_EQ(sample_.getLZ(), 7);
+  EXPECT_EQ(sample_.getLG(), 0);
+}
+
+TEST_F(Sample, ColumnTypeNeverChangesTheConversion) {
+  sample_.setReal4(2.005);
+  EXPECT_EQ(stored(u"S_Real4"), u"2.01");
+  EXPECT_EQ(sample_.Class.find(u"S_Real4")->Type, ColumnType::text);
+  sample_.Class.ColAt(u"S_Real4").Type = ColumnType::integer;
+  EXPECT_EQ(sample_.getReal4(), 2.01);
+}
+
+TEST_F(Sample, EnumerationsKeepAnyNumber) {
+  sample_.setEnum(static_cast<enumKPXProjectType>(std::numeric_limits<std::int32_t>::min()));
+  EXPECT_EQ(sample_.getEnum(), std::numeric_limits<std::int32_t>::min());
+}
+
+TEST_F(Sample, SetterTakesAPartOfItsOwnText) {
+  sample_.setText(u"0123456789 0123456789");
+  const CString& own = stored(u"S_Text");
+  sample_.setText(own);
+  EXPECT_EQ(sample_.getText(), u"0123456789 0123456789");
+}
+
+TEST_F(Sample, FailingAccessorsReportTheirOwnNumber) {
+  sample_.setText(u"longer than a text without memory of its own");
+  const CString longer(u'x', 1000);
+  {
+    const NoMemory none;
+    EXPECT_TRUE(sample_.getText().IsEmpty());
+    EXPECT_EQ(std::exchange(lastError, 0), 909903);
+    EXPECT_EQ(sample_.setText(longer), 1);
+    EXPECT_EQ(std::exchange(lastError, 0), 909904);
+  }
+  EXPECT_EQ(sample_.getText(), u"longer than a text without memory of its own");
+  bool passed = false;
+  try {
+    const NoMemory none;
+    sample_.setBoth(longer);
+  } catch (const std::bad_alloc&) {
+    passed = true;
+  }
+  EXPECT_TRUE(passed) << "an unguarded setter let no exception pass";
+  EXPECT_EQ(lastError, 0);
+}
+
+TEST_F(Sample, FailingCreationStoresNothing) {
+  const CString value = u"1";
+  const CString key = u"a key that needs memory";
+  const NoMemory none;
+  sample_.AddSetting(value, key, value, 1, value, 1, 0, 0);
+  allocationsFail = false;
+  EXPECT_EQ(lastError, 42886);
+  EXPECT_EQ(sample_.Class.find(key), nullptr);
+  EXPECT_EQ(sample_.Class.KeyOrder.size(), 8u);
+}
+
+}  // namespace
+}  // namespace kpx

@@ -1,0 +1,283 @@
+#!/usr/bin/env python3
+"""Runs kpx as its users do and checks output, exit codes and the files it leaves."""
+
+import json
+import os
+import subprocess
+import sys
+import tempfile
+import unittest
+import xml.parsers.expat
+from pathlib import Path
+
+KPX = None
+
+
+def kpx(*arguments, stdin=b""):
+    done = subprocess.run([KPX, *map(str, arguments)], input=stdin, capture_output=True,
+                          timeout=120)
+    return done.returncode, done.stdout.decode(), done.stderr.decode()
+
+
+def shape_by_expat(content):
+    """Elements, written attributes and depth as another parser counts them."""
+    count = {"elements": 0, "attributes": 0, "depth": 0, "deepest": 0}
+
+    def start(_, attributes):
+        count["elements"] += 1
+        count["attributes"] += len(attributes)
+        count["depth"] += 1
+        count["deepest"] = max(count["deepest"], count["depth"])
+
+    def end(_):
+        count["depth"] -= 1
+
+    parser = xml.parsers.expat.ParserCreate()
+    parser.specified_attributes = True
+    parser.StartElementHandler = start
+    parser.EndElementHandler = end
+    parser.Parse(content, True)
+    return count["elements"], count["attributes"], count["deepest"]
+
+
+class ToolTest(unittest.TestCase):
+    def setUp(self):
+        self.folder = tempfile.TemporaryDirectory()
+        self.addCleanup(self.folder.cleanup)
+        self.file = Path(self.folder.name) / "general.xml"
+        code, out, _ = kpx("config", "defaults", "CFGGeneralSettings")
+        self.assertEqual(code, 0)
+        self.file.write_bytes(out.encode())
+
+    def write(self, name, content):
+        path = Path(self.folder.name) / name
+        path.write_bytes(content if isinstance(content, bytes) else content.encode())
+        return path
+
+    def answers(self, expected, *arguments, stdin=b""):
+        """Runs kpx, checks the exit code and that data and messages do not mix."""
+        code, out, err = kpx(*arguments, stdin=stdin)
+        self.assertEqual(code, expected, f"{arguments}\n{out}\n{err}")
+        if expected >= 2:
+            self.assertTrue(err.strip(), "a failure without a message")
+        return out, err
+
+
+class ConfigTest(ToolTest):
+    def test_set_changes_one_value_and_no_other_byte(self):
+        before = self.file.read_bytes()
+        self.answers(0, "config", "set", self.file, "FDS_Tol_Z", "0.035")
+        after = self.file.read_bytes()
+        self.assertEqual(len(before.split(b"\n")), len(after.split(b"\n")))
+        changed = [(a, b) for a, b in zip(before.split(b"\n"), after.split(b"\n")) if a != b]
+        self.assertEqual(len(changed), 1)
+        self.assertIn(b'Value="0.020"', changed[0][0])
+        self.assertEqual(changed[0][0].replace(b'"0.020"', b'"0.035"'), changed[0][1])
+        out, _ = self.answers(0, "config", "get", self.file, "FDS_Tol_Z")
+        self.assertEqual(out, "0.035\n")
+
+    def test_every_encoding_survives_a_change(self):
+        text = self.file.read_text()
+        for declared, codec, mark in (("UTF-8", "utf-8", b""), ("UTF-8", "utf-8", b"\xef\xbb\xbf"),
+                                      ("UTF-16", "utf-16-le", b"\xff\xfe"),
+                                      ("UTF-16", "utf-16-be", b"\xfe\xff"),
+                                      ("ISO-8859-1", "latin-1", b""),
+                                      ("windows-1252", "cp1252", b"")):
+            with self.subTest(declared=declared, codec=codec, mark=mark):
+                document = (f'<?xml version="1.0" encoding="{declared}"?>\r\n'
+                            f"<!-- Größe -->{text}\r\n\r\n")
+                path = self.write("encoded.xml", mark + document.encode(codec))
+                self.answers(0, "config", "set", path, "NIV_LG", "7")
+                number = document.index('Name="NIV_LG"')
+                value = document.index('Value="', number) + 7
+                expected = document[:value] + "7" + document[document.index('"', value):]
+                self.assertEqual(path.read_bytes(), mark + expected.encode(codec))
+
+    def test_refused_values_and_keys_leave_the_file_alone(self):
+        before = self.file.read_bytes()
+        for code, key, value, mentioned in (
+                (2, "CA2T_Tol_XY", "abc", ("CA2T_Tol_XY", "abc")),
+                (2, "CA2T_Tol_XY", "1.234,56", ("CA2T_Tol_XY", "1.234,56")),
+                (2, "NIV_LG", "1.5", ("NIV_LG", "1.5")),
+                (2, "NIV_LG", "99999999999", ("NIV_LG", "99999999999")),
+                (2, "NIV_LG", "", ("NIV_LG",)),
+                (1, "NoSuchKey", "1", ("NoSuchKey",))):
+            with self.subTest(key=key, value=value):
+                _, err = self.answers(code, "config", "set", self.file, key, value)
+                for word in mentioned:
+                    self.assertIn(word, err)
+                self.assertEqual(self.file.read_bytes(), before)
+
+    def test_dry_run_and_backup(self):
+        before = self.file.read_bytes()
+        self.answers(0, "config", "set", self.file, "NIV_LG", "7", "--dry-run")
+        self.assertEqual(self.file.read_bytes(), before)
+        self.answers(0, "config", "set", self.file, "NIV_LG", "7", "--backup")
+        self.assertEqual(Path(str(self.file) + ".bak").read_bytes(), before)
+        self.assertNotEqual(self.file.read_bytes(), before)
+
+    def test_diff_lists_exactly_what_was_changed(self):
+        self.answers(0, "config", "diff", self.file)
+        self.answers(0, "config", "set", self.file, "FDS_Tol_Z", "0.035")
+        out, _ = self.answers(1, "config", "diff", self.file)
+        self.assertEqual([line for line in out.splitlines() if "FDS_Tol_Z" in line],
+                         out.splitlines()[-1:])
+        out, _ = self.answers(1, "config", "diff", self.file, "--json")
+        self.assertIn("FDS_Tol_Z", out)
+        json.loads(out)
+        # Captions and groups are no values.
+        relabelled = self.write("relabelled.xml", self.file.read_text().replace(
+            'Caption="Toleranz_XY"', 'Caption="Tolerance"'))
+        self.answers(0, "config", "diff", self.file, relabelled)
+
+    def test_show_changed_and_unchanged(self):
+        self.answers(0, "config", "set", self.file, "NIV_LG", "7")
+        out, _ = self.answers(0, "config", "show", self.file, "--changed")
+        self.assertIn("NIV_LG", out)
+        self.assertNotIn("NIV_LZ", out)
+        self.assertEqual(len(json.loads(self.answers(
+            0, "config", "show", "CFGGeneralSettings", "--json")[0])[0]["settings"]), 220)
+
+    def test_validate_names_each_finding(self):
+        self.answers(0, "config", "validate", self.file)
+        text = self.file.read_text()
+
+        def with_value(key, value, source=text):
+            begin = source.index('Value="', source.index(f'Name="{key}"')) + 7
+            return source[:begin] + value + source[source.index('"', begin):]
+
+        duplicated = text.replace('Name="KT_LG"', 'Name="KT_LZ"')
+        for content, key in ((text.replace('Name="KT_LG"', 'Name="Stranger"'), "Stranger"),
+                             (text.replace('Name="KT_LG"', 'Name="Stranger"'), "KT_LG"),
+                             (with_value("FDS_Tol_Z", "1.234,56"), "FDS_Tol_Z"),
+                             (with_value("FDS_Tol_Z", "wide"), "FDS_Tol_Z"),
+                             (with_value("NIV_LG", "4\n4"), "NIV_LG"), (duplicated, "KT_LZ")):
+            with self.subTest(key=key):
+                out, _ = self.answers(1, "config", "validate", self.write("odd.xml", content))
+                self.assertIn(key, out)
+
+    def test_several_configurations_below_one_root(self):
+        text = self.file.read_text()
+        header = kpx("config", "defaults", "CFGHeader")[1]
+        both = self.write("both.xml", f"<Project>{text}{header}</Project>")
+        self.answers(0, "config", "set", both, "Description", "Netz & <Punkt>")
+        out, _ = self.answers(0, "config", "get", both, "Description")
+        self.assertEqual(out, "Netz & <Punkt>\n")
+        twice = self.write("twice.xml", f"<Project>{text}{text}</Project>")
+        before = twice.read_bytes()
+        _, err = self.answers(2, "config", "set", twice, "NIV_LG", "7")
+        self.assertIn("CFGGeneralSettings", err)
+        self.assertEqual(twice.read_bytes(), before)
+
+    def test_standard_input(self):
+        data = self.file.read_bytes()
+        out, _ = self.answers(0, "config", "get", "-", "CA2T_Tol_XY", stdin=data)
+        self.assertEqual(out, "0.020\n")
+        out, _ = self.answers(0, "config", "set", "-", "CA2T_Tol_XY", "0.5", stdin=data)
+        self.assertEqual(kpx("config", "get", "-", "CA2T_Tol_XY", stdin=out.encode())[1], "0.500\n")
+
+
+class BadInputTest(ToolTest):
+    def test_bad_files_give_one_message_and_the_right_code(self):
+        good = self.file.read_bytes()
+        cases = {
+            "missing": None,
+            "empty": b"",
+            "truncated": good[:len(good) // 2],
+            "binary": bytes(range(256)) * 64,
+            "wrongly encoded": good.replace(b"Meldungen", b"Meld\xfcngen"),
+            "no configuration": b"<a/>",
+        }
+        for name, content in cases.items():
+            path = Path(self.folder.name) / "missing.xml"
+            if content is not None:
+                path = self.write("bad.xml", content)
+            for verb in (("get", path, "NIV_LG"), ("set", path, "NIV_LG", "7"), ("diff", path),
+                         ("validate", path), ("show", path)):
+                with self.subTest(case=name, verb=verb[0]):
+                    _, err = self.answers(3, "config", *verb)
+                    self.assertEqual(len(err.strip().splitlines()), 1, err)
+                    self.assertIn(str(path), err)
+                    if content is not None:
+                        self.assertEqual(path.read_bytes(), content)
+
+    def test_truncated_file_is_named_with_its_line(self):
+        path = self.write("cut.xml", "<a>\n<b>\n")
+        out, _ = self.answers(1, "xml", "check", path)
+        self.assertIn(f"{path}:1:1: ", out)
+        self.assertIn(f"{path}:2:1: ", out)
+
+    @unittest.skipIf(os.name != "posix" or os.geteuid() == 0, "needs a folder it may not write")
+    def test_folder_without_permission(self):
+        os.chmod(self.folder.name, 0o500)
+        try:
+            before = self.file.read_bytes()
+            self.answers(4, "config", "set", self.file, "NIV_LG", "7")
+            self.assertEqual(self.file.read_bytes(), before)
+        finally:
+            os.chmod(self.folder.name, 0o700)
+
+    def test_full_output_device_is_reported(self):
+        if not Path("/dev/full").exists():
+            self.skipTest("no full device here")
+        with open("/dev/full", "wb") as full:
+            done = subprocess.run([KPX, "classes", "export"], stdout=full, stderr=subprocess.PIPE,
+                                  timeout=60)
+        self.assertEqual(done.returncode, 4)
+
+    def test_wrong_usage(self):
+        for arguments in ((), ("config",), ("config", "get"), ("config", "nonsense"),
+                          ("config", "defaults", "NoSuchClass"), ("xml", "stats")):
+            with self.subTest(arguments=arguments):
+                self.answers(2, *arguments)
+
+
+class ClassesTest(ToolTest):
+    def test_export_tells_what_a_constructed_object_holds(self):
+        classes = {entry["class"]: entry for entry in json.loads(kpx("classes", "export")[1])}
+        general = classes["CFGGeneralSettings"]
+        self.assertEqual(general["element"], "CFGConfigCFGGeneralSettings")
+        self.assertEqual(len(general["settings"]), 220)
+        keys = [setting["key"] for setting in general["settings"]]
+        self.assertEqual(general["reset_order"], keys)
+        self.assertEqual(keys[0], "TACHY_RgL")
+        by_key = {setting["key"]: setting for setting in general["settings"]}
+        self.assertEqual(by_key["TACHY_Tol_XY"]["caption"], "Toleranz eranz XY")
+        self.assertEqual(by_key["CA2T_Tol_XY"],
+                         {"key": "CA2T_Tol_XY", "type": 3, "caption": "Toleranz_XY",
+                          "category": "Kreis an 2 Tangenten", "value": "0.020", "prec": 0,
+                          "param1": 1, "param2": 1, "param3": 0, "param4": 0, "param5": 0,
+                          "param6": 1, "length": 0, "nullable": 0, "empty": 0, "unit": 0,
+                          "default": ""})
+        self.assertEqual(general["setters"]["setNivRgH"],
+                         {"key": "NIV_RgH", "type": 1, "caption": "346", "category": ""})
+        self.assertEqual(general["missing"], {})
+        self.assertEqual(classes["CFGHeader"]["reset_order"], ["Class", "Description"])
+
+
+class XmlTest(ToolTest):
+    def test_stats_and_check_of_a_real_file(self):
+        real = Path("/usr/share/mime/packages/freedesktop.org.xml")
+        if not real.exists():
+            self.skipTest("shared-mime-info is not installed")
+        stats = json.loads(self.answers(0, "xml", "stats", real, "--json")[0])[0]
+        self.assertEqual(stats["bytes"], real.stat().st_size)
+        self.assertTrue(stats["well_formed"])
+        self.assertEqual((stats["elements"], stats["attributes"], stats["depth"]),
+                         shape_by_expat(real.read_bytes()))
+        self.answers(0, "xml", "check", real)
+
+    def test_format_keeps_content_and_settles(self):
+        path = self.write("mixed.xml",
+                          "<?xml version='1.0'?><!--c--><r a='1'><x><y/></x><t>a <b>c</b>\n d</t>"
+                          "<p xml:space='preserve'> <q/> </p></r>")
+        out, _ = self.answers(0, "xml", "format", path)
+        self.assertEqual(out, "<?xml version='1.0'?>\n<!--c-->\n<r a='1'>\n  <x>\n    <y/>\n"
+                              "  </x>\n  <t>a <b>c</b>\n d</t>\n"
+                              "  <p xml:space='preserve'> <q/> </p>\n</r>\n")
+        self.assertEqual(self.answers(0, "xml", "format", "-", stdin=out.encode())[0], out)
+
+
+if __name__ == "__main__":
+    KPX = sys.argv.pop(1)
+    unittest.main()

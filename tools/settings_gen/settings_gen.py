@@ -1,0 +1,304 @@
+#!/usr/bin/env python3
+"""Turns the settings schema into C++ classes, their catalogue and reference pages.
+
+Writes into the build tree only, and only what changed. A schema that is not perfect gives no
+output: every problem is printed with its file and line.
+"""
+
+import argparse
+import sys
+import textwrap
+from pathlib import Path
+
+from schema import BASES, Problems, read_enumerations, read_schema
+
+HERE = Path(__file__).resolve().parent
+SETTINGS = HERE.parent.parent / "kpx" / "settings"
+
+# In the catalogue, but written by hand in a lower layer; its entry stands in Catalogue.cpp.
+HAND_WRITTEN = ["CFGHeader"]
+
+CPP_TYPES = {"long": "std::int32_t", "int": "int", "flag": "int", "double": "double",
+             "text": "CString"}
+ZERO = {"integer": "0", "flag": "0", "enumeration": "0", "real": "0.0", "text": "the empty text"}
+
+
+def literal(text):
+    """A UTF-16 literal."""
+    escapes = {'"': '\\"', "\\": "\\\\", "\n": "\\n", "\t": "\\t", "\r": "\\r"}
+    return 'u"' + "".join(escapes.get(unit, unit) for unit in text) + '"'
+
+
+def value_type(setting):
+    return CPP_TYPES.get(setting.value, setting.value)
+
+
+def argument_type(setting):
+    return "const CString&" if setting.value == "text" else value_type(setting)
+
+
+def number(setting, value):
+    """A value of a setting as a C++ expression."""
+    if setting.kind == "text":
+        return literal(value)
+    if setting.kind == "real":
+        return repr(float(value))
+    text = str(value) if value != -2**31 else "(-2147483647 - 1)"
+    return f"static_cast<{setting.value}>({text})" if setting.kind == "enumeration" else text
+
+
+def text_source(text):
+    return f"{{.id = {text.id}}}" if text.id else f"{{.literal = {literal(text.literal)}}}"
+
+
+def shown_text(text):
+    return f"text {text.id}" if text.id else f'"{text.literal}"'
+
+
+def comment(text, indent=""):
+    return "".join(f"{indent}/// {line}\n"
+                   for line in textwrap.wrap(text, 99 - len(indent) - 4,
+                                             break_on_hyphens=False, break_long_words=False))
+
+
+def about_setting(setting):
+    """What a reader of the header needs to know of an accessor pair."""
+    parts = [f'Key "{setting.key}"']
+    if setting.caption.literal or setting.caption.id:
+        parts.append(f"caption {shown_text(setting.caption)}")
+    kind = {"integer": "integer", "flag": "0 or 1", "enumeration": "enumeration, any number is kept",
+            "real": "real", "text": "text"}[setting.kind]
+    if setting.kind == "real":
+        kind += ", all digits" if setting.decimals == -1 else f", {setting.decimals} decimals"
+    parts.append(kind)
+    sentence = ", ".join(parts) + "."
+    if setting.get and setting.missing is not None:
+        sentence += f" {setting.missing} when missing."
+    if setting.older_key:
+        sentence += f' The getter reads the older key "{setting.older_key}" when it is missing.'
+    if setting.guard:
+        sentence += f" A failing getter reports {setting.guard}."
+    if setting.set_guard:
+        sentence += f" A failing setter reports {setting.set_guard}."
+    return sentence
+
+
+def header_of(each):
+    enumerations = any(setting.kind == "enumeration" for setting in each.settings)
+    out = [f"#pragma once\n\n// Generated from {each.path}. Do not edit.\n\n",
+           f'#include "{BASES[each.base]}"\n']
+    if enumerations:
+        out.append('#include "kpx/settings/Enumerations.h"\n')
+    out.append("\nnamespace kpx {\n\n")
+    out.append(comment(each.about))
+    out.append("///\n" + comment(
+        f'As XML: element "{each.element_name}". Getters convert the stored text and create '
+        "nothing; a missing column answers 0, 0.0 or the empty text where nothing else is said. "
+        "Setters change the text of the column, or create it with its type, caption and group; "
+        "they answer 1."))
+    out.append(f"class KPX_API {each.name} : public {each.base} {{\n public:\n")
+    out.append("  /// A new object has its settings with their defaults.\n")
+    out.append(f"  {each.name}();\n")
+    if each.reset is not None:
+        out.append("\n" + comment(f"A failure is reported as {each.reset_error}.", "  "))
+        out.append("  void ResetPos() override;\n")
+    for setting in each.settings:
+        if not setting.get and not setting.set:
+            continue
+        out.append("\n" + comment(about_setting(setting), "  "))
+        if setting.get:
+            out.append(f"  {value_type(setting)} {setting.get}() const;\n")
+        if setting.set:
+            out.append(f"  int {setting.set}({argument_type(setting)} value);\n")
+    out.append("};\n\n}  // namespace kpx\n")
+    return "".join(out)
+
+
+def definition(setting):
+    fields = [f".key = KeyLiteral({literal(setting.key)})", f".kind = ValueKind::{setting.kind}"]
+    if setting.kind == "real":
+        fields.append(f".decimals = {setting.decimals}")
+    fields.append(f".type = {setting.code}")
+    fields.append(f".caption = {text_source(setting.caption)}")
+    fields.append(f".group = {text_source(setting.group)}")
+    if setting.missing is not None:
+        name = "missingReal" if setting.kind == "real" else "missingInteger"
+        value = repr(float(setting.missing)) if setting.kind == "real" else str(setting.missing)
+        fields.append(f".{name} = {value}")
+    if setting.older_key:
+        fields.append(f".olderKey = KeyLiteral({literal(setting.older_key)})")
+    if setting.guard:
+        fields.append(f".getterError = {setting.guard}")
+    if setting.set_guard:
+        fields.append(f".setterError = {setting.set_guard}")
+    return "    {" + ", ".join(fields) + "},\n"
+
+
+def accessors(each, index, setting):
+    family = {"real": "Real", "text": "Text"}.get(setting.kind, "Integer")
+    enumeration = setting.kind == "enumeration"
+    definition_ = f"definitions[{index}]"
+    out = []
+    if setting.get:
+        call = f"detail::get{family}(*this, {definition_})"
+        if enumeration:
+            call = f"static_cast<{setting.value}>({call})"
+        out.append(f"{value_type(setting)} {each.name}::{setting.get}() const {{ return {call}; }}\n")
+    if setting.set:
+        out.append(f"int {each.name}::{setting.set}({argument_type(setting)} value) "
+                   f"{{ return detail::set{family}(*this, {definition_}, value); }}\n")
+    return "".join(out)
+
+
+def source_of(each):
+    indices = {id(setting): index for index, setting in enumerate(each.settings)}
+    out = [f"// Generated from {each.path}. Do not edit.\n\n",
+           f'#include "kpx/settings/{each.name}.h"\n\n',
+           '#include "kpx/settings/engine/GeneratedClass.h"\n\n',
+           "namespace kpx {\nnamespace {\n\n",
+           "constexpr SettingDef definitions[] = {\n",
+           *(definition(setting) for setting in each.settings),
+           "};\n\n"]
+    named = each.settings
+    if named:
+        out.append("constexpr SettingAccess accesses[] = {\n")
+        for setting in named:
+            names = [f"&{each.name}::{name}" if name else "nullptr"
+                     for name in (setting.get, setting.set)]
+            out.append(f"    detail::access<{names[0]}, {names[1]}>(\n"
+                       f"        definitions[{indices[id(setting)]}], {literal(setting.get)}, "
+                       f"{literal(setting.set)}),\n")
+        out.append("};\n\n")
+    if each.reset:
+        out.append("constexpr KeyLiteral resetKeys[] = {\n")
+        out.extend(f"    KeyLiteral({literal(key)}),\n" for key in each.reset)
+        out.append("};\n\n")
+    out.append("}  // namespace\n\n")
+    out.append(f"{each.name}::{each.name}() {{\n"
+               f"  detail::beginConstruction(*this, {literal(each.stored_name)}, "
+               f"{len({default.setting.key for default in each.constructor})});\n")
+    for default in each.constructor:
+        value = number(default.setting, default.to)
+        if default.setting.set:
+            out.append(f"  {default.setting.set}({value});\n")
+        else:
+            family = {"real": "Real", "text": "Text"}.get(default.setting.kind, "Integer")
+            out.append(f"  detail::set{family}(*this, definitions[{indices[id(default.setting)]}], "
+                       f"{value});\n")
+    out.append("}\n\n")
+    if each.reset is not None:
+        keys = "resetKeys" if each.reset else "{}"
+        out.append(f"void {each.name}::ResetPos() {{ "
+                   f"detail::resetKeyOrder(*this, {keys}, {each.reset_error}); }}\n\n")
+    out.extend(accessors(each, indices[id(setting)], setting) for setting in each.settings)
+    out.append(f"\nnamespace detail {{\n\nextern const SettingsClass settingsClass{each.name};\n"
+               f"constinit const SettingsClass settingsClass{each.name} = {{\n"
+               f"    .name = {literal(each.name)},\n"
+               f"    .family = {literal(each.family)},\n"
+               f"    .elementName = {literal(each.element_name)},\n"
+               f"    .settings = {'accesses' if named else '{}'},\n"
+               f"    .isConfiguration = true,\n"
+               f"    .make = &makeObject<{each.name}>,\n"
+               "};\n\n}  // namespace detail\n}  // namespace kpx\n")
+    return "".join(out)
+
+
+def catalogue_of(classes):
+    names = sorted([each.name for each in classes] + HAND_WRITTEN)
+    return ("// Generated from the settings schema. Do not edit.\n\n"
+            '#include "kpx/settings/internal/CatalogueTable.h"\n\n'
+            "namespace kpx::detail {\n\n"
+            + "".join(f"extern const SettingsClass settingsClass{name};\n" for name in names)
+            + "\nnamespace {\nconstexpr const SettingsClass* classes[] = {\n"
+            + "".join(f"    &settingsClass{name},\n" for name in names)
+            + "};\n}  // namespace\n\n"
+            "std::span<const SettingsClass* const> classTable() noexcept { return classes; }\n\n"
+            "}  // namespace kpx::detail\n")
+
+
+def umbrella_of(classes):
+    return ("#pragma once\n\n// Generated from the settings schema. Do not edit.\n"
+            "// All settings classes, and their catalogue.\n\n"
+            + "".join(f'#include "kpx/settings/{each.name}.h"\n' for each in classes)
+            + '#include "kpx/settings/Catalogue.h"\n')
+
+
+def reference_of(each):
+    """A page for people: every accessor with all that the schema says of it."""
+    out = [f"# {each.name}\n\n{each.about}\n\n",
+           f'Element `{each.element_name}`, defined in `{each.path}`.\n\n',
+           "| key | getter | setter | value | type | decimals | caption | group | when missing |\n",
+           "|---|---|---|---|---|---|---|---|---|\n"]
+    for setting in each.settings:
+        missing = setting.missing if setting.missing is not None else ZERO[setting.kind]
+        creates = setting.set or not setting.get
+        cells = [f"`{setting.key}`", f"`{setting.get}`" if setting.get else "",
+                 f"`{setting.set}`" if setting.set else "", setting.value, setting.code,
+                 "" if setting.decimals is None else setting.decimals,
+                 shown_text(setting.caption) if creates else "",
+                 shown_text(setting.group) if creates else "",
+                 missing if setting.get else ""]
+        out.append("| " + " | ".join(str(cell).replace("|", "\\|") for cell in cells) + " |\n")
+    out.append("\nA new object, in this order:\n\n")
+    for default in each.constructor:
+        value = f'"{default.to}"' if isinstance(default.to, str) else default.to
+        out.append(f"- `{default.setting.key}` = {value}\n")
+    if each.reset is not None:
+        out.append("\nOrder of `ResetPos`: " + ", ".join(f"`{key}`" for key in each.reset) + ".\n")
+    return "".join(out)
+
+
+def write_if_changed(path, text):
+    data = text.encode()
+    if not path.exists() or path.read_bytes() != data:
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_bytes(data)
+
+
+def find(classes, name):
+    """Prints where an accessor or key is defined."""
+    found = False
+    for each in classes:
+        for setting in each.settings:
+            if name in (setting.get, setting.set, setting.key):
+                print(f"{setting.path}:{setting.line}: {each.name}, key \"{setting.key}\"")
+                found = True
+    return 0 if found else 1
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--schema", type=Path, default=SETTINGS / "schema",
+                        help="folder with one folder for each family")
+    parser.add_argument("--enumerations", type=Path, default=SETTINGS / "Enumerations.h",
+                        help="header that declares the enumerated types")
+    parser.add_argument("--output", type=Path, help="folder to write to; without it, only check")
+    parser.add_argument("--stamp", type=Path, help="file to touch at the end")
+    parser.add_argument("--find", metavar="NAME",
+                        help="print where an accessor or key is defined, and write nothing")
+    arguments = parser.parse_args()
+
+    problems = Problems()
+    classes = read_schema(arguments.schema, read_enumerations(arguments.enumerations), problems)
+    if problems.lines:
+        print("\n".join(problems.lines), file=sys.stderr)
+        return 1
+    if arguments.find:
+        return find(classes, arguments.find)
+    if arguments.output:
+        folder = arguments.output / "kpx" / "settings"
+        for each in classes:
+            write_if_changed(folder / f"{each.name}.h", header_of(each))
+            write_if_changed(folder / f"{each.name}.cpp", source_of(each))
+            write_if_changed(arguments.output / "reference" / f"{each.name}.md",
+                             reference_of(each))
+        write_if_changed(folder / "CatalogueTable.cpp", catalogue_of(classes))
+        write_if_changed(folder / "AllSettings.h", umbrella_of(classes))
+    if arguments.stamp:
+        arguments.stamp.touch()
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
