@@ -23,13 +23,19 @@ struct Attribute {
 };
 
 // A setting: a column of 17 attributes with its value of 10 inside.
-constexpr Attribute header[] = {{"ObjectID", "0"},  {"UserChangedID", "0"}, {"UserCreatedID", "0"},
-                                {"changed", "0"},   {"created", "0"},       {"TransID", "0"}};
-constexpr Attribute column[] = {
-    {"ClassID", "0"},      {"Type", "3"},     {"Name", nullptr}, {"Caption", "Toleranz_XY"},
-    {"Category", "Toleranz der Lage bei der Transformation"},
-    {"Length", "0"},       {"Prec", "3"},     {"Nullable", "0"}, {"Empty", "0"},
-    {"Default", "0.030"},  {"Unit", "0"}};
+constexpr Attribute header[] = {{"ObjectID", "0"}, {"UserChangedID", "0"}, {"UserCreatedID", "0"},
+                                {"changed", "0"},  {"created", "0"},       {"TransID", "0"}};
+constexpr Attribute column[] = {{"ClassID", "0"},
+                                {"Type", "3"},
+                                {"Name", nullptr},
+                                {"Caption", "Toleranz_XY"},
+                                {"Category", "Toleranz der Lage bei der Transformation"},
+                                {"Length", "0"},
+                                {"Prec", "3"},
+                                {"Nullable", "0"},
+                                {"Empty", "0"},
+                                {"Default", "0.030"},
+                                {"Unit", "0"}};
 constexpr Attribute value[] = {{"Value", nullptr}, {"ColID", "0"}, {"RowID", "0"}, {"Data", "0"}};
 
 // The texts of one setting, made before the time is taken.
@@ -79,7 +85,7 @@ void build(CMarkup& document, int settings, const Texts<CString>& texts) {
 void buildKpx(benchmark::State& state) {
   const Texts<CString> texts(&wide);
   const int settings = static_cast<int>(state.range(0));
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     CMarkup document;
     build(document, settings, texts);
     const kpx::EncodedText written = kpx::encodeMarkupText(document.GetDoc());
@@ -111,7 +117,7 @@ void appendAttributes(pugi::xml_node node, const Texts<std::string>& texts,
 void buildPugixml(benchmark::State& state) {
   const Texts<std::string> texts(&narrow);
   const int settings = static_cast<int>(state.range(0));
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     pugi::xml_document document;
     pugi::xml_node parent = document.append_child("CFGConfigPolar").append_child("CFGClass");
     for (int i = 0; i < settings; ++i) {
@@ -136,7 +142,7 @@ void changeFront(benchmark::State& state) {
   document.ResetPos();
   document.FindElem();
   bool isLong = false;
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     isLong = !isLong;
     document.SetAttrib(u"Name", isLong ? u"long" : u"x");
   }
@@ -155,7 +161,7 @@ void readInOrder(benchmark::State& state) {
   document.IntoElem();
   document.FindChildElem();
   CString text;
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     kpx::AttributeReader attributes = document.ReadChildAttribs();
     for (const auto& each : texts.header) attributes.read(each.first, text);
     for (const auto& each : texts.column) attributes.read(each.first, text);
@@ -169,7 +175,7 @@ void readInOrderPugixml(benchmark::State& state) {
   pugi::xml_document document;
   pugi::xml_node node = document.append_child("CFGCol");
   appendAttributes(node, texts, texts.column);
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     for (const auto& each : texts.header) {
       benchmark::DoNotOptimize(node.attribute(each.first.c_str()).value());
     }

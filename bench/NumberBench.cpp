@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "kpx/text/NumberText.h"
+#include "kpx/text/PrintScan.h"
 
 namespace {
 
@@ -75,11 +76,15 @@ class CLocale {
   locale_t previous_;
 };
 
-void printInCLocale(double value, const char* format) {
+void printInCLocale(double value, bool allDigits) {
   char text[64];
   {
     const CLocale locale;
-    std::snprintf(text, sizeof text, format, value);
+    if (allDigits) {
+      std::snprintf(text, sizeof text, "%.15g", value);
+    } else {
+      std::snprintf(text, sizeof text, "%.3f", value);
+    }
   }
   benchmark::DoNotOptimize(text);
 }
@@ -111,7 +116,7 @@ BENCHMARK(WriteReal3KpxInPlace)->Name("WriteReal3/kpx_in_place");
 
 #ifdef LC_ALL_MASK
 void WriteReal3CLocale(benchmark::State& state) {
-  writeAll(state, surveyedValues(), [](double value) { printInCLocale(value, "%.3f"); });
+  writeAll(state, surveyedValues(), [](double value) { printInCLocale(value, false); });
 }
 BENCHMARK(WriteReal3CLocale)->Name("WriteReal3/snprintf_C_locale");
 #endif
@@ -136,7 +141,7 @@ void WriteRealAllToChars(benchmark::State& state, const std::vector<double>& val
 BENCHMARK_CAPTURE(WriteRealAllKpx, surveyed, surveyedValues())->Name("WriteRealAll/surveyed/kpx");
 #ifdef LC_ALL_MASK
 void WriteRealAllCLocale(benchmark::State& state, const std::vector<double>& values) {
-  writeAll(state, values, [](double value) { printInCLocale(value, "%.15g"); });
+  writeAll(state, values, [](double value) { printInCLocale(value, true); });
 }
 BENCHMARK_CAPTURE(WriteRealAllCLocale, surveyed, surveyedValues())
     ->Name("WriteRealAll/surveyed/snprintf_C_locale");
@@ -157,7 +162,7 @@ std::vector<std::string> printed(const std::vector<double>& values, const char* 
   std::vector<std::string> texts;
   for (const double value : values) {
     char text[64];
-    std::snprintf(text, sizeof text, format, value);
+    kpx::kpxsprintf(text, format, value);
     texts.emplace_back(text);
   }
   return texts;

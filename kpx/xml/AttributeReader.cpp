@@ -1,7 +1,10 @@
 #include "kpx/xml/AttributeReader.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 
 #include "kpx/xml/internal/Escape.h"
 #include "kpx/xml/internal/NameUnits.h"
@@ -16,15 +19,28 @@ constexpr bool endsAttributeName(char16_t unit) noexcept {
   return unit <= u'=' && (detail::isMarkupSpace(unit) || unit == u'=' || unit == u'/');
 }
 
-// The first `quote` in [from, end), else `end`. Values are short, so that one block mostly does.
-const char16_t* findQuote(const char16_t* from, const char16_t* end, char16_t quote) noexcept {
+// The first `unit` in [from, end), else `end`. Values are short, so that one block mostly does.
+const char16_t* findUnit(const char16_t* from, const char16_t* end, char16_t unit) noexcept {
   while (end - from >= detail::UnitBlock::units) {
-    const auto found = detail::UnitBlock(from).equal(static_cast<char>(quote));
+    const auto found = detail::UnitBlock(from).equal(static_cast<char>(unit));
     if (found != 0) return from + std::countr_zero(found);
     from += detail::UnitBlock::units;
   }
-  while (from < end && *from != quote) ++from;
+  while (from < end && *from != unit) ++from;
   return from;
+}
+
+// Compares four units at a time; names are too short for a call.
+bool areEqual(const char16_t* left, const char16_t* right, std::size_t count) noexcept {
+  for (; count >= 4; count -= 4, left += 4, right += 4) {
+    std::uint64_t a;
+    std::uint64_t b;
+    std::memcpy(&a, left, sizeof a);
+    std::memcpy(&b, right, sizeof b);
+    if (a != b) return false;
+  }
+  while (count > 0 && *left == *right) ++left, ++right, --count;
+  return count == 0;
 }
 
 const char16_t* skipSpace(const char16_t* from, const char16_t* end) noexcept {
@@ -61,7 +77,7 @@ bool AttributeReader::scan(int from, Span& found) const noexcept {
     }
     position = skipSpace(equals + 1, end);
     if (position < end && isQuote(*position)) {
-      const char16_t* const close = findQuote(position + 1, end, *position);
+      const char16_t* const close = findUnit(position + 1, end, *position);
       found.valueBegin = offset(position + 1);
       found.valueEnd = offset(close);
       position = close < end ? close + 1 : end;
@@ -73,7 +89,7 @@ bool AttributeReader::scan(int from, Span& found) const noexcept {
         // A quote behind any "=" keeps a ">" from ending the tag, so it keeps blanks in the value.
         const char16_t* const quote = skipSpace(position, end);
         if (quote < end && isQuote(*quote)) {
-          const char16_t* const close = findQuote(quote + 1, end, *quote);
+          const char16_t* const close = findUnit(quote + 1, end, *quote);
           position = close < end ? close + 1 : end;
         }
       }
@@ -94,7 +110,7 @@ bool AttributeReader::next() noexcept {
 bool AttributeReader::findBetween(int from, int to, std::u16string_view name) noexcept {
   for (Span found; from < to && scan(from, found); from = found.end) {
     if (static_cast<std::size_t>(found.nameEnd - found.nameBegin) == name.size() &&
-        tag_.substr(static_cast<std::size_t>(found.nameBegin), name.size()) == name) {
+        areEqual(tag_.data() + found.nameBegin, name.data(), name.size())) {
       current_ = found;
       return true;
     }
@@ -102,14 +118,44 @@ bool AttributeReader::findBetween(int from, int to, std::u16string_view name) no
   return false;
 }
 
+// Whether the attribute follows at once, written as it is mostly written: ` name="value"`.
+bool AttributeReader::isNext(std::u16string_view name) noexcept {
+  const char16_t* const at = tag_.data() + current_.end;
+  const auto left = static_cast<std::size_t>(last_ - current_.end);
+  if (name.empty() || left < name.size() + 4 || at[0] != u' ' || at[name.size() + 1] != u'=' ||
+      at[name.size() + 2] != u'"' || !areEqual(at + 1, name.data(), name.size()) ||
+      std::any_of(name.begin(), name.end(),
+                  [](char16_t unit) { return endsAttributeName(unit); })) {
+    return false;
+  }
+  const char16_t* const end = tag_.data() + last_;
+  const char16_t* const close = findUnit(at + name.size() + 3, end, u'"');
+  if (close == end) return false;
+  const auto length = static_cast<int>(name.size());
+  current_.nameBegin = current_.end + 1;
+  current_.nameEnd = current_.nameBegin + length;
+  current_.valueBegin = current_.nameEnd + 2;
+  current_.valueEnd = static_cast<int>(close - tag_.data());
+  current_.end = current_.valueEnd + 1;
+  return true;
+}
+
 bool AttributeReader::find(std::u16string_view name) noexcept {
+  if (isNext(name)) return true;
   const int behind = current_.end;
   return findBetween(behind, last_, name) || findBetween(first_, behind, name);
 }
 
 bool AttributeReader::read(std::u16string_view name, CString& value) {
   if (!find(name)) return false;
-  value = this->value();
+  const std::u16string_view raw = rawValue();
+  const char16_t* const end = raw.data() + raw.size();
+  // Mostly there is no reference in it, and the memory of the old value is enough.
+  if (findUnit(raw.data(), end, u'&') == end) {
+    value.Assign(raw);
+  } else {
+    value = this->value();
+  }
   return true;
 }
 

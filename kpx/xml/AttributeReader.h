@@ -52,9 +52,7 @@ class KPX_API AttributeReader {
   /// Where it ends: behind the closing quote.
   int end() const noexcept { return current_.end; }
   /// Whether the value stands between two quotes of one kind.
-  bool isQuoted() const noexcept {
-    return current_.end == current_.valueEnd + 1 && current_.valueBegin > current_.nameEnd;
-  }
+  bool isQuoted() const noexcept { return current_.end > current_.valueEnd; }
 
  private:
   struct Span {
@@ -65,6 +63,7 @@ class KPX_API AttributeReader {
     int end = 0;
   };
   bool scan(int from, Span& found) const noexcept;
+  bool isNext(std::u16string_view name) noexcept;
   bool findBetween(int from, int to, std::u16string_view name) noexcept;
 
   std::u16string_view tag_;

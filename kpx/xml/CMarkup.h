@@ -109,7 +109,8 @@ class KPX_API CMarkup {
 
   /// Whether there is exactly one root element and no structural error was found.
   bool IsWellFormed() const noexcept;
-  /// What was found wrong, one sentence a line; empty if nothing was.
+  /// The outcomes of the last parse, load or save as sentences, one a line: what was found wrong,
+  /// and how a file was read or written. Empty after a parse that found nothing.
   CString GetError() const;
   /// The outcomes of the last parse, load or save as small markup records, each an empty element
   /// named after the outcome, and the plain lines of structural errors.
@@ -339,7 +340,7 @@ class KPX_API CMarkup {
 
   bool x_AddElem(MCD_CSTR name, MCD_CSTR data, int flags);
   bool x_AddSubDoc(MCD_CSTR markup, int flags);
-  bool x_PlaceFor(int flags, detail::EditPlace& place) const noexcept;
+  bool x_PlaceFor(int flags, detail::EditPlace& place) noexcept;
   bool x_SetAdded(int element, int flags) noexcept;
 
   CString doc_;

@@ -10,7 +10,7 @@ namespace {
 class IntegerText {
  public:
   explicit IntegerText(int value) noexcept {
-    char digits[12];
+    char digits[12] = {};
     const char* const end = std::to_chars(digits, digits + sizeof digits, value).ptr;
     for (const char* digit = digits; digit != end; ++digit) {
       units_[length_++] = static_cast<unsigned char>(*digit);
@@ -76,8 +76,8 @@ bool CMarkup::RemoveChildAttrib(MCD_CSTR name) {
 // --- adding --------------------------------------------------------------------------------------
 
 // Where a new element goes, by `asChild` and `insertBefore`; false if there is no parent for it.
-bool CMarkup::x_PlaceFor(int flags, detail::EditPlace& place) const noexcept {
-  const detail::MarkupEditor editor(const_cast<CMarkup&>(*this));
+bool CMarkup::x_PlaceFor(int flags, detail::EditPlace& place) noexcept {
+  const detail::MarkupEditor editor(*this);
   const bool before = (flags & MarkupFlag::insertBefore) != 0;
   const bool asChild = (flags & MarkupFlag::asChild) != 0;
   const int parent = asChild ? x_ChildParent() : parentPos_;

@@ -114,10 +114,8 @@ bool CMarkup::OutOfElem() {
 }
 
 bool CMarkup::SavePos(MCD_CSTR name) {
-  const SavedPos saved{parentPos_,
-                       mainPos_,
-                       childPos_,
-                       {nodeType_, nodeOffset_, nodeLength_, nodePreviousElem_}};
+  const SavedPos saved{
+      parentPos_, mainPos_, childPos_, {nodeType_, nodeOffset_, nodeLength_, nodePreviousElem_}};
   savedPositions_.insert_or_assign(std::u16string(name.view()), saved);
   return true;
 }

@@ -48,7 +48,7 @@ CString CMarkup::GetData() const {
   if (nodeLength_ == 0) return {};
   if (nodeType_ == MarkupNode::documentType) return GetSubDoc();
   detail::TokenPos token;
-  token.text = doc_.view().substr(0, static_cast<std::size_t>(nodeOffset_ + nodeLength_));
+  token.text = x_Text(0, nodeOffset_ + nodeLength_);
   token.end = nodeOffset_;
   detail::nextToken(token);
   CString data;

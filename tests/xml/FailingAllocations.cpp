@@ -1,26 +1,47 @@
 #include "tests/xml/FailingAllocations.h"
 
 #include <cstdlib>
+#include <cstring>
+#include <memory>
 #include <new>
 
 namespace {
+
 constexpr int unlimited = -1;
 int allocationsLeft = unlimited;
-}  // namespace
 
-void* operator new(std::size_t size) { return operator new (size, std::align_val_t{16}); }
-void* operator new(std::size_t size, std::align_val_t alignment) {
+void* allocate(std::size_t size) {
   if (allocationsLeft == 0) throw std::bad_alloc();
   if (allocationsLeft > 0) --allocationsLeft;
-  const auto unit = static_cast<std::size_t>(alignment);
-  const std::size_t rounded = (size + unit) / unit * unit;
-  if (void* const memory = std::aligned_alloc(unit, rounded)) return memory;
+  if (void* const memory = std::malloc(size != 0 ? size : 1)) return memory;
   throw std::bad_alloc();
 }
+
+}  // namespace
+
+void* operator new(std::size_t size) { return allocate(size); }
 void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
-void operator delete(void* memory, std::align_val_t) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t, std::align_val_t) noexcept { std::free(memory); }
+
+// In front of an aligned block stands the address that it was allocated with.
+void* operator new(std::size_t size, std::align_val_t alignment) {
+  const auto unit = static_cast<std::size_t>(alignment);
+  std::size_t room = size + unit;
+  void* const memory = allocate(room + sizeof(void*));
+  void* block = static_cast<char*>(memory) + sizeof(void*);
+  std::align(unit, size, block, room);
+  std::memcpy(static_cast<char*>(block) - sizeof(void*), &memory, sizeof(void*));
+  return block;
+}
+void operator delete(void* block, std::align_val_t) noexcept {
+  if (block == nullptr) return;
+  void* memory = nullptr;
+  std::memcpy(&memory, static_cast<char*>(block) - sizeof(void*), sizeof(void*));
+  std::free(memory);
+}
+void operator delete(void* block, std::size_t, std::align_val_t alignment) noexcept {
+  operator delete(block, alignment);
+}
 
 namespace kpx {
 

@@ -52,7 +52,7 @@ std::string outline(CMarkup document) {
 }
 
 std::string problem(const CMarkup& document) {
-  const std::string wrong = MarkupValidator::check(document);
+  std::string wrong = MarkupValidator::check(document);
   if (!wrong.empty()) return wrong;
   CMarkup parsed(document.GetDocFlags());
   parsed.SetDoc(document.GetDoc());
@@ -61,8 +61,7 @@ std::string problem(const CMarkup& document) {
   return found == expected ? std::string() : "a parse makes\n" + expected + "not\n" + found;
 }
 
-// --- what changes write
-// ---------------------------------------------------------------------------
+// --- what changes write --------------------------------------------------------------------------
 
 struct Case {
   const char16_t* before;
@@ -285,8 +284,7 @@ TEST(MarkupEdit, NodesAreAddedWhereTheyAre) {
   });
 }
 
-// --- refusals
-// -------------------------------------------------------------------------------------
+// --- refusals ------------------------------------------------------------------------------------
 
 TEST(MarkupEdit, RefusedChangesLeaveTheDocumentAsItWas) {
   const CString longName(u'n', ElemPos::maxEndTag - 2);
@@ -423,8 +421,7 @@ TEST(MarkupEdit, RunningOutOfMemoryChangesNothing) {
   }
 }
 
-// --- saved positions
-// --------------------------------------------------------------------------------
+// --- saved positions -----------------------------------------------------------------------------
 
 TEST(MarkupEdit, SavedPositionsMoveWithTheText) {
   CMarkup document(u"<r><a/>text<!--c--><b><c/></b>end</r>");
@@ -457,8 +454,7 @@ TEST(MarkupEdit, SavedPositionsMoveWithTheText) {
   EXPECT_EQ(MarkupValidator::check(document), "");
 }
 
-// --- random changes
-// ---------------------------------------------------------------------------------
+// --- random changes ------------------------------------------------------------------------------
 
 class RandomEditor {
  public:

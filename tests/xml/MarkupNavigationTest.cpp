@@ -13,8 +13,7 @@ namespace {
 
 CString text(std::u16string_view units) { return CString(units); }
 
-// --- positions
-// ------------------------------------------------------------------------------------
+// --- positions -----------------------------------------------------------------------------------
 
 TEST(MarkupNavigation, WalksSiblingsAndChildrenBothWays) {
   CMarkup document(u"<r><a/><b><x/><y/><x/></b><a/></r>");
@@ -118,8 +117,7 @@ TEST(MarkupNavigation, SavedPositionsComeBackAndEndWithTheDocument) {
   EXPECT_FALSE(document.RestorePos());
 }
 
-// --- objects that write and read themselves
-// ---------------------------------------------------------
+// --- objects that write and read themselves ------------------------------------------------------
 
 // The steps that configurations take: a class of columns, each with its value inside.
 void writeConfiguration(CMarkup& document, int number) {
@@ -206,8 +204,7 @@ TEST(MarkupObjects, AnObjectCanBeAddedAsAChildAndSteppedInto) {
   EXPECT_EQ(MarkupValidator::check(document), "");
 }
 
-// --- reading
-// --------------------------------------------------------------------------------------
+// --- reading -------------------------------------------------------------------------------------
 
 TEST(MarkupReading, AttributesOfOddTags) {
   const struct {
@@ -299,8 +296,7 @@ TEST(MarkupReading, OffsetsCutTheTextOut) {
   EXPECT_EQ(document.GetElemContent(), u"\n <a x=' 1 ' y>data</a>");
 }
 
-// --- nodes
-// ----------------------------------------------------------------------------------------
+// --- nodes ---------------------------------------------------------------------------------------
 
 std::string nodesOf(CMarkup& document) {
   std::string found;

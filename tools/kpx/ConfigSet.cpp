@@ -110,7 +110,7 @@ Exit setValue(const std::string& file, const std::string& key, const std::string
   const bool toOutput = file == "-";
   ReadDocument read = requireWellFormed(input);
   CMarkup& document = read.document;
-  if (encode(read, input.name) != input.bytes) {
+  if (encode(read, input.name) != input.bytes()) {
     throw Failure(Exit::input, input.name + ": would not keep every other byte in the encoding " +
                                    read.encoding + "; nothing was changed");
   }
@@ -125,7 +125,7 @@ Exit setValue(const std::string& file, const std::string& key, const std::string
   const std::string bytes = encode(read, input.name);
   const bool write = changed && !options.dryRun && !toOutput;
   if (write) {
-    if (options.backup) replaceOrFail(file + ".bak", input.bytes);
+    if (options.backup) replaceOrFail(file + ".bak", input.bytes());
     replaceOrFail(file, bytes);
   }
 

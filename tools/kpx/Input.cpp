@@ -44,26 +44,26 @@ std::string placeOf(const Input& input, const ProblemLine& problem) {
 }  // namespace
 
 Input readInput(const std::string& path) {
-  if (path == "-") return {"standard input", readStandardInput()};
-  FileBytes bytes;
-  if (const FileResult result = fileSystem().read(CString::fromUtf8(path), bytes); !result) {
+  if (path == "-") return {"standard input", {}, readStandardInput()};
+  Input input{path, {}, {}};
+  if (const FileResult result = fileSystem().read(CString::fromUtf8(path), input.file); !result) {
     throw Failure(Exit::input, path + ": " + shown(result.message()));
   }
-  return {path, std::string(bytes.view())};
+  return input;
 }
 
 ReadDocument parseInput(const Input& input) {
   ReadDocument read;
-  DecodedText decoded = decodeMarkupBytes(input.bytes);
+  DecodedText decoded = decodeMarkupBytes(input.bytes());
   read.encoding = shown(encodingName(decoded.codePage));
   read.storage = {decoded.codePage, decoded.mark};
   const auto refuse = [&](std::size_t offset, std::string sentence) {
-    read.problems.push_back(atByte(input.bytes, offset, std::move(sentence)));
+    read.problems.push_back(atByte(input.bytes(), offset, std::move(sentence)));
   };
   if (decoded.refusal == DecodingRefusal::tooLarge) {
     refuse(0, "is larger than a document can be");
   } else if (decoded.refusal == DecodingRefusal::binary || decoded.nulls > 0) {
-    refuse(input.bytes.find('\0'), "is a binary file, no text");
+    refuse(input.bytes().find('\0'), "is a binary file, no text");
   } else if (decoded.invalid > 0) {
     refuse(decoded.firstInvalid, std::to_string(decoded.invalid) +
                                      " bytes that are no text in the encoding " + read.encoding);
@@ -81,7 +81,7 @@ ReadDocument parseInput(const Input& input) {
 ReadDocument requireWellFormed(const Input& input) {
   ReadDocument read = parseInput(input);
   if (read.readable && read.document.IsWellFormed()) return read;
-  if (input.bytes.empty()) throw Failure(Exit::input, input.name + ": is empty");
+  if (input.bytes().empty()) throw Failure(Exit::input, input.name + ": is empty");
   throw Failure(Exit::input, placeOf(input, read.problems.front()));
 }
 

@@ -1,18 +1,23 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "kpx/platform/FileBytes.h"
 #include "kpx/xml/CMarkup.h"
 #include "kpx/xml/Encoding.h"
 #include "kpx/xml/MarkupProblem.h"
 
 namespace kpx::tool {
 
-/// The bytes of a file, with the name that messages give it.
+/// The bytes of a file or of standard input, with the name that messages give them.
 struct Input {
   std::string name;
-  std::string bytes;
+  FileBytes file;
+  std::string piped;
+
+  std::string_view bytes() const noexcept { return piped.empty() ? file.view() : piped; }
 };
 
 /// Reads a file, or standard input for "-". Raises a Failure that says why when it cannot.

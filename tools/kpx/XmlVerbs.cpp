@@ -113,7 +113,7 @@ double parseSeconds(const Input& input, int& runs) {
   do {
     const auto start = Clock::now();
     CMarkup document;
-    document.SetDoc(decodeMarkupBytes(input.bytes).text);
+    document.SetDoc(decodeMarkupBytes(input.bytes()).text);
     seconds.push_back(std::chrono::duration<double>(Clock::now() - start).count());
   } while (Clock::now() - begin < budget);
   runs = static_cast<int>(seconds.size());
@@ -131,11 +131,11 @@ Exit statsOfFile(const std::string& file, const Arguments& arguments, Json& repo
   const Shape shape = shapeOf(read.document);
   int runs = 0;
   const double seconds = parseSeconds(input, runs);
-  const double megabytes = static_cast<double>(input.bytes.size()) / 1e6;
+  const double megabytes = static_cast<double>(input.bytes().size()) / 1e6;
 
   if (arguments.json) {
     report.push_back({{"file", file},
-                      {"bytes", input.bytes.size()},
+                      {"bytes", input.bytes().size()},
                       {"encoding", read.encoding},
                       {"elements", shape.elements},
                       {"attributes", shape.attributes},

@@ -78,7 +78,7 @@ bool MarkupEditor::changeStartTag(int element, int from, int removed, const Text
     std::u16string changed(tag.substr(0, static_cast<std::size_t>(from)));
     changed.resize(changed.size() + pieces.length());
     pieces.writeTo(changed.data() + from);
-    changed.append(tag.substr(static_cast<std::size_t>(from + removed)));
+    changed.append(textOf(record.start + from + removed, record.contentStart()));
     if (!readsAsStartTag(changed, isEmptyTag(tag))) return false;
   }
   if (!makeRoom(pieces.length(), static_cast<std::size_t>(removed))) return false;
