@@ -14,7 +14,10 @@
 #include "kpx/text/GpsTime.h"
 #include "kpx/text/NumberText.h"
 #include "kpx/text/PrintScan.h"
+#include "kpx/text/TextOrder.h"
 #include "kpx/text/TextTools.h"
+#include "kpx/text/TimeValue.h"
+#include "kpx/text/VariableTable.h"
 #include "kpx/xml/CMarkup.h"
 #include "kpx/xml/MarkupFormat.h"
 

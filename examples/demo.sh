@@ -4,7 +4,7 @@ set -euo pipefail
 
 build=$(cd "$1" && pwd)
 kpx=$build/tools/kpx/kpx
-export PATH=$build/tools/kpx:$PATH
+export PATH=$build/tools/kpx:$build/examples:$PATH
 rm -rf "$2" && mkdir -p "$2" && cd "$2"
 
 explain() { printf '\n\033[1m%s\033[0m\n' "$*"; }
@@ -42,7 +42,7 @@ show '0 1' 'kpx config validate foreign.xml'
 
 explain "5. The same from a module's side: read into a fresh object, change through the typed
    accessor, save. The unknown setting is ignored, the missing one keeps its default."
-show 0 "$build/examples/settings_example foreign.xml changed.xml"
+show 0 'SettingsExample foreign.xml changed.xml'
 
 explain "6. Compared with the defaults: exactly what was changed."
 show '0 1' 'kpx config diff changed.xml'

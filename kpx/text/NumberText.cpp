@@ -187,14 +187,6 @@ bool writeFast(ShortText& text, double value, int decimals, char16_t separator) 
   return true;
 }
 
-void writeSlowly(CString& out, double value, int decimals, char16_t separator) noexcept {
-  out.Empty();
-  Guarded(ErrorNumber::doubleAsText, [&] {
-    appendSlowly(out.units(), value, decimals);
-    if (separator == u',') out.Replace(u'.', u',');
-  });
-}
-
 }  // namespace
 
 double kpxRunde(double value, int decimals) noexcept {
@@ -208,18 +200,24 @@ double kpxRunde(double value, int decimals) noexcept {
 }
 
 CString utlDoubleAsText(double value, int decimals, char16_t separator) {
-  if (ShortText text; writeFast(text, value, decimals, separator)) return text.view();
+  if (ShortText text; writeFast(text, value, decimals, separator)) {
+    return Guarded(ErrorNumber::doubleAsText, CString(), [&] { return CString(text.view()); });
+  }
   CString result;
-  writeSlowly(result, value, decimals, separator);
+  doubleAsTextInto(result, value, decimals, separator);
   return result;
 }
 
 void doubleAsTextInto(CString& out, double value, int decimals, char16_t separator) {
-  if (ShortText text; writeFast(text, value, decimals, separator)) {
-    out.Assign(text.view());
-  } else {
-    writeSlowly(out, value, decimals, separator);
-  }
+  out.Empty();
+  Guarded(ErrorNumber::doubleAsText, [&] {
+    if (ShortText text; writeFast(text, value, decimals, separator)) {
+      out.Assign(text.view());
+      return;
+    }
+    appendSlowly(out.units(), value, decimals);
+    if (separator == u',') out.Replace(u'.', u',');
+  });
 }
 
 namespace {

@@ -36,8 +36,8 @@ KPX_API double kpxRunde(double value, int decimals) noexcept;
 ///   gives nan, inf or -inf.
 /// - below -2: rounded with `kpxRunde`, six decimals.
 ///
-/// `separator` "," replaces the point; any other leaves it. More than 65535 decimals report
-/// error 910001 and give the empty text.
+/// `separator` "," replaces the point; any other leaves it. More than 65535 decimals, and memory
+/// that is not there, report error 910001 and give the empty text; nothing is thrown.
 KPX_API CString utlDoubleAsText(double value, int decimals, char16_t separator);
 
 /// The same into a text that exists, whose memory is used again.

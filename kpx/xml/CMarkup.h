@@ -9,10 +9,10 @@
 #include "kpx/text/CString.h"
 #include "kpx/xml/AttributeReader.h"
 #include "kpx/xml/ElemPos.h"
-#include "kpx/xml/MarkupProblem.h"
-#include "kpx/xml/MarkupText.h"
 #include "kpx/xml/internal/AttributeMemory.h"
 #include "kpx/xml/internal/ElementIndex.h"
+#include "kpx/xml/MarkupProblem.h"
+#include "kpx/xml/MarkupText.h"
 
 namespace kpx {
 
@@ -76,9 +76,10 @@ inline constexpr int asChild = 0x4000;
 /// added behind, or found as the next child.
 ///
 /// A change touches nothing but what it is about: every other unit of the text stays. Each
-/// element that is added stands on a line of its own, without indentation. Changes near the end
-/// cost the same however long the document is. The flags for an unended child or a lone end tag,
-/// and with them `IsWellFormed`, stay as the last parse found them.
+/// element that is added stands on a line of its own, without indentation; behind text it begins
+/// at once, because a line break would become part of that text. Changes near the end cost the
+/// same however long the document is. What was ill-formed counts as such until the next parse,
+/// even when a change has mended it.
 ///
 /// Reading never throws. Operations that cannot be carried out answer false, 0 or the empty text
 /// and leave the document as it was. Offsets count UTF-16 units from 0.
@@ -217,7 +218,7 @@ class KPX_API CMarkup {
   int GetElemFlags() const noexcept;
   bool SetElemFlags(int flags) noexcept;
 
-  // --- changing the main and the child element ----------------------------------------------------
+  // --- changing the main and the child element ---------------------------------------------------
 
   /// Names must be ones that a parse would read back as one name; others are refused.
   bool SetTagName(MCD_CSTR name);
@@ -238,7 +239,7 @@ class KPX_API CMarkup {
   bool RemoveAttrib(MCD_CSTR name);
   bool RemoveChildAttrib(MCD_CSTR name);
 
-  // --- adding and removing elements ---------------------------------------------------------------
+  // --- adding and removing elements --------------------------------------------------------------
 
   /// Adds an element after the main one (with no main element: as the last at this level), or
   /// inserts it before (as the first); it becomes the main element. Name and data as for
@@ -260,7 +261,7 @@ class KPX_API CMarkup {
   bool RemoveElem();
   bool RemoveChildElem();
 
-  // --- nodes: elements and what stands between them -----------------------------------------------
+  // --- nodes: elements and what stands between them ----------------------------------------------
 
   /// The next node of one of the given kinds (0: any) at this level. An element becomes the main
   /// element; any other node is read with GetData and changed with SetData. Answers its kind, or
@@ -277,7 +278,7 @@ class KPX_API CMarkup {
   /// RemoveElem.
   bool RemoveNode();
 
-  // --- text for markup, see MarkupText encodings in MarkupCodec.h ----------------------------------
+  // --- text for markup, see MarkupText encodings in MarkupCodec.h --------------------------------
 
   static int DecodeCharUTF8(const char*& position, const char* end);
   static void EncodeCharUTF8(int codePoint, char* out, int& count);

@@ -28,6 +28,40 @@ const char16_t* sentenceOf(MarkupProblemKind kind) {
       return u"there is no root element";
     case MarkupProblemKind::tooLarge:
       return u"%s is larger than a document can hold";
+    case MarkupProblemKind::forbiddenCharacter:
+      return u"this character must not stand in XML";
+    case MarkupProblemKind::nameSyntax:
+      return u"'%s' is no name";
+    case MarkupProblemKind::attributeWithoutBlank:
+      return u"a blank is missing before attribute '%s'";
+    case MarkupProblemKind::attributeWithoutValue:
+      return u"attribute '%s' has no value";
+    case MarkupProblemKind::valueWithoutQuotes:
+      return u"the value of attribute '%s' is not in quotes";
+    case MarkupProblemKind::repeatedAttribute:
+      return u"attribute '%s' stands twice in this tag";
+    case MarkupProblemKind::lessThanInValue:
+      return u"'<' in the value of attribute '%s'";
+    case MarkupProblemKind::ampersandWithoutReference:
+      return u"'&' does not begin a reference";
+    case MarkupProblemKind::unknownEntity:
+      return u"entity '%s' is not known";
+    case MarkupProblemKind::endTagSyntax:
+      return u"end tag '%s' holds more than its name";
+    case MarkupProblemKind::textOutsideRoot:
+      return u"text outside of the root element";
+    case MarkupProblemKind::sectionEndInText:
+      return u"']]>' outside of a CDATA section";
+    case MarkupProblemKind::hyphensInComment:
+      return u"'--' inside a comment";
+    case MarkupProblemKind::misplacedDeclaration:
+      return u"an XML declaration must be the first thing in a document";
+    case MarkupProblemKind::declarationSyntax:
+      return u"the XML declaration is not as it must be";
+    case MarkupProblemKind::misplacedDocumentType:
+      return u"the document type must stand once and before the root element";
+    case MarkupProblemKind::lineBreakInValue:
+      return u"a line break in the value of attribute '%s', read as a blank by other programs";
   }
   return u"";
 }

@@ -9,7 +9,7 @@
 
 namespace kpx {
 
-/// What a parse can find wrong with a document.
+/// What can be wrong with a document.
 enum class MarkupProblemKind : std::uint8_t {
   firstTagSyntax,
   exclamationTagSyntax,
@@ -22,12 +22,34 @@ enum class MarkupProblemKind : std::uint8_t {
   rootHasSibling,
   noRootElement,
   tooLarge,  // a tag, a nesting or a text that the index cannot hold
+
+  // What a parse lets pass, but `MarkupCheck` and other XML programs do not.
+  forbiddenCharacter,
+  nameSyntax,  // of an element, an attribute or a processing instruction
+  attributeWithoutBlank,
+  attributeWithoutValue,
+  valueWithoutQuotes,
+  repeatedAttribute,
+  lessThanInValue,
+  ampersandWithoutReference,
+  unknownEntity,
+  endTagSyntax,
+  textOutsideRoot,
+  sectionEndInText,
+  hyphensInComment,
+  misplacedDeclaration,  // of the XML version, or a target that is too much like it
+  declarationSyntax,
+  misplacedDocumentType,
+
+  // Not forbidden, but other XML programs read a blank.
+  lineBreakInValue,
 };
 
 /// One problem with its place. Line and column count from 1, columns in UTF-16 units.
 struct MarkupProblem {
   MarkupProblemKind kind;
-  std::u16string_view name;  // tag name, or what was open; valid during the call only
+  std::u16string_view name;  // of the tag, attribute or entity, or what was open; valid during
+                             // the call only
   int offset = 0;
   int line = 0;
   int column = 0;
@@ -36,7 +58,7 @@ struct MarkupProblem {
 /// The problem as a sentence for people who know its place: "start tag 'a' has no end tag".
 KPX_API CString describe(const MarkupProblem& problem);
 
-/// Receives every problem of a parse in the order found; not limited like the result text.
+/// Receives every problem in the order found; not limited like the result text.
 using MarkupProblemSink = std::function<void(const MarkupProblem&)>;
 
 }  // namespace kpx

@@ -14,6 +14,7 @@
 #include "kpx/report/ErrorNumbers.h"
 #include "kpx/text/PrintScan.h"
 #include "tests/common/TextPrinter.h"
+#include "tests/xml/FailingAllocations.h"
 
 namespace kpx {
 namespace {
@@ -112,6 +113,24 @@ TEST(NumberText, AbsurdDecimalsAreReportedOnce) {
   EXPECT_EQ(lastReport, 0);
   EXPECT_EQ(utlDoubleAsText(1.5, 2'000'000'000, u'.'), u"");
   EXPECT_EQ(lastReport, ErrorNumber::doubleAsText);
+  setErrorSink(previous);
+}
+
+TEST(NumberText, WithoutMemoryReportsAndGivesTheEmptyText) {
+  const ErrorSink previous = setErrorSink([](int number) noexcept { lastReport = number; });
+  CString kept(u"old");
+  for (const int decimals : {9, allDigits, scientificDigits}) {
+    lastReport = 0;
+    CString text(u"old");
+    {
+      const FailingAllocations all(0);
+      text = utlDoubleAsText(-1.23456789012345e-7, decimals, u'.');
+      doubleAsTextInto(kept, -1.23456789012345e-7, decimals, u'.');
+    }
+    EXPECT_EQ(text, u"") << decimals;
+    EXPECT_EQ(kept, u"") << decimals;
+    EXPECT_EQ(lastReport, ErrorNumber::doubleAsText) << decimals;
+  }
   setErrorSink(previous);
 }
 

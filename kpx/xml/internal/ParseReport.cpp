@@ -32,16 +32,8 @@ std::u16string_view syntaxRecordName(MarkupProblemKind kind) noexcept {
 
 void ParseReport::tell(MarkupProblemKind kind, std::u16string_view name, int offset) {
   if (!sink_) return;
-  if (lineStarts_.empty()) {
-    lineStarts_.push_back(0);
-    for (std::size_t feed = text_.find(u'\n'); feed != text_.npos;
-         feed = text_.find(u'\n', feed + 1)) {
-      lineStarts_.push_back(static_cast<int>(feed) + 1);
-    }
-  }
-  const auto behind = std::upper_bound(lineStarts_.begin(), lineStarts_.end(), offset);
-  const auto line = static_cast<int>(behind - lineStarts_.begin());
-  sink_({kind, name, offset, line, offset - *(behind - 1) + 1});
+  const LineTable::Place place = lines_.at(offset);
+  sink_({kind, name, offset, place.line, place.column});
 }
 
 void ParseReport::syntaxError(MarkupProblemKind kind, int offset) {

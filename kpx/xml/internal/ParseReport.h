@@ -1,9 +1,9 @@
 #pragma once
 
 #include <string_view>
-#include <vector>
 
 #include "kpx/text/CString.h"
+#include "kpx/xml/internal/LineTable.h"
 #include "kpx/xml/MarkupProblem.h"
 
 namespace kpx::detail {
@@ -14,7 +14,7 @@ class ParseReport {
  public:
   /// All three must outlive it.
   ParseReport(std::u16string_view text, CString& result, const MarkupProblemSink& sink)
-      : text_(text), result_(result), sink_(sink) {}
+      : text_(text), result_(result), sink_(sink), lines_(text) {}
 
   void syntaxError(MarkupProblemKind kind, int offset);
   /// `openType` names what was open.
@@ -41,7 +41,7 @@ class ParseReport {
   std::u16string_view text_;
   CString& result_;
   const MarkupProblemSink& sink_;
-  std::vector<int> lineStarts_;  // filled for the first problem that a sink is told
+  LineTable lines_;
   int countedTo_ = 0;
   int countedLines_ = 0;
 };
