@@ -26,7 +26,13 @@ constexpr char16_t foldCase(char16_t unit) noexcept {
     const bool isUpper = ((unit & 1) != 0) == upperIsOdd;
     return isUpper ? static_cast<char16_t>(unit + 1) : unit;
   }
-  if (unit >= 0x391 && unit <= 0x3A9 && unit != 0x3A2) return static_cast<char16_t>(unit + 0x20);
+  if (unit >= 0x218 && unit <= 0x21B) return static_cast<char16_t>(unit | 1);  // Ș and Ț
+  if (unit >= 0x386 && unit <= 0x38F) {
+    constexpr char16_t accented[] = {0x3AC, 0x387, 0x3AD, 0x3AE, 0x3AF,
+                                     0x38B, 0x3CC, 0x38D, 0x3CD, 0x3CE};
+    return accented[unit - 0x386];
+  }
+  if (unit >= 0x391 && unit <= 0x3AB && unit != 0x3A2) return static_cast<char16_t>(unit + 0x20);
   if (unit >= 0x410 && unit <= 0x42F) return static_cast<char16_t>(unit + 0x20);
   if (unit >= 0x400 && unit <= 0x40F) return static_cast<char16_t>(unit + 0x50);
   if (unit == 0x1E9E) return 0xDF;
@@ -46,7 +52,11 @@ constexpr char16_t raiseCase(char16_t unit) noexcept {
     const char16_t candidate = static_cast<char16_t>(unit - 1);
     return candidate >= 0x100 && foldCase(candidate) == unit ? candidate : unit;
   }
-  if (unit >= 0x3B1 && unit <= 0x3C9 && unit != 0x3C2) return static_cast<char16_t>(unit - 0x20);
+  if (unit >= 0x218 && unit <= 0x21B) return static_cast<char16_t>(unit & ~1);
+  for (char16_t accented = 0x386; unit >= 0x3AC && unit <= 0x3CE && accented <= 0x38F; ++accented) {
+    if (foldCase(accented) == unit && accented != unit) return accented;
+  }
+  if (unit >= 0x3B1 && unit <= 0x3CB && unit != 0x3C2) return static_cast<char16_t>(unit - 0x20);
   if (unit >= 0x430 && unit <= 0x44F) return static_cast<char16_t>(unit - 0x20);
   if (unit >= 0x450 && unit <= 0x45F) return static_cast<char16_t>(unit - 0x50);
   return unit;

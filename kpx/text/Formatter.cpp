@@ -294,14 +294,10 @@ int fillBuffer(CharT* buffer, std::size_t size, std::basic_string_view<CharT> fo
     TextSink<CharT> out;
     if (!formatAll(out, format, args)) return -1;
     const std::size_t length = out.view().size();
-    if (length >= size) {
-      // As in C: a cut number would pass for another one where the answer is not looked at.
-      buffer[0] = 0;
-      return -1;
-    }
-    std::copy_n(out.view().data(), length, buffer);
-    buffer[length] = 0;
-    return static_cast<int>(length);
+    const std::size_t written = std::min(length, size - 1);
+    std::copy_n(out.view().data(), written, buffer);
+    buffer[written] = 0;
+    return written == length ? static_cast<int>(length) : -1;
   } catch (...) {
     return -1;
   }

@@ -42,8 +42,8 @@ KPX_API int appendFormatted(std::u16string& text, std::u16string_view format,
 KPX_API int appendFormatted(std::string& text, std::string_view format, const FormatArgs& args);
 
 /// Writes to a buffer of `size` units, the terminating 0 included, and answers the count without
-/// it. A text that does not fit leaves the buffer empty and answers -1. A refused format answers
-/// -1 and leaves the buffer as it was. Never throws.
+/// it. A text that does not fit is cut, ended, and answered with -1. A refused format answers -1
+/// and leaves the buffer as it was. Never throws.
 KPX_API int formatToBuffer(char16_t* buffer, std::size_t size, std::u16string_view format,
                            const FormatArgs& args) noexcept;
 KPX_API int formatToBuffer(char* buffer, std::size_t size, std::string_view format,

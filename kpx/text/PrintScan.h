@@ -19,7 +19,7 @@ namespace kpx {
 ///
 /// Printing answers the number of units written, without a terminating 0, or -1. The `_s`
 /// members take the size of a buffer in units, the terminating 0 included; a text that does not
-/// fit leaves the buffer empty, and the answer is -1. Those without `_s` trust the caller that
+/// fit is cut and ended with 0, and the answer is -1. Those without `_s` trust the caller that
 /// the buffer is large enough. A null pointer for a text, buffer or stream answers -1.
 
 namespace detail {

@@ -33,6 +33,8 @@ bool isEncodingName(std::u16string_view name) {
          });
 }
 
+bool isQuote(char16_t unit) { return unit == u'"' || unit == u'\''; }
+
 class Checker {
  public:
   Checker(std::u16string_view text, const MarkupProblemSink& sink)
@@ -161,20 +163,22 @@ class Checker {
   }
 
   void checkDeclaration() {
-    auto attribute = attributes_.begin();
-    const auto takes = [&](std::u16string_view name, auto isValue) {
-      if (attribute == attributes_.end() || attribute->name != name) return false;
-      return isValue((attribute++)->value) || (attribute = attributes_.begin(), false);
+    auto next = attributes_.begin();
+    bool right = true;
+    const auto take = [&](std::u16string_view name, bool required, auto isValue) {
+      if (next != attributes_.end() && next->name == name) {
+        right = right && isValue((next++)->value);
+      } else {
+        right = right && !required;
+      }
     };
-    const bool right = takes(u"version", [](auto value) {
+    take(u"version", true, [](std::u16string_view value) {
       return value.size() > 2 && value.starts_with(u"1.") &&
              value.find_first_not_of(u"0123456789", 2) == value.npos;
     });
-    takes(u"encoding", isEncodingName);
-    takes(u"standalone", [](auto value) { return isOneOf(value, {u"yes", u"no"}); });
-    if (!right || attribute != attributes_.end()) {
-      add(Kind::declarationSyntax, {}, token_.start);
-    }
+    take(u"encoding", false, isEncodingName);
+    take(u"standalone", false, [](auto value) { return isOneOf(value, {u"yes", u"no"}); });
+    if (!right || next != attributes_.end()) add(Kind::declarationSyntax, {}, token_.start);
   }
 
   // Reads what stands in [position, end) into attributes_.
@@ -184,37 +188,38 @@ class Checker {
       const int behindLast = position;
       position = skipSpace(position, end);
       if (position == end) return;
-      const bool blankMissing = position == behindLast;
-      position = readAttribute(position, end);
-      const Attribute& read = attributes_.back();
-      if (blankMissing) add(Kind::attributeWithoutBlank, read.name, read.offset);
+      position = readAttribute(position, end, position == behindLast);
     }
   }
 
-  int readAttribute(int start, int end) {
-    int position = start + 1;  // a name has one unit at least, whatever it is
+  int readAttribute(int start, int end, bool blankMissing) {
+    int position = start;
     while (position < end && !isMarkupSpace(at(position)) && at(position) != u'=' &&
-           at(position) != u'"' && at(position) != u'\'') {
+           !isQuote(at(position))) {
       ++position;
+    }
+    if (position == start) {
+      while (position < end && !isMarkupSpace(at(position))) ++position;
+      add(Kind::nameSyntax, part(start, position), start);
+      return position;
     }
     const std::u16string_view name = part(start, position);
     attributes_.push_back({name, {}, start});
     checkName(name, start);
+    if (blankMissing) add(Kind::attributeWithoutBlank, name, start);
     const int behindName = position;
     position = skipSpace(position, end);
-    const bool hasValue = at(start) == u'=' || (position < end && at(position) == u'=');
-    if (!hasValue) {
+    if (position == end || at(position) != u'=') {
       add(Kind::attributeWithoutValue, name, start);
       return behindName;
     }
-    if (at(start) == u'=') position = start;
     position = skipSpace(position + 1, end);
     if (position == end) {
       add(Kind::attributeWithoutValue, name, start);
       return end;
     }
     const char16_t quote = at(position);
-    const bool quoted = quote == u'"' || quote == u'\'';
+    const bool quoted = isQuote(quote);
     const int valueStart = quoted ? position + 1 : position;
     int valueEnd = valueStart;
     while (valueEnd < end && (quoted ? at(valueEnd) != quote : !isMarkupSpace(at(valueEnd)))) {

@@ -43,7 +43,10 @@ CString otherText(const SettingDef& setting, int number) {
   }
 }
 
-class EveryClass : public testing::TestWithParam<const SettingsClass*> {};
+class EveryClass : public testing::TestWithParam<const SettingsClass*> {
+ protected:
+  static void SetUpTestSuite() { addBuiltInTexts(); }
+};
 INSTANTIATE_TEST_SUITE_P(Catalogue, EveryClass, testing::ValuesIn(configurations()),
                          [](const auto& each) { return CString(each.param->name).utf8(); });
 

@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <clocale>
-
 #include "kpx/settings/CFGGeneralSettings.h"
 #include "kpx/support/TextStore.h"
 #include "tests/common/TextPrinter.h"
@@ -26,6 +24,7 @@ TEST(GeneralSettings, ToleranceIsStoredWithThreeDecimalsWhateverTheLocale) {
 }
 
 TEST(GeneralSettings, ColumnThatASetterCreates) {
+  addBuiltInTexts();
   CFGGeneralSettings settings = withoutColumns();
   settings.setTachyTolXY(0.05);
   const CFGCol* column = settings.Class.find(u"TACHY_Tol_XY");

@@ -14,7 +14,7 @@
 #include "kpx/report/ErrorNumbers.h"
 #include "kpx/text/PrintScan.h"
 #include "tests/common/TextPrinter.h"
-#include "tests/xml/FailingAllocations.h"
+#include "tests/common/FailingAllocations.h"
 
 namespace kpx {
 namespace {

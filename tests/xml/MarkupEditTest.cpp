@@ -9,7 +9,7 @@
 #include "kpx/xml/CMarkup.h"
 #include "kpx/xml/MarkupValidator.h"
 #include "tests/common/TextPrinter.h"
-#include "tests/xml/FailingAllocations.h"
+#include "tests/common/FailingAllocations.h"
 
 namespace kpx {
 namespace {

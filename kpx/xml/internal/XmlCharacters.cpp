@@ -38,7 +38,7 @@ bool isXmlCharacter(char32_t code) noexcept {
 
 // Whether a unit is a character by itself, without a look at others.
 bool isPlain(char16_t unit) noexcept {
-  return (unit >= 0x20) & (unit < 0xD800) | (unit == '\n') | (unit == '\r') | (unit == '\t');
+  return (unit >= 0x20 && unit < 0xD800) || unit == '\n' || unit == '\r' || unit == '\t';
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "tests/xml/FailingAllocations.h"
+#include "tests/common/FailingAllocations.h"
 
 #include <cstdlib>
 #include <cstring>

@@ -1,0 +1,139 @@
+#include "kpx/xml/MarkupCheck.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <vector>
+
+#include "kpx/xml/CMarkup.h"
+#include "tests/common/TextPrinter.h"
+
+namespace kpx {
+namespace {
+
+using namespace literals;
+using Kind = MarkupProblemKind;
+
+struct Expected {
+  Kind kind;
+  int offset;
+  CString name = {};
+  friend bool operator==(const Expected&, const Expected&) = default;
+};
+
+void PrintTo(const Expected& problem, std::ostream* out) {
+  *out << '{' << static_cast<int>(problem.kind) << " at " << problem.offset << ' '
+       << problem.name.utf8() << '}';
+}
+
+std::vector<Expected> problemsOf(std::u16string_view text) {
+  std::vector<Expected> problems;
+  const int count = MarkupCheck::check(text, [&](const MarkupProblem& problem) {
+    problems.push_back({problem.kind, problem.offset, CString(problem.name)});
+    EXPECT_EQ(problem.line, 1 + CMarkup::FindErrorLine(text, problem.offset - 1));
+    EXPECT_FALSE(describe(problem).IsEmpty());
+  });
+  EXPECT_EQ(count, static_cast<int>(problems.size()));
+  return problems;
+}
+
+TEST(MarkupCheck, EachRuleIsToldAtItsPlace) {
+  struct Case {
+    const char16_t* text;
+    std::vector<Expected> problems;
+  };
+  const Case cases[] = {
+      {u"<a b>", {{Kind::attributeWithoutValue, 3, u"b"}}},
+      {u"<a b= >", {{Kind::attributeWithoutValue, 3, u"b"}}},
+      {u"<a b=c/>", {{Kind::valueWithoutQuotes, 5, u"b"}}},
+      {u"<a b='1'c=\"2\"/>", {{Kind::attributeWithoutBlank, 8, u"c"}}},
+      {u"<a b='1' c='2'\nb='3' b='4'/>",
+       {{Kind::repeatedAttribute, 15, u"b"}, {Kind::repeatedAttribute, 21, u"b"}}},
+      {u"<a b='1<2'/>", {{Kind::lessThanInValue, 7, u"b"}}},
+      {u"<a b='1\n2'/>", {{Kind::lineBreakInValue, 7, u"b"}}},
+      {u"<a 1b='' b~=''/>", {{Kind::nameSyntax, 3, u"1b"}, {Kind::nameSyntax, 9, u"b~"}}},
+      {u"<a =''/>", {{Kind::nameSyntax, 3, u"=''"}}},
+      {u"<{/>", {{Kind::nameSyntax, 1, u"{"}}},
+      {u"<a>x & y &; &lt &1;</a>",
+       {{Kind::ampersandWithoutReference, 5},
+        {Kind::ampersandWithoutReference, 9},
+        {Kind::ampersandWithoutReference, 12},
+        {Kind::ampersandWithoutReference, 16}}},
+      {u"<a b='&no;'>&yes;</a>",
+       {{Kind::unknownEntity, 6, u"no"}, {Kind::unknownEntity, 12, u"yes"}}},
+      {u"<!DOCTYPE a SYSTEM 'b'><a>&yes;</a>", {}},
+      {u"<a>&#0;&#xD800;&#x110000;&#;&#x;&#1F;</a>",
+       {{Kind::ampersandWithoutReference, 3},
+        {Kind::ampersandWithoutReference, 7},
+        {Kind::ampersandWithoutReference, 15},
+        {Kind::ampersandWithoutReference, 25},
+        {Kind::ampersandWithoutReference, 28},
+        {Kind::ampersandWithoutReference, 32}}},
+      {u"<a>\x01<!--\xFFFE-->\xDC00\xD800</a>",
+       {{Kind::forbiddenCharacter, 3},
+        {Kind::forbiddenCharacter, 8},
+        {Kind::forbiddenCharacter, 12},
+        {Kind::forbiddenCharacter, 13}}},
+      {u"<a></a b>", {{Kind::endTagSyntax, 3, u"a"}}},
+      {u" x<a/> <![CDATA[]]>\n&#x20;",
+       {{Kind::textOutsideRoot, 1}, {Kind::textOutsideRoot, 7}, {Kind::textOutsideRoot, 20}}},
+      {u"<a>]]>]]></a>", {{Kind::sectionEndInText, 3}, {Kind::sectionEndInText, 6}}},
+      {u"<!-- a--b--c --><!-- - ---><a/>",
+       {{Kind::hyphensInComment, 6}, {Kind::hyphensInComment, 23}}},
+      {u" <?xml version='1.0'?><a/>", {{Kind::misplacedDeclaration, 1}}},
+      {u"<?XML version='1.0'?><a/>", {{Kind::misplacedDeclaration, 0}}},
+      {u"<?1?><a/>", {{Kind::nameSyntax, 2, u"1"}}},
+      {u"<?xml encoding='UTF-8'?><a/>", {{Kind::declarationSyntax, 0}}},
+      {u"<?xml version='2.0'?><a/>", {{Kind::declarationSyntax, 0}}},
+      {u"<?xml version='1.0' standalone='yes' encoding='x'?><a/>", {{Kind::declarationSyntax, 0}}},
+      {u"<?xml version='1.0' encoding='8'?><a/>", {{Kind::declarationSyntax, 0}}},
+      {u"<a/><!DOCTYPE a>", {{Kind::misplacedDocumentType, 4}}},
+      {u"<!DOCTYPE a><!DOCTYPE a><a/>", {{Kind::misplacedDocumentType, 12}}},
+  };
+  for (const Case& each : cases) {
+    EXPECT_EQ(problemsOf(each.text), each.problems) << testing::PrintToString(CString(each.text));
+  }
+}
+
+TEST(MarkupCheck, RightDocumentsPass) {
+  const char16_t* const documents[] = {
+      u"\xFEFF<?xml version=\"1.0\" encoding='UTF-8' standalone = \"no\" ?>\r\n<a/>\r\n",
+      u"<?xml-stylesheet href='x'?><!-- - --><a b=\"'&lt;&#10;&#x1F600;>\" c:d='\"'>\t&amp;\n</a >",
+      u"<ä_-.1><![CDATA[<&--]]>\xD83D\xDE00</ä_-.1><!---->",
+      u"<!DOCTYPE a [<!ENTITY b '<&'>]><a>&b;</a>",
+  };
+  for (const char16_t* const text : documents) {
+    EXPECT_EQ(problemsOf(text), std::vector<Expected>()) << testing::PrintToString(CString(text));
+    EXPECT_TRUE(CMarkup(text).IsWellFormed());
+  }
+}
+
+TEST(MarkupCheck, WhatTheParseRecordsIsNotToldAgain) {
+  for (const char16_t* const text : {u"<a><b></a>", u"</a>", u"<a>< b></a>", u"<a", u""}) {
+    EXPECT_EQ(problemsOf(text), std::vector<Expected>()) << testing::PrintToString(CString(text));
+  }
+}
+
+TEST(MarkupCheck, CostGrowsWithTheText) {
+  const std::u16string_view parts[] = {u"&",    u"&a",     u"&#",    u"]]>",
+                                       u"\x01", u"<a b=<", u"<!---", u"<a "};
+  for (const std::u16string_view part : parts) {
+    const auto seconds = [&](int count) {
+      // All in one tag, too.
+      CString text = u"<r>"_cs;
+      for (int i = 0; i < count; ++i) text += part;
+      text += u"<x ";
+      for (int i = 0; i < count; ++i) text += u"a b='&' ";
+      text += u"/>";
+      const auto begin = std::chrono::steady_clock::now();
+      MarkupCheck::check(text, [](const MarkupProblem&) {});
+      return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+    };
+    const double quarter = std::min(seconds(20000), seconds(20000));
+    EXPECT_LT(std::min(seconds(80000), seconds(80000)), 9 * quarter + 0.05);
+  }
+}
+
+}  // namespace
+}  // namespace kpx
