@@ -67,6 +67,7 @@ void detail::appendElement(ElementWriter& writer, const CFGClass& object) {
   writer.start(object);
   writer.attribute(u" Name=\"", object.Name);
   writer.open();
+  writer.reserveColumns(object.Cols.size());
   for (const auto& entry : object.Cols) appendElement(writer, entry.value);
   writer.close(object);
 }

@@ -148,14 +148,7 @@ bool AttributeReader::find(std::u16string_view name) noexcept {
 
 bool AttributeReader::read(std::u16string_view name, CString& value) {
   if (!find(name)) return false;
-  const std::u16string_view raw = rawValue();
-  const char16_t* const end = raw.data() + raw.size();
-  // Mostly there is no reference in it, and the memory of the old value is enough.
-  if (findUnit(raw.data(), end, u'&') == end) {
-    value.Assign(raw);
-  } else {
-    value = this->value();
-  }
+  this->value(value);
   return true;
 }
 
@@ -167,6 +160,17 @@ std::u16string_view AttributeReader::name() const noexcept {
 std::u16string_view AttributeReader::rawValue() const noexcept {
   return tag_.substr(static_cast<std::size_t>(current_.valueBegin),
                      static_cast<std::size_t>(current_.valueEnd - current_.valueBegin));
+}
+
+void AttributeReader::value(CString& into) const {
+  const std::u16string_view raw = rawValue();
+  const char16_t* const end = raw.data() + raw.size();
+  // Mostly there is no reference in it, and the memory of the old value is enough.
+  if (findUnit(raw.data(), end, u'&') == end) {
+    into.Assign(raw);
+  } else {
+    into = value();
+  }
 }
 
 CString AttributeReader::value() const {

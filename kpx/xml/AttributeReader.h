@@ -40,6 +40,8 @@ class KPX_API AttributeReader {
   std::u16string_view name() const noexcept;
   /// The value with references resolved.
   CString value() const;
+  /// The same into a text whose memory is used again.
+  void value(CString& into) const;
   /// The value as it stands in the tag, without its quotes.
   std::u16string_view rawValue() const noexcept;
 

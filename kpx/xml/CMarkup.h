@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <string_view>
@@ -128,6 +129,8 @@ class KPX_API CMarkup {
   void SetDocFlags(int flags) noexcept { docFlags_ = flags; }
   /// How many elements the document has.
   int GetDocElemCount() const noexcept;
+  /// Bytes held by the text, with what it has in reserve, and by the index.
+  std::size_t GetMemoryBytes() const noexcept;
 
   // --- whole files ----------------------------------------------------------------------------
 

@@ -209,6 +209,10 @@ int CMarkup::GetDocElemCount() const noexcept {
   return std::max(0, index_.usedCount() - 1 - index_.freeCount());
 }
 
+std::size_t CMarkup::GetMemoryBytes() const noexcept {
+  return doc_.units().capacity() * sizeof(char16_t) + index_.memoryBytes();
+}
+
 // --- level and flags of the main element
 // ------------------------------------------------------------
 

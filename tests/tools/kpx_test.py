@@ -207,6 +207,12 @@ class BadInputTest(ToolTest):
         self.assertIn(f"{path}:1:1: ", out)
         self.assertIn(f"{path}:2:1: ", out)
 
+    def test_check_names_what_other_programs_refuse(self):
+        path = self.write("odd.xml", '<a>\n<b c=d e="1" e="2">&x; & </b>\n</a>')
+        out, _ = self.answers(1, "xml", "check", path)
+        self.assertEqual([line.split(": ")[0] for line in out.splitlines()],
+                         [f"{path}:2:{column}" for column in (6, 14, 20, 24)], out)
+
     @unittest.skipIf(os.name != "posix" or os.geteuid() == 0, "needs a folder it may not write")
     def test_folder_without_permission(self):
         os.chmod(self.folder.name, 0o500)

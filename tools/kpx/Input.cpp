@@ -1,10 +1,12 @@
 #include "tools/kpx/Input.h"
 
+#include <algorithm>
 #include <cstdio>
-#include <iterator>
+#include <utility>
 
 #include "kpx/platform/FileSystem.h"
 #include "kpx/xml/Encoding.h"
+#include "kpx/xml/MarkupCheck.h"
 #include "kpx/xml/MarkupProblem.h"
 #include "tools/kpx/Exit.h"
 #include "tools/kpx/Output.h"
@@ -34,6 +36,10 @@ ProblemLine atByte(std::string_view bytes, std::size_t offset, std::string sente
     }
   }
   return problem;
+}
+
+ProblemLine lineOf(const MarkupProblem& problem) {
+  return {problem.line, problem.column, shown(describe(problem))};
 }
 
 std::string placeOf(const Input& input, const ProblemLine& problem) {
@@ -70,12 +76,22 @@ ReadDocument parseInput(const Input& input) {
   } else {
     read.readable = true;
     read.document.SetProblemSink([&](const MarkupProblem& problem) {
-      read.problems.push_back({problem.line, problem.column, shown(describe(problem))});
+      read.problems.push_back(lineOf(problem));
     });
     read.document.SetDoc(std::move(decoded.text));
     read.document.SetProblemSink({});
   }
   return read;
+}
+
+void checkStrictly(ReadDocument& read) {
+  if (!read.readable) return;
+  MarkupCheck::check(read.document.GetDoc(), [&](const MarkupProblem& problem) {
+    if (!MarkupCheck::isWarning(problem.kind)) read.problems.push_back(lineOf(problem));
+  });
+  std::ranges::stable_sort(read.problems, {}, [](const ProblemLine& problem) {
+    return std::pair(problem.line, problem.column);
+  });
 }
 
 ReadDocument requireWellFormed(const Input& input) {

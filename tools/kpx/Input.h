@@ -40,6 +40,10 @@ struct ReadDocument {
 };
 ReadDocument parseInput(const Input& input);
 
+/// Adds what other XML programs would refuse, although the library reads it. The problems are in
+/// the order of the text then.
+void checkStrictly(ReadDocument& read);
+
 /// Parses an input that has to be well formed. Raises a Failure with file, line and column of
 /// the first problem when it is not.
 ReadDocument requireWellFormed(const Input& input);

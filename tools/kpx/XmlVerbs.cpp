@@ -33,6 +33,7 @@ Exit checkFile(const std::string& file, const Arguments& arguments, Json& report
     const Input input = readInput(file);
     name = input.name;
     ReadDocument read = parseInput(input);
+    checkStrictly(read);
     problems = std::move(read.problems);
     entry["encoding"] = read.encoding;
     if (!read.readable) {

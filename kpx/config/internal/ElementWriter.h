@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -27,6 +28,9 @@ namespace kpx::detail {
 class ElementWriter {
  public:
   explicit ElementWriter(std::u16string& out) noexcept : out_(out) {}
+
+  /// Room for this many columns of ordinary length, with their values.
+  void reserveColumns(std::size_t count) { out_.reserve(out_.size() + 256 + count * 600); }
 
   /// The start tag's name and the six header attributes.
   void start(const CDBObject& object);
