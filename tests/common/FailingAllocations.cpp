@@ -8,7 +8,7 @@
 namespace {
 
 constexpr int unlimited = -1;
-int allocationsLeft = unlimited;
+thread_local int allocationsLeft = unlimited;
 
 void* allocate(std::size_t size) {
   if (allocationsLeft == 0) throw std::bad_alloc();
@@ -20,6 +20,13 @@ void* allocate(std::size_t size) {
 }  // namespace
 
 void* operator new(std::size_t size) { return allocate(size); }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  try {
+    return allocate(size);
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
 void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 

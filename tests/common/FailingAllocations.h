@@ -2,7 +2,7 @@
 
 namespace kpx {
 
-/// Makes allocations of the test program fail once `count` more of them have been made, until
+/// Makes allocations of this thread fail once `count` more of them have been made, until
 /// the end of the scope.
 class FailingAllocations {
  public:

@@ -79,10 +79,10 @@ TEST(Cells, ColumnIsWrittenInTheOrderThatStoredFilesHave) {
             u"<CFGCol ObjectID=\"0\" UserChangedID=\"0\" UserCreatedID=\"0\" "
             u"changed=\"05.03.2021-08:33:34\" created=\"00.00.0000-00:00:00\" TransID=\"0\" "
             u"ClassID=\"0\" Type=\"1\" Name=\"Key\" Caption=\"Caption\" Category=\"Group\" "
-            u"Length=\"0\" Prec=\"0\" Nullable=\"0\" Empty=\"0\" Default=\"\" Unit=\"0\">\n"
+            u"Length=\"0\" Prec=\"0\" Nullable=\"0\" Empty=\"0\" Default=\"\" Unit=\"0\">\r\n"
             u"<CFGValue ObjectID=\"0\" UserChangedID=\"0\" UserCreatedID=\"0\" "
             u"changed=\"00.00.0000-00:00:00\" created=\"00.00.0000-00:00:00\" TransID=\"0\" "
-            u"Value=\"1\" ColID=\"0\" RowID=\"0\" Data=\"0\"/>\n"
+            u"Value=\"1\" ColID=\"0\" RowID=\"0\" Data=\"0\"/>\r\n"
             u"</CFGCol>");
 }
 

@@ -2,42 +2,22 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <limits>
-#include <new>
 #include <vector>
 
 #include "kpx/report/Error.h"
 #include "kpx/settings/Catalogue.h"
 #include "kpx/settings/CFGConfigSample.h"
+#include "tests/common/FailingAllocations.h"
 #include "tests/common/TextPrinter.h"
-
-namespace {
-thread_local bool allocationsFail = false;
-
-/// Every allocation of the thread fails while one of these lives.
-class NoMemory {
- public:
-  NoMemory() { allocationsFail = true; }
-  ~NoMemory() { allocationsFail = false; }
-};
-
-int lastError = 0;
-}  // namespace
-
-void* operator new(std::size_t size) {
-  void* const memory = allocationsFail ? nullptr : std::malloc(size > 0 ? size : 1);
-  if (!memory) throw std::bad_alloc();
-  return memory;
-}
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 
 namespace kpx {
 namespace detail {
 extern const SettingsClass settingsClassCFGConfigSample;
 }
 namespace {
+
+int lastError = 0;
 
 class Sample : public testing::Test {
  protected:
@@ -128,7 +108,7 @@ TEST_F(Sample, FailingAccessorsReportTheirOwnNumber) {
   sample_.setText(u"longer than a text without memory of its own");
   const CString longer(u'x', 1000);
   {
-    const NoMemory none;
+    const FailingAllocations all(0);
     EXPECT_TRUE(sample_.getText().IsEmpty());
     EXPECT_EQ(std::exchange(lastError, 0), 909903);
     EXPECT_EQ(sample_.setText(longer), 1);
@@ -137,7 +117,7 @@ TEST_F(Sample, FailingAccessorsReportTheirOwnNumber) {
   EXPECT_EQ(sample_.getText(), u"longer than a text without memory of its own");
   bool passed = false;
   try {
-    const NoMemory none;
+    const FailingAllocations all(0);
     sample_.setBoth(longer);
   } catch (const std::bad_alloc&) {
     passed = true;
@@ -149,9 +129,10 @@ TEST_F(Sample, FailingAccessorsReportTheirOwnNumber) {
 TEST_F(Sample, FailingCreationStoresNothing) {
   const CString value = u"1";
   const CString key = u"a key that needs memory";
-  const NoMemory none;
-  sample_.AddSetting(value, key, value, 1, value, 1, 0, 0);
-  allocationsFail = false;
+  {
+    const FailingAllocations all(0);
+    sample_.AddSetting(value, key, value, 1, value, 1, 0, 0);
+  }
   EXPECT_EQ(lastError, 42886);
   EXPECT_EQ(sample_.Class.find(key), nullptr);
   EXPECT_EQ(sample_.Class.KeyOrder.size(), 8u);

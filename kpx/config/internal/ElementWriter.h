@@ -21,7 +21,8 @@ class CFGConfig;
 
 namespace kpx::detail {
 
-/// Writes persistent objects as markup text, each element on a line of its own.
+/// Writes persistent objects as markup text, each element on a line of its own as the document
+/// itself would write it.
 ///
 /// A whole object is written as one text and handed to the document once: setting attribute by
 /// attribute would move the rest of the document's text for each of them.
@@ -38,8 +39,8 @@ class ElementWriter {
   void attribute(std::u16string_view opening, const CString& value);
   void attribute(std::u16string_view opening, std::int32_t value);
   /// Ends the start tag of an element that has children.
-  void open() { out_ += u">\n"; }
-  void closeEmpty() { out_ += u"/>\n"; }
+  void open() { out_ += u">\r\n"; }
+  void closeEmpty() { out_ += u"/>\r\n"; }
   void close(const CDBObject& object);
 
  private:
@@ -64,7 +65,7 @@ int addElement(CMarkup* document, const Object& object) {
   std::u16string text;
   ElementWriter writer(text);
   appendElement(writer, object);
-  text.pop_back();  // the document puts its own line break behind an element
+  text.resize(text.size() - 2);  // the document puts its own line break behind an element
   return document->AddSubDoc(std::u16string_view(text)) ? 1 : 0;
 }
 

@@ -155,7 +155,7 @@ void ElementIndex::releaseSpareSegments() noexcept {
 
 std::size_t ElementIndex::memoryBytes() const noexcept {
   return sizeof(ElemPos) * static_cast<std::size_t>(capacity_) +
-         sizeof(ElemPos*) * static_cast<std::size_t>(tableSize_);
+         sizeof(void*) * static_cast<std::size_t>(tableSize_);
 }
 
 }  // namespace kpx::detail

@@ -14,6 +14,7 @@
 // internal linkage and calls no inline function of another header: a linker could otherwise take
 // the copy that was compiled for a newer processor for the whole library.
 
+// NOLINTBEGIN(misc-definitions-in-headers)
 namespace kpx::detail {
 namespace {
 
@@ -229,3 +230,4 @@ leave:
 
 }  // namespace
 }  // namespace kpx::detail
+// NOLINTEND(misc-definitions-in-headers)
