@@ -27,7 +27,7 @@ using kpx::CString;
 
 void getRealKpx(benchmark::State& state) {
   const CFGGeneralSettings settings;
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     benchmark::DoNotOptimize(settings.getCA2TTolXY());
     benchmark::ClobberMemory();
   }
@@ -35,7 +35,7 @@ void getRealKpx(benchmark::State& state) {
 void getRealCopied(benchmark::State& state) {
   const CFGGeneralSettings settings;
   const CString key = u"CA2T_Tol_XY";
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     CFGCol column;
     settings.Class.FindCol(key, column);
     benchmark::DoNotOptimize(kpx::textAsDouble(column.Value.Value));
@@ -44,7 +44,7 @@ void getRealCopied(benchmark::State& state) {
 }
 void getIntegerKpx(benchmark::State& state) {
   const CFGGeneralSettings settings;
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     benchmark::DoNotOptimize(settings.getCA2THG());
     benchmark::ClobberMemory();
   }
@@ -52,7 +52,7 @@ void getIntegerKpx(benchmark::State& state) {
 void findKpx(benchmark::State& state) {
   const CFGGeneralSettings settings;
   constexpr kpx::KeyLiteral key(u"CA2T_Tol_XY");
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     benchmark::DoNotOptimize(settings.Class.find(key));
     benchmark::ClobberMemory();
   }
@@ -62,7 +62,7 @@ void findMap(benchmark::State& state) {
   std::unordered_map<std::u16string, CFGCol> columns;
   for (const auto& entry : settings.Class.Cols) columns.emplace(entry.key.view(), entry.value);
   const std::u16string key = u"CA2T_Tol_XY";
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     benchmark::DoNotOptimize(columns.find(key));
     benchmark::ClobberMemory();
   }
@@ -76,7 +76,7 @@ BENCHMARK(findMap)->Name("settings/find/unordered_map");
 void setRealKpx(benchmark::State& state) {
   CFGGeneralSettings settings;
   double value = 0.0;
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     value += 0.001;
     benchmark::DoNotOptimize(settings.setCA2TTolXY(value));
     benchmark::ClobberMemory();
@@ -86,7 +86,7 @@ void setRealCopied(benchmark::State& state) {
   CFGGeneralSettings settings;
   const CString key = u"CA2T_Tol_XY";
   double value = 0.0;
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     value += 0.001;
     CFGCol column;
     settings.Class.FindCol(key, column);
@@ -105,7 +105,7 @@ constexpr int textIds[] = {1581, 2094, 1583, 1821, 1579, 163, 170, 1584, 2093, 1
 
 void textKpx(benchmark::State& state) {
   kpx::addBuiltInTexts();
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     for (const int id : textIds) benchmark::DoNotOptimize(&kpx::GetMLT(id));
   }
   state.SetItemsProcessed(state.iterations() * static_cast<int>(std::size(textIds)));
@@ -114,7 +114,7 @@ void textMap(benchmark::State& state) {
   // As many as a full table has.
   std::unordered_map<int, std::u16string> texts;
   for (int id = 1; id <= 8300; ++id) texts.emplace(id, u"some text");
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     for (const int id : textIds) benchmark::DoNotOptimize(&texts.find(id)->second);
   }
   state.SetItemsProcessed(state.iterations() * static_cast<int>(std::size(textIds)));
@@ -127,14 +127,14 @@ BENCHMARK(textMap)->Name("settings/twelve_texts/unordered_map");
 
 void constructKpx(benchmark::State& state) {
   kpx::addBuiltInTexts();
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     const CFGGeneralSettings settings;
     benchmark::DoNotOptimize(&settings);
   }
 }
 void copyKpx(benchmark::State& state) {
   const CFGGeneralSettings settings;
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     const CFGGeneralSettings copy(settings);
     benchmark::DoNotOptimize(&copy);
   }
@@ -144,7 +144,7 @@ BENCHMARK(copyKpx)->Name("settings/copy_220/kpx")->Unit(benchmark::kMicrosecond)
 
 void saveKpx(benchmark::State& state) {
   const CFGGeneralSettings settings;
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     CMarkup document;
     settings.serializeXML(&document);
     benchmark::DoNotOptimize(document.GetDoc().GetLength());
@@ -191,7 +191,7 @@ void savePugixml(benchmark::State& state) {
   pugi::xml_document source;
   source.load_string(fileText().c_str());
   const Element root = elementOf(source.document_element());
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     pugi::xml_document document;
     append(document, root);
     TextWriter writer;
@@ -205,7 +205,7 @@ BENCHMARK(savePugixml)->Name("settings/save_220/pugixml")->Unit(benchmark::kMicr
 void loadKpx(benchmark::State& state) {
   const CString text = CString::fromUtf8(fileText());
   CFGGeneralSettings settings;
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     CMarkup document;
     document.SetDoc(text);
     document.FindChildElem();
@@ -222,7 +222,7 @@ void loadPugixml(benchmark::State& state) {
   };
   const std::string text = fileText();
   std::unordered_map<std::string, Column> columns;
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     pugi::xml_document document;
     document.load_string(text.c_str());
     const auto object = document.document_element().child("CFGClass");

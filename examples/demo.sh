@@ -43,6 +43,8 @@ show '0 1' 'kpx config validate foreign.xml'
 explain "5. The same from a module's side: read into a fresh object, change through the typed
    accessor, save. The unknown setting is ignored, the missing one keeps its default."
 show 0 'SettingsExample foreign.xml changed.xml'
+show 0 'kpx config get changed.xml KT_Message'
+show 1 'kpx config get changed.xml KT_FromTheFuture 2>&1'
 
 explain "6. Compared with the defaults: exactly what was changed."
 show '0 1' 'kpx config diff changed.xml'

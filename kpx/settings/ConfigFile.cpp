@@ -29,18 +29,14 @@ DocumentConfiguration configurationAt(CMarkup& document) {
   found.elementName = document.GetTagName();
   found.name = document.GetAttrib(u"Name");
   found.settingsClass = findSettingsClassByElement(found.elementName);
-  if (document.GetOffsets(begin, end)) found.offset = begin;
+  if (document.GetOffsets(begin, end)) {
+    found.offset = begin;
+    found.length = end - begin;
+  }
   detail::visitColumns(document, [&](bool hasValue) {
     found.settings.push_back(settingAt(document, hasValue));
     return true;
   });
-  if (found.settingsClass && found.settingsClass->isConfiguration) {
-    found.object = found.settingsClass->create();
-    // Objects read themselves from the child element.
-    document.OutOfElem();
-    found.object->loadByXML(&document);
-    document.IntoElem();
-  }
   return found;
 }
 
@@ -176,6 +172,17 @@ std::vector<DocumentConfiguration> findConfigurations(CMarkup& document) {
   return found;
 }
 
+std::unique_ptr<CFGConfig> loadConfiguration(const CMarkup& document,
+                                             const DocumentConfiguration& configuration) {
+  if (!configuration.settingsClass) return nullptr;
+  CMarkup part(document.GetDocFlags());
+  part.SetDoc(document.GetDoc().Mid(configuration.offset, configuration.length));
+  part.FindChildElem();
+  std::unique_ptr<CFGConfig> object = configuration.settingsClass->create();
+  if (object && object->loadByXML(&part) != 1) object.reset();
+  return object;
+}
+
 ConfigDifference compareConfigurations(const DocumentConfiguration& a,
                                        const DocumentConfiguration& b) {
   return compare(valuesOf(a), valuesOf(b), a.settingsClass);
@@ -196,7 +203,7 @@ EditResult setValueInDocument(CMarkup& document, const CString& configuration, c
   EditResult result{};
   const Candidates found = lookFor(document, configuration, key, 0);
   result.outcome = outcomeBefore(found);
-  if (result.outcome == EditOutcome::changed) {
+  if (found.access && result.outcome == EditOutcome::changed) {
     const SettingDef& setting = *found.access->setting;
     result.check = checkValueText(setting.kind, text, setting.decimals);
     if (!result.check.valid()) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -28,21 +29,25 @@ struct DocumentSetting {
   int valueOffset = -1;  // of the value's text; -1 if it has none
 };
 
-/// One configuration of a document: what stands there, and what the suite reads from it.
+/// One configuration as it stands in a document.
 struct DocumentConfiguration {
   CString elementName;
   CString name;                                  // the configuration's name
   const SettingsClass* settingsClass = nullptr;  // nullptr: the catalogue does not know it
-  int offset = 0;
+  int offset = 0;                                // of its element
+  int length = 0;
   std::vector<DocumentSetting> settings;  // in the document's order, unknown ones included
-  std::unique_ptr<CFGConfig> object;      // the defaults with the document read over them;
-                                          // nullptr when the class is unknown
 };
 
 /// All configurations of a document, at any depth, in its order: elements whose name begins with
 /// "CFGConfig" and that the catalogue knows or that have a "CFGClass" child. What lies inside a
 /// configuration is not searched for others.
 KPX_API std::vector<DocumentConfiguration> findConfigurations(CMarkup& document);
+
+/// A new object of the configuration's class with the document, which must not have been changed
+/// since, read over its defaults; nullptr when the class is unknown or it could not be read.
+KPX_API std::unique_ptr<CFGConfig> loadConfiguration(const CMarkup& document,
+                                                     const DocumentConfiguration& configuration);
 
 // --- comparing
 // ------------------------------------------------------------------------------------
@@ -99,9 +104,10 @@ struct ConfigFinding {
   ValueProblem problem = ValueProblem::none;  // why a value is bad
 };
 
-/// Everything in a document's configurations that is not as the suite writes it, in the order of
-/// the document.
-KPX_API std::vector<ConfigFinding> validateConfigurations(CMarkup& document);
+/// What in a document's configurations is not as the suite writes it, in the order of the document.
+/// Looks no further at the configuration after which there are `enough` findings.
+KPX_API std::vector<ConfigFinding> validateConfigurations(CMarkup& document,
+                                                          std::size_t enough = 100'000);
 
 /// A kind as the end of a sentence: "is not known to this class".
 KPX_API const char* describe(FindingKind kind) noexcept;

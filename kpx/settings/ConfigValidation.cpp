@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <map>
+#include <memory>
 #include <set>
 #include <string_view>
 
@@ -7,12 +9,30 @@
 namespace kpx {
 namespace {
 
+/// The keys that a new object of each class has, made once for a document.
+class DefaultKeys {
+ public:
+  const std::vector<CString>& of(const SettingsClass& settingsClass) {
+    const auto [at, isNew] = keys_.try_emplace(&settingsClass);
+    if (isNew && settingsClass.isConfiguration) {
+      const std::unique_ptr<CFGConfig> defaults = settingsClass.create();
+      for (const auto& entry : defaults->Class.Cols) at->second.push_back(entry.key);
+    }
+    return at->second;
+  }
+
+ private:
+  std::map<const SettingsClass*, std::vector<CString>> keys_;
+};
+
 class Validator {
  public:
-  Validator(const DocumentConfiguration& configuration, std::vector<ConfigFinding>& findings)
+  Validator(const DocumentConfiguration& configuration, DefaultKeys& defaultKeys,
+            std::vector<ConfigFinding>& findings)
       : configuration_(configuration),
         class_(configuration.settingsClass),
         className_(class_ ? CString(class_->name) : configuration.elementName),
+        defaultKeys_(defaultKeys),
         findings_(findings) {}
 
   void run() {
@@ -27,12 +47,8 @@ class Validator {
       }
       checkSetting(setting);
     }
-    if (!class_->isConfiguration) return;
-    const std::unique_ptr<CFGConfig> defaults = class_->create();
-    for (const auto& entry : defaults->Class.Cols) {
-      if (!keys.contains(entry.key)) {
-        add(FindingKind::missingKey, entry.key, {}, configuration_.offset);
-      }
+    for (const CString& key : defaultKeys_.of(*class_)) {
+      if (!keys.contains(key)) add(FindingKind::missingKey, key, {}, configuration_.offset);
     }
   }
 
@@ -65,15 +81,18 @@ class Validator {
   const DocumentConfiguration& configuration_;
   const SettingsClass* class_;
   CString className_;
+  DefaultKeys& defaultKeys_;
   std::vector<ConfigFinding>& findings_;
 };
 
 }  // namespace
 
-std::vector<ConfigFinding> validateConfigurations(CMarkup& document) {
+std::vector<ConfigFinding> validateConfigurations(CMarkup& document, std::size_t enough) {
   std::vector<ConfigFinding> findings;
+  DefaultKeys defaultKeys;
   for (const DocumentConfiguration& configuration : findConfigurations(document)) {
-    Validator(configuration, findings).run();
+    if (findings.size() >= enough) break;
+    Validator(configuration, defaultKeys, findings).run();
   }
   std::ranges::stable_sort(findings, {}, &ConfigFinding::offset);
   return findings;

@@ -45,9 +45,10 @@ TEST(ConfigFile, FindsConfigurationsAtAnyDepth) {
   EXPECT_EQ(found[1].name, u"h");
   EXPECT_EQ(found[2].elementName, u"CFGConfigUnheardOf");
   EXPECT_EQ(found[2].settingsClass, nullptr);
-  EXPECT_EQ(found[2].object, nullptr);
-  ASSERT_NE(found[3].object, nullptr);
-  const auto& settings = static_cast<const CFGGeneralSettings&>(*found[3].object);
+  EXPECT_EQ(loadConfiguration(document, found[2]), nullptr);
+  const auto object = loadConfiguration(document, found[3]);
+  ASSERT_NE(object, nullptr);
+  const auto& settings = static_cast<const CFGGeneralSettings&>(*object);
   EXPECT_EQ(settings.getFBHG(), 9);
   EXPECT_EQ(settings.getFBLZ(), 2);
   ASSERT_EQ(found[3].settings.size(), 1u);
@@ -56,8 +57,9 @@ TEST(ConfigFile, FindsConfigurationsAtAnyDepth) {
 
   CMarkup root;
   ASSERT_TRUE(root.SetDoc(u"<?xml version='1.0'?>" + one));
-  ASSERT_EQ(findConfigurations(root).size(), 1u);
-  EXPECT_EQ(static_cast<CFGGeneralSettings&>(*findConfigurations(root)[0].object).getFBHG(), 9);
+  const auto inRoot = findConfigurations(root);
+  ASSERT_EQ(inRoot.size(), 1u);
+  EXPECT_EQ(static_cast<CFGGeneralSettings&>(*loadConfiguration(root, inRoot[0])).getFBHG(), 9);
   CMarkup empty;
   EXPECT_TRUE(findConfigurations(empty).empty());
 }
@@ -121,8 +123,8 @@ TEST(ConfigFile, ChangingAValueTouchesNothingElse) {
   expected.SetAt(static_cast<int>(at), u'5');
   expected.SetAt(static_cast<int>(at) + 1, u'0');
   EXPECT_EQ(document.GetDoc(), expected);
-  EXPECT_EQ(static_cast<CFGGeneralSettings&>(*findConfigurations(document)[0].object).getKTTolXY(),
-            0.5);
+  const auto object = loadConfiguration(document, findConfigurations(document)[0]);
+  EXPECT_EQ(static_cast<CFGGeneralSettings&>(*object).getKTTolXY(), 0.5);
 }
 
 TEST(ConfigFile, RefusedChangesLeaveTheDocument) {
@@ -154,6 +156,14 @@ TEST(ConfigFile, RefusedChangesLeaveTheDocument) {
     EXPECT_EQ(result.outcome, each.outcome) << describe(result.outcome);
     EXPECT_EQ(document.GetDoc(), two);
   }
+}
+
+TEST(ConfigFile, ManyEmptyConfigurationsDoNotGiveEndlessFindings) {
+  CString text = u"<r>";
+  for (int i = 0; i < 20'000; ++i) text += u"<CFGConfigCFGGeneralSettings/>";
+  CMarkup document;
+  ASSERT_TRUE(document.SetDoc(text + CString(u"</r>")));
+  EXPECT_EQ(validateConfigurations(document, 1000).size(), 1100u);
 }
 
 TEST(ConfigFile, NewFileHasNoFindings) {

@@ -11,65 +11,69 @@ TEST(ValueCheck, TakesWhatReadsBackAndRefusesTheRest) {
   using enum ValueProblem;
   const struct {
     ValueKind kind;
-    const char16_t* text;
     ValueProblem problem;
+    const char16_t* text;
     const char16_t* normal = u"";
-    int decimals = -1;
   } cases[] = {
-      {ValueKind::integer, u"0", none, u"0"},
-      {ValueKind::integer, u" +007", none, u"7"},
-      {ValueKind::integer, u"-2147483648", none, u"-2147483648"},
-      {ValueKind::integer, u"2147483647", none, u"2147483647"},
-      {ValueKind::integer, u"2147483648", outOfRange},
-      {ValueKind::integer, u"-2147483649", outOfRange},
-      {ValueKind::integer, u"99999999999999999999999", outOfRange},
-      {ValueKind::integer, u"12abc", notInteger},
-      {ValueKind::integer, u"12 ", notInteger},
-      {ValueKind::integer, u"-", notInteger},
-      {ValueKind::integer, u"1.5", notInteger},
-      {ValueKind::integer, u"1.234", thousandsMark},
-      {ValueKind::integer, u"", empty},
-      {ValueKind::integer, u"  ", empty},
-      {ValueKind::enumeration, u"-5", none, u"-5"},
-      {ValueKind::enumeration, u"x", notInteger},
-      {ValueKind::flag, u"1", none, u"1"},
-      {ValueKind::flag, u"2", notFlag},
-      {ValueKind::flag, u"true", notFlag},
-      {ValueKind::flag, u"4294967296", notFlag},
-      {ValueKind::real, u"0.02", none, u"0.020", 3},
-      {ValueKind::real, u"1,5", none, u"1.5"},
-      {ValueKind::real, u"2.e-002", none, u"2.e-002"},
-      {ValueKind::real, u"-.5", none, u"-0.5"},
-      {ValueKind::real, u"1e3", none, u"1000."},
-      {ValueKind::real, u"1.234", none, u"1.234"},
-      {ValueKind::real, u"---", none, u"8888.88888"},
-      {ValueKind::real, u"1.234,56", thousandsMark},
-      {ValueKind::real, u"1,234.56", thousandsMark},
-      {ValueKind::real, u"-1.234.567", thousandsMark},
-      {ValueKind::real, u"1'234,5", thousandsMark},
-      {ValueKind::real, u"1 234", thousandsMark},
-      {ValueKind::real, u"1.5 m", notReal},
-      {ValueKind::real, u"1.5.2", notReal},
-      {ValueKind::real, u".", notReal},
-      {ValueKind::real, u"1e", notReal},
-      {ValueKind::real, u"nan", notReal},
-      {ValueKind::real, u"inf", notReal},
-      {ValueKind::real, u"0x10", notReal},
-      {ValueKind::real, u"1e999", outOfRange},
-      {ValueKind::real, u"1e60", outOfRange, u"", 3},
-      {ValueKind::real, u"1e60", none, u"1.e+060"},
-      {ValueKind::real, u"", empty},
-      {ValueKind::text, u"", none, u""},
-      {ValueKind::text, u" a\tb\n\U0001F600", none, u" a\tb\n\U0001F600"},
-      {ValueKind::text, u"a\x01", notStorable},
-      {ValueKind::text, u"\xFFFF", notStorable},
+      {ValueKind::integer, none, u"0", u"0"},
+      {ValueKind::integer, none, u" +007", u"7"},
+      {ValueKind::integer, none, u"-2147483648", u"-2147483648"},
+      {ValueKind::integer, none, u"2147483647", u"2147483647"},
+      {ValueKind::integer, outOfRange, u"2147483648"},
+      {ValueKind::integer, outOfRange, u"-2147483649"},
+      {ValueKind::integer, outOfRange, u"99999999999999999999999"},
+      {ValueKind::integer, notInteger, u"12abc"},
+      {ValueKind::integer, notInteger, u"12 "},
+      {ValueKind::integer, notInteger, u"-"},
+      {ValueKind::integer, notInteger, u"1.5"},
+      {ValueKind::integer, thousandsMark, u"1.234"},
+      {ValueKind::integer, empty, u""},
+      {ValueKind::integer, empty, u"  "},
+      {ValueKind::enumeration, none, u"-5", u"-5"},
+      {ValueKind::enumeration, notInteger, u"x"},
+      {ValueKind::flag, none, u"1", u"1"},
+      {ValueKind::flag, notFlag, u"2"},
+      {ValueKind::flag, notFlag, u"true"},
+      {ValueKind::flag, notFlag, u"4294967296"},
+      {ValueKind::real, none, u"1,5", u"1.5"},
+      {ValueKind::real, none, u"2.e-002", u"2.e-002"},
+      {ValueKind::real, none, u"-.5", u"-0.5"},
+      {ValueKind::real, none, u"1e3", u"1000."},
+      {ValueKind::real, none, u"1.234", u"1.234"},
+      {ValueKind::real, none, u"---", u"8888.88888"},
+      {ValueKind::real, thousandsMark, u"1.234,56"},
+      {ValueKind::real, thousandsMark, u"1,234.56"},
+      {ValueKind::real, thousandsMark, u"-1.234.567"},
+      {ValueKind::real, thousandsMark, u"1'234,5"},
+      {ValueKind::real, thousandsMark, u"1 234"},
+      {ValueKind::real, notReal, u"1.5 m"},
+      {ValueKind::real, notReal, u"1.5.2"},
+      {ValueKind::real, notReal, u"."},
+      {ValueKind::real, notReal, u"1e"},
+      {ValueKind::real, notReal, u"nan"},
+      {ValueKind::real, notReal, u"inf"},
+      {ValueKind::real, notReal, u"0x10"},
+      {ValueKind::real, outOfRange, u"1e999"},
+      {ValueKind::real, none, u"1e60", u"1.e+060"},
+      {ValueKind::real, empty, u""},
+      {ValueKind::text, none, u"", u""},
+      {ValueKind::text, none, u" a\tb\n\U0001F600", u" a\tb\n\U0001F600"},
+      {ValueKind::text, notStorable, u"a\x01"},
+      {ValueKind::text, notStorable, u"\xFFFF"},
   };
   for (const auto& each : cases) {
-    const ValueCheck check = checkValueText(each.kind, each.text, each.decimals);
+    const ValueCheck check = checkValueText(each.kind, each.text);
     EXPECT_EQ(check.problem, each.problem)
         << CString(each.text).utf8() << " " << describe(check.problem);
     EXPECT_EQ(check.normal, each.normal) << CString(each.text).utf8();
   }
+}
+
+TEST(ValueCheck, WritesRealsWithTheDecimalsOfTheirSetting) {
+  EXPECT_EQ(checkValueText(ValueKind::real, u"0.02", 3).normal, u"0.020");
+  EXPECT_EQ(checkValueText(ValueKind::real, u"1e50", 3).problem, ValueProblem::none);
+  // Would be stored as the mark of an undefined number.
+  EXPECT_EQ(checkValueText(ValueKind::real, u"1e60", 3).problem, ValueProblem::outOfRange);
 }
 
 TEST(ValueCheck, RefusesLoneSurrogates) {

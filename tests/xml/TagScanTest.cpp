@@ -60,6 +60,8 @@ TEST(TagScan, TagsAtEveryPlaceOfABlock) {
       u"<a b=\"c\" d=\"<e>\">x</a>"_cs,
       u"<a b=\"'\" c='\"'><d e=\">\"/></a>"_cs,
       u"<a b=\"c></a>\n\"></a>"_cs,
+      u"<a b='>' c=\"'\" d='</a>'>x</a>"_cs,
+      u"<a b='"_cs + blanks(59) + u"'><c d='"_cs + blanks(70) + u">'/></a>"_cs,
       u"<a b \"c>\"></a>"_cs,
       u"<a b=\"\"c=\"\"/ >x<b></c></a>"_cs,
       u"<nameOfMoreThanSixteenUnits></nameOfMoreThanSixteenUnits>"_cs,
@@ -76,12 +78,25 @@ TEST(TagScan, TagsAtEveryPlaceOfABlock) {
 }
 
 TEST(TagScan, EveryLengthOfWhatRemains) {
-  const CString text = u"<r a=\"b\"><c d=\"e\">f</c><g h='i'/><j>k</j></r>"_cs;
+  const CString text =
+      u"<r a=\"b\"><c d=\"e\">f</c><g h='"_cs + blanks(50) + u"' i='>'/><j>k</j></r>"_cs;
   // What is cut off stays in memory behind the end: a scan that reads on finds tags there.
   CString doubled = text + blanks(40) + text + text;
   for (; !doubled.IsEmpty(); doubled.Truncate(doubled.GetLength() - 1)) {
     EXPECT_TRUE(agree(doubled));
   }
+}
+
+TEST(TagScan, DeepElementsStayKnownByNameWhileOthersComeAndGo) {
+  CString text;
+  for (const char16_t* const name : {u"a", u"b", u"c"}) {
+    for (int i = 0; i < 12; ++i) text += u"<"_cs + CString(name) + u">"_cs;
+    text += u"</x>";  // from here on they are looked up by name
+    for (int i = 0; i < 6; ++i) text += u"</"_cs + CString(name) + u">"_cs;
+  }
+  for (int i = 0; i < 10; ++i) text += u"<d><e/></d><b>";
+  text += u"</c></a>";
+  EXPECT_TRUE(agree(text + blanks(200)));
 }
 
 TEST(TagScan, MutatedDocuments) {

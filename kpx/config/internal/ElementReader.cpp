@@ -12,9 +12,10 @@ bool isChildOfName(const CMarkup& document, const CString& name) {
 
 }  // namespace
 
-ElementReader::ElementReader(CMarkup* document, const CDBObject& object)
-    : matches_(document && isChildOfName(*document, object.GetElementName())) {
-  if (matches_) attributes_ = document->ReadChildAttribs();
+ElementReader::ElementReader(CMarkup* document, const CDBObject& object) {
+  if (!document || !isChildOfName(*document, object.GetElementName())) return;
+  matches_ = true;
+  attributes_ = document->ReadChildAttribs();
 }
 
 void ElementReader::header(CDBObject& object) {

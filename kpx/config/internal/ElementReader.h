@@ -29,7 +29,7 @@ class ElementReader {
  private:
   void readTime(std::u16string_view name, double& field);
 
-  bool matches_;
+  bool matches_ = false;
   AttributeReader attributes_;
 };
 
