@@ -19,15 +19,19 @@ constexpr bool endsAttributeName(char16_t unit) noexcept {
   return unit <= u'=' && (detail::isMarkupSpace(unit) || unit == u'=' || unit == u'/');
 }
 
-// The first `unit` in [from, end), else `end`. Values are short, so that one block mostly does.
-const char16_t* findUnit(const char16_t* from, const char16_t* end, char16_t unit) noexcept {
-  while (end - from >= detail::UnitBlock::units) {
+// The first `unit` in [from, end), else `end`. Up to `limit` the text may be read too: values are
+// short, so that one block mostly does, even if it is longer than the value.
+const char16_t* findUnit(const char16_t* from, const char16_t* end, const char16_t* limit,
+                         char16_t unit) noexcept {
+  for (; from < end && limit - from >= detail::UnitBlock::units; from += detail::UnitBlock::units) {
     const auto found = detail::UnitBlock(from).equal(static_cast<char>(unit));
-    if (found != 0) return from + std::countr_zero(found);
-    from += detail::UnitBlock::units;
+    if (found != 0) return std::min(from + std::countr_zero(found), end);
   }
   while (from < end && *from != unit) ++from;
-  return from;
+  return std::min(from, end);
+}
+const char16_t* findUnit(const char16_t* from, const char16_t* end, char16_t unit) noexcept {
+  return findUnit(from, end, end, unit);
 }
 
 // Compares four units at a time; names are too short for a call.
@@ -57,7 +61,30 @@ AttributeReader::AttributeReader(std::u16string_view startTag) noexcept : tag_(s
   rewind();
 }
 
+// Reads an attribute that is written as it mostly is: one blank, a short name, "=", double quotes.
+bool AttributeReader::scanUsual(int from, Span& found) const noexcept {
+  constexpr int block = detail::UnitBlock::units;
+  if (last_ - from <= 2 * block) return false;
+  const char16_t* const name = tag_.data() + from + 1;
+  const detail::UnitBlock units(name);
+  const auto equals = units.equal('=');
+  const auto length = std::countr_zero(equals | 1u << block);
+  if (name[-1] != u' ' || length == 0 || length == block || name[length + 1] != u'"') return false;
+  const auto others = units.equal(' ') | units.equal('/') | units.equal('\n') | units.equal('\r') |
+                      units.equal('\t');
+  if (std::countr_zero(others | 1u << block) < length) return false;
+  const char16_t* const value = name + length + 2;
+  const char16_t* const close = findUnit(value, tag_.data() + last_, u'"');
+  found.nameBegin = from + 1;
+  found.nameEnd = found.nameBegin + length;
+  found.valueBegin = found.nameEnd + 2;
+  found.valueEnd = found.valueBegin + static_cast<int>(close - value);
+  found.end = std::min(found.valueEnd + 1, last_);
+  return true;
+}
+
 bool AttributeReader::scan(int from, Span& found) const noexcept {
+  if (scanUsual(from, found)) return true;
   const char16_t* const begin = tag_.data();
   const char16_t* const end = begin + last_;
   const char16_t* position = begin + from;
@@ -166,7 +193,7 @@ void AttributeReader::value(CString& into) const {
   const std::u16string_view raw = rawValue();
   const char16_t* const end = raw.data() + raw.size();
   // Mostly there is no reference in it, and the memory of the old value is enough.
-  if (findUnit(raw.data(), end, u'&') == end) {
+  if (findUnit(raw.data(), end, tag_.data() + tag_.size(), u'&') == end) {
     into.Assign(raw);
   } else {
     into = value();

@@ -64,6 +64,7 @@ class KPX_API AttributeReader {
     int valueEnd = 0;
     int end = 0;
   };
+  bool scanUsual(int from, Span& found) const noexcept;
   bool scan(int from, Span& found) const noexcept;
   bool isNext(std::u16string_view name) noexcept;
   bool findBetween(int from, int to, std::u16string_view name) noexcept;

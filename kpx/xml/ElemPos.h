@@ -19,14 +19,14 @@ struct ElemPos {
   static constexpr int maxEndTag = (1 << 10) - 1;
   static constexpr int maxLevel = 0xffff;
 
-  std::int32_t start = 0;            // offset of the opening "<"
-  std::int32_t length = 0;           // through the end tag; the start tag alone if empty or unended
-  std::uint32_t tagLengths = 0;      // low 22 bits start tag, high 10 bits end tag
-  std::uint32_t levelAndFlags = 0;   // low 16 bits level, root element 0
-  std::int32_t parent = 0;           // 0: the document
-  std::int32_t firstChild = 0;       // 0: none
-  std::int32_t next = 0;             // next sibling, 0 after the last; also links the free list
-  std::int32_t previous = 0;         // previous sibling; of a first child: the LAST child
+  std::int32_t start = 0;           // offset of the opening "<"
+  std::int32_t length = 0;          // through the end tag; the start tag alone if empty or unended
+  std::uint32_t tagLengths = 0;     // low 22 bits start tag, high 10 bits end tag
+  std::uint32_t levelAndFlags = 0;  // low 16 bits level, root element 0
+  std::int32_t parent = 0;          // 0: the document
+  std::int32_t firstChild = 0;      // 0: none
+  std::int32_t next = 0;            // next sibling, 0 after the last; also links the free list
+  std::int32_t previous = 0;        // previous sibling; of a first child: the LAST child
 
   int startTagLength() const noexcept { return static_cast<int>(tagLengths & 0x3fffff); }
   int endTagLength() const noexcept { return static_cast<int>(tagLengths >> 22); }

@@ -54,8 +54,8 @@ class MarkupFormatter {
 
   void writeLine(int begin, int end) {
     out_.append(blanksPerLevel * std::min(openElements_.size(), deepestIndent), u' ');
-    out_.append(source().substr(static_cast<std::size_t>(begin),
-                                static_cast<std::size_t>(end - begin)));
+    out_.append(
+        source().substr(static_cast<std::size_t>(begin), static_cast<std::size_t>(end - begin)));
     out_.append(lineEnd_);
   }
 

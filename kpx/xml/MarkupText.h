@@ -19,8 +19,8 @@ class MCD_CSTR {
   constexpr MCD_CSTR(std::u16string_view text) noexcept : text_(text) {}
   MCD_CSTR(const CString& text) noexcept : text_(text.view()) {}
   template <class Wide>
-    requires(wideIsUtf16 && std::is_same_v<Wide, wchar_t>)
-  MCD_CSTR(const Wide* text) noexcept : MCD_CSTR(reinterpret_cast<const char16_t*>(text)) {}
+  requires(wideIsUtf16&& std::is_same_v<Wide, wchar_t>) MCD_CSTR(const Wide* text)
+  noexcept : MCD_CSTR(reinterpret_cast<const char16_t*>(text)) {}
 
   constexpr std::u16string_view view() const noexcept { return text_; }
   constexpr operator std::u16string_view() const noexcept { return text_; }

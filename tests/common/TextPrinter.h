@@ -21,7 +21,8 @@ inline void PrintTo(const CString& text, std::ostream* out) {
     } else if (byte == '"' || byte == '\\') {
       *out << '\\' << byte;
     } else if (code < 0x20) {
-      *out << "\\x" << "0123456789abcdef"[code >> 4] << "0123456789abcdef"[code & 15];
+      *out << "\\x"
+           << "0123456789abcdef"[code >> 4] << "0123456789abcdef"[code & 15];
     } else {
       *out << byte;
     }

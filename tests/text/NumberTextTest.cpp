@@ -13,8 +13,8 @@
 #include "kpx/report/Error.h"
 #include "kpx/report/ErrorNumbers.h"
 #include "kpx/text/PrintScan.h"
-#include "tests/common/TextPrinter.h"
 #include "tests/common/FailingAllocations.h"
+#include "tests/common/TextPrinter.h"
 
 namespace kpx {
 namespace {

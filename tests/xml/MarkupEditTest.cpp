@@ -8,8 +8,8 @@
 
 #include "kpx/xml/CMarkup.h"
 #include "kpx/xml/MarkupValidator.h"
-#include "tests/common/TextPrinter.h"
 #include "tests/common/FailingAllocations.h"
+#include "tests/common/TextPrinter.h"
 
 namespace kpx {
 namespace {

@@ -43,11 +43,16 @@ Exit list(bool json) {
 
 const char* kindName(ValueKind kind) {
   switch (kind) {
-    case ValueKind::integer: return "integer";
-    case ValueKind::flag: return "flag";
-    case ValueKind::enumeration: return "enumeration";
-    case ValueKind::real: return "real";
-    case ValueKind::text: return "text";
+    case ValueKind::integer:
+      return "integer";
+    case ValueKind::flag:
+      return "flag";
+    case ValueKind::enumeration:
+      return "enumeration";
+    case ValueKind::real:
+      return "real";
+    case ValueKind::text:
+      return "text";
   }
   return "";
 }
@@ -78,9 +83,9 @@ Exit show(const std::string& name, bool json) {
   }
   if (json) {
     printJson(Json{{"class", shown(entry.name)},
-               {"family", shown(entry.family)},
-               {"element", shown(entry.elementName)},
-               {"accessors", std::move(settings)}});
+                   {"family", shown(entry.family)},
+                   {"element", shown(entry.elementName)},
+                   {"accessors", std::move(settings)}});
   } else {
     print(shown(text));
   }
@@ -198,7 +203,8 @@ void addClassesVerbs(CLI::App& app, Action& chosen) {
   command = classes->add_subcommand("show", "Show the settings of a class with their accessors");
   command->add_option("CLASS", *name, "Name of the class")->required();
   command->add_flag("--json", *json, "Print JSON");
-  command->callback([&chosen, json, name] { chosen = [json, name] { return show(*name, *json); }; });
+  command->callback(
+      [&chosen, json, name] { chosen = [json, name] { return show(*name, *json); }; });
 
   command = classes->add_subcommand(
       "export", "Print what a new object of every class holds, as one JSON array");

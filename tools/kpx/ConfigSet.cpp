@@ -15,19 +15,24 @@ struct Request {
 
 const char* typeName(ValueKind kind) {
   switch (kind) {
-    case ValueKind::integer: return "a whole number";
-    case ValueKind::flag: return "a flag, 0 or 1";
-    case ValueKind::enumeration: return "the number of a choice";
-    case ValueKind::real: return "a real number";
-    case ValueKind::text: return "a text";
+    case ValueKind::integer:
+      return "a whole number";
+    case ValueKind::flag:
+      return "a flag, 0 or 1";
+    case ValueKind::enumeration:
+      return "the number of a choice";
+    case ValueKind::real:
+      return "a real number";
+    case ValueKind::text:
+      return "a text";
   }
   return "";
 }
 
 /// Says what the value should have been: the first class of the file that knows the key tells.
 std::string badValue(const Request& request, const EditResult& result, CMarkup& document) {
-  std::string sentence = request.source + ": '" + request.key + "' cannot become '" +
-                         request.options.value + "'";
+  std::string sentence =
+      request.source + ": '" + request.key + "' cannot become '" + request.options.value + "'";
   const CString key = CString::fromUtf8(request.key);
   for (const DocumentConfiguration& configuration : findConfigurations(document)) {
     if (!configuration.settingsClass || !isMeant(configuration, request.className)) continue;
@@ -63,8 +68,9 @@ std::string candidates(const Request& request, CMarkup& document) {
       throw Failure(request.className.empty() ? Exit::input : Exit::no,
                     request.source + ": holds no configuration" + inClass(request.className));
     case EditOutcome::unknownClass:
-      throw Failure(Exit::usage, subject + " belongs to a class that is not known, so its value "
-                                           "cannot be checked");
+      throw Failure(Exit::usage, subject +
+                                     " belongs to a class that is not known, so its value "
+                                     "cannot be checked");
     case EditOutcome::refused:
       throw Failure(Exit::notWritten, subject + " does not fit into the document");
     default:
@@ -129,18 +135,20 @@ Exit setValue(const std::string& file, const std::string& key, const std::string
     replaceOrFail(file, bytes);
   }
 
-  const std::string sentence =
-      key + ": " + shownOnOneLine(result.oldValue) + " -> " + shownOnOneLine(result.newValue) +
-      (!changed ? " (unchanged)" : options.dryRun ? " (not written)" : "");
+  const std::string sentence = key + ": " + shownOnOneLine(result.oldValue) + " -> " +
+                               shownOnOneLine(result.newValue) +
+                               (!changed         ? " (unchanged)"
+                                : options.dryRun ? " (not written)"
+                                                 : "");
   if (toOutput && !options.dryRun) {
     print(bytes);
     complain(sentence);
   } else if (json) {
     printJson(Json{{"file", input.name},
-               {"key", key},
-               {"old", shown(result.oldValue)},
-               {"new", shown(result.newValue)},
-               {"written", write}});
+                   {"key", key},
+                   {"old", shown(result.oldValue)},
+                   {"new", shown(result.newValue)},
+                   {"written", write}});
   } else {
     print(sentence + "\n");
   }

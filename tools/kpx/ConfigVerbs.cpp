@@ -63,8 +63,7 @@ Exit show(const Arguments& arguments) {
       Json entry{{"key", shown(setting.key)}, {"value", shown(setting.value)}};
       entry["default"] = found == defaultValues.end() ? Json(nullptr) : Json(shown(found->second));
       settings.push_back(std::move(entry));
-      text.AppendFormat(u"%-28s %s", setting.key,
-                        CString::fromUtf8(shownOnOneLine(setting.value)));
+      text.AppendFormat(u"%-28s %s", setting.key, CString::fromUtf8(shownOnOneLine(setting.value)));
       if (found == defaultValues.end()) {
         text += configuration.settingsClass ? u"   (unknown key)" : u"";
       } else if (changed) {
@@ -88,8 +87,7 @@ Exit show(const Arguments& arguments) {
 // --- get ------------------------------------------------------------------------------------
 
 /// What the suite reads under a key: of a repeated one the last.
-const DocumentSetting* findSetting(const DocumentConfiguration& configuration,
-                                   const CString& key) {
+const DocumentSetting* findSetting(const DocumentConfiguration& configuration, const CString& key) {
   const auto& settings = configuration.settings;
   const auto found = std::find_if(settings.rbegin(), settings.rend(),
                                   [&](const DocumentSetting& each) { return each.key == key; });
@@ -157,7 +155,9 @@ class DifferenceReport {
 
  private:
   void add(const std::string& name, const CString& key, const CString* a, const CString* b) {
-    const auto json = [](const CString* value) { return value ? Json(shown(*value)) : Json(nullptr); };
+    const auto json = [](const CString* value) {
+      return value ? Json(shown(*value)) : Json(nullptr);
+    };
     const auto text = [](const CString* value) {
       return value->IsEmpty() ? std::string("\"\"") : shownOnOneLine(*value);
     };
@@ -200,8 +200,8 @@ Exit diff(const Arguments& arguments) {
   std::vector<const DocumentConfiguration*> unpaired;
   for (const DocumentConfiguration& each : b.list) unpaired.push_back(&each);
   for (const DocumentConfiguration& each : a.list) {
-    const auto partner = std::ranges::find(unpaired, each.elementName,
-                                           &DocumentConfiguration::elementName);
+    const auto partner =
+        std::ranges::find(unpaired, each.elementName, &DocumentConfiguration::elementName);
     if (partner == unpaired.end()) {
       report.addMissing(nameOf(each), a.source);
     } else {
@@ -223,8 +223,8 @@ Exit validate(const Arguments& arguments) {
   std::string lines;
   for (const ConfigFinding& finding : findings) {
     const auto [line, column] = places.at(finding.offset);
-    const std::string subject = shown(finding.className) +
-                                (finding.key.IsEmpty() ? "" : "." + shownOnOneLine(finding.key));
+    const std::string subject =
+        shown(finding.className) + (finding.key.IsEmpty() ? "" : "." + shownOnOneLine(finding.key));
     std::string sentence = subject + " " + describe(finding.kind);
     if (!finding.value.IsEmpty()) sentence += ": \"" + shownOnOneLine(finding.value) + "\"";
     if (finding.problem != ValueProblem::none) {
@@ -261,9 +261,8 @@ void addConfigVerbs(CLI::App& app, Action& chosen) {
     auto arguments = std::make_shared<Arguments>();
     CLI::App* command = config->add_subcommand(name, description);
     command->add_flag("--json", arguments->json, "Print JSON");
-    command->callback([&chosen, arguments, verb] {
-      chosen = [arguments, verb] { return verb(*arguments); };
-    });
+    command->callback(
+        [&chosen, arguments, verb] { chosen = [arguments, verb] { return verb(*arguments); }; });
     return std::pair{command, arguments};
   };
   const char* const fileOrClass = "A file, - for standard input, or the name of a class";
@@ -298,8 +297,8 @@ void addConfigVerbs(CLI::App& app, Action& chosen) {
     command->add_flag("--backup", arguments->set.backup, "Keep the old file as FILE.bak");
   }
   {
-    const auto [command, arguments] = add(
-        "diff", "Compare the values of two files, or of one with the defaults", &diff);
+    const auto [command, arguments] =
+        add("diff", "Compare the values of two files, or of one with the defaults", &diff);
     command->add_option("A", arguments->file, fileOrClass)->required();
     command->add_option("B", arguments->other, "The same; without it, the defaults");
   }

@@ -75,9 +75,8 @@ ReadDocument parseInput(const Input& input) {
                                      " bytes that are no text in the encoding " + read.encoding);
   } else {
     read.readable = true;
-    read.document.SetProblemSink([&](const MarkupProblem& problem) {
-      read.problems.push_back(lineOf(problem));
-    });
+    read.document.SetProblemSink(
+        [&](const MarkupProblem& problem) { read.problems.push_back(lineOf(problem)); });
     read.document.SetDoc(std::move(decoded.text));
     read.document.SetProblemSink({});
   }

@@ -35,7 +35,7 @@ struct ReadDocument {
   CMarkup document;
   std::string encoding;
   MarkupEncoding storage;  // how to write it back the same way
-  bool readable = false;  // false: the bytes are no text; problems tell why
+  bool readable = false;   // false: the bytes are no text; problems tell why
   std::vector<ProblemLine> problems;
 };
 ReadDocument parseInput(const Input& input);

@@ -148,18 +148,17 @@ Exit statsOfFile(const std::string& file, const Arguments& arguments, Json& repo
   } else {
     CString text;
     text.Format(u"%s\n  %-12s %.3f MB, %s\n  %-12s %d\n  %-12s %lld\n  %-12s %d\n  %-12s %s\n",
-                CString::fromUtf8(input.name), u"size", megabytes,
-                CString::fromUtf8(read.encoding), u"elements", shape.elements, u"attributes",
-                shape.attributes, u"depth", shape.depth, u"well-formed",
-                wellFormed ? u"yes" : u"no");
+                CString::fromUtf8(input.name), u"size", megabytes, CString::fromUtf8(read.encoding),
+                u"elements", shape.elements, u"attributes", shape.attributes, u"depth", shape.depth,
+                u"well-formed", wellFormed ? u"yes" : u"no");
     text.AppendFormat(u"  %-12s %.0f MB/s, decoding and parsing in %.3f ms (median of %d)\n",
                       u"speed", seconds > 0 ? megabytes / seconds : 0.0, seconds * 1e3, runs);
     print(shown(text));
   }
   if (!wellFormed) {
     const ProblemLine& first = read.problems.front();
-    complain(input.name + ":" + std::to_string(first.line) + ":" +
-             std::to_string(first.column) + ": " + first.sentence);
+    complain(input.name + ":" + std::to_string(first.line) + ":" + std::to_string(first.column) +
+             ": " + first.sentence);
   }
   return wellFormed ? Exit::success : Exit::input;
 }
@@ -206,9 +205,8 @@ void addXmlVerbs(CLI::App& app, Action& chosen) {
     CLI::Option* files = command->add_option("FILE", arguments->files, fileHelp)->required();
     if (!severalFiles) files->expected(1);
     command->add_flag("--json", arguments->json, "Print JSON");
-    command->callback([&chosen, arguments, verb] {
-      chosen = [arguments, verb] { return verb(*arguments); };
-    });
+    command->callback(
+        [&chosen, arguments, verb] { chosen = [arguments, verb] { return verb(*arguments); }; });
   };
   add("check", "Print every problem with line and column", "XML files, or - for standard input",
       &check, true);
