@@ -137,7 +137,7 @@ bool CKpxCalendar::dateOfJulianDay(double julianDay, DateTime& fields) noexcept 
   if (!(days >= double{firstCount} - 1 && days < double{endCount})) return false;
   const double whole = std::floor(days);
   // Rounded before it is split, so that a minute never shows 60 seconds.
-  const auto second = static_cast<std::int64_t>((days - whole) * secondsPerDay + 0.5);
+  const auto second = std::int64_t{std::llround((days - whole) * secondsPerDay)};
   const std::int64_t count = static_cast<std::int64_t>(whole) + second / secondsPerDay;
   if (!dateOfDayCount(count, fields.year, fields.month, fields.day)) return false;
   const int rest = static_cast<int>(second % secondsPerDay);

@@ -207,6 +207,7 @@ class Scan {
       if (directive.conversion == 'p') {
         if (target->kind != ScanArg::Kind::address) return Outcome::refused;
         *static_cast<void**>(target->pointer) =
+            // An address was asked for. NOLINTNEXTLINE(performance-no-int-to-ptr)
             reinterpret_cast<void*>(static_cast<std::uintptr_t>(parsed.magnitude));
       } else {
         // A char is a number only where the format says so.

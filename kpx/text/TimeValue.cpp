@@ -313,7 +313,7 @@ double timeDoubleOfOleDate(double days) noexcept {
   // Outside these bounds no date lies in the years 100 to 9999; NaN fails the comparison.
   if (!(days > -657435.0 && days < 2958466.0)) return 0.0;
   const double whole = std::trunc(days);
-  const auto second = static_cast<std::int64_t>(std::abs(days - whole) * secondsPerDay + 0.5);
+  const auto second = std::int64_t{std::llround(std::abs(days - whole) * secondsPerDay)};
   const std::int64_t day = oleDayZero() + static_cast<std::int64_t>(whole) + second / secondsPerDay;
   DateTime fields;
   if (!CKpxCalendar::dateOfDayCount(day, fields.year, fields.month, fields.day)) return 0.0;

@@ -128,6 +128,8 @@ bool AttributeReader::scan(int from, Span& found) const noexcept {
 }
 
 bool AttributeReader::next() noexcept {
+  // In place: copying what was written just now word by word would wait for the words.
+  if (scanUsual(current_.end, current_)) return true;
   Span found;
   if (!scan(current_.end, found)) return false;
   current_ = found;

@@ -56,6 +56,7 @@ TEST(MarkupParse, WellFormedDocumentsGiveTheirElementsAndNoOutcome) {
       // A quote matters only where a value begins.
       {u"<a><b don't>x</b><c d=e'></c><f g = '>'/></a>", u"a .b .c .f "},
       {u"<a b=/></a>", nullptr},
+      {u"<r><a=\"b>c\"></a><d'></d'><e\tf='>'/></r>", u"r .a=\"b .d' .e "},
       // The end tag may leave out what follows the name in the start tag.
       {u"<a[1]><b=c></b></a>", u"a[1] .b=c "},
   };

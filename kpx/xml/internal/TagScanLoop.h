@@ -166,6 +166,12 @@ void scanTagsWith(ParseState& state) noexcept {
       Bits quotes = block.equal('"');
       Bits single = block.equal('\'');
       if (ends == 0 || ((quotes | single) & from & bitsBelowLowest(ends)) != 0) {
+        // A quote in the name itself means nothing. Names mostly end at a blank.
+        const Bits blanks = block.equal(' ');
+        if ((blanks & from & bitsBelowLowest((quotes | single) & from)) == 0) {
+          if (open == 0) goto leave;
+          break;  // to a block that begins with this tag
+        }
         // Values in double quotes: bits inside one are those behind an odd number of quotes.
         Bits inside = Block::prefixXor(quotes & from);
         Bits equals = block.equal('=');

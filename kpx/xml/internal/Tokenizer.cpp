@@ -85,7 +85,7 @@ class Scanner {
     readName(Offset{token_.start} + 1);
     // Quotes matter only where a value begins, so that a stray one swallows nothing.
     bool valueMayBegin = false;
-    for (Offset position = Offset{token_.start} + 2; position < size_; ++position) {
+    for (Offset position = token_.nameEnd; position < size_; ++position) {
       const char16_t unit = at(position);
       switch (unit) {
         case u'>':
