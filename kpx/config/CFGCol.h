@@ -30,8 +30,8 @@ inline constexpr std::int32_t option = 7;  // "0" or "1"; treated as a flag
 class KPX_API CFGCol : public CDBObject {
  public:
   CFGCol() = default;
-  /// The description goes to Category and the group text to Caption: stored files and their
-  /// readers rely on this assignment.
+  /// The third argument goes to Category and the fifth to Caption: stored files and their readers
+  /// rely on this assignment.
   CFGCol(const CString& value, const CString& name, const CString& category, std::int32_t type,
          const CString& caption, std::int32_t param1 = 1, std::int32_t prec = 0,
          std::int32_t param5 = 0, std::int32_t param4 = 0, std::int32_t param3 = 0,

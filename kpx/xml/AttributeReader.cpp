@@ -127,7 +127,14 @@ bool AttributeReader::scan(int from, Span& found) const noexcept {
   }
 }
 
+// One of 64 bits for a name; different names may share one.
+std::uint64_t AttributeReader::markOf(std::u16string_view name) noexcept {
+  if (name.empty()) return 0;
+  return std::uint64_t{1} << ((name.size() + 5u * name.front() + 11u * name.back()) & 63);
+}
+
 bool AttributeReader::next() noexcept {
+  passedNames_ = anyNames;
   // In place: copying what was written just now word by word would wait for the words.
   if (scanUsual(current_.end, current_)) return true;
   Span found;
@@ -138,6 +145,8 @@ bool AttributeReader::next() noexcept {
 
 bool AttributeReader::findBetween(int from, int to, std::u16string_view name) noexcept {
   for (Span found; from < to && scan(from, found); from = found.end) {
+    passedNames_ |= markOf(tag_.substr(static_cast<std::size_t>(found.nameBegin),
+                                       static_cast<std::size_t>(found.nameEnd - found.nameBegin)));
     if (static_cast<std::size_t>(found.nameEnd - found.nameBegin) == name.size() &&
         areEqual(tag_.data() + found.nameBegin, name.data(), name.size())) {
       current_ = found;
@@ -170,9 +179,15 @@ bool AttributeReader::isNext(std::u16string_view name) noexcept {
 }
 
 bool AttributeReader::find(std::u16string_view name) noexcept {
-  if (isNext(name)) return true;
   const int behind = current_.end;
-  return findBetween(behind, last_, name) || findBetween(first_, behind, name);
+  const std::uint64_t mark = markOf(name);
+  // Of a repeated attribute the first counts, whatever was read before.
+  if ((passedNames_ & mark) != 0 && findBetween(first_, behind, name)) return true;
+  if (isNext(name)) {
+    passedNames_ |= mark;
+    return true;
+  }
+  return findBetween(behind, last_, name);
 }
 
 bool AttributeReader::read(std::u16string_view name, CString& value) {

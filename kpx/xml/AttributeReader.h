@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string_view>
 
 #include "kpx/report/Export.h"
@@ -28,13 +29,17 @@ class KPX_API AttributeReader {
 
   /// Goes on to the next attribute; false behind the last.
   bool next() noexcept;
-  /// Goes to the attribute with this name: looks behind the current one first, then from the
-  /// beginning. Answers false and stays where it is when there is none.
+  /// Goes to the attribute with this name, to the first of them if it is repeated. Quick when
+  /// attributes are asked for in the order in which they stand. Answers false and stays where it is
+  /// when there is none.
   bool find(std::u16string_view name) noexcept;
   /// Finds the attribute and stores its value; answers false and stores nothing if it is missing.
   bool read(std::u16string_view name, CString& value);
   /// Back to before the first attribute.
-  void rewind() noexcept { current_ = Span{first_, first_, first_, first_, first_}; }
+  void rewind() noexcept {
+    current_ = Span{first_, first_, first_, first_, first_};
+    passedNames_ = 0;
+  }
 
   /// The current attribute; empty before the first.
   std::u16string_view name() const noexcept;
@@ -65,6 +70,7 @@ class KPX_API AttributeReader {
     int end = 0;
   };
   bool scanUsual(int from, Span& found) const noexcept;
+  static std::uint64_t markOf(std::u16string_view name) noexcept;
   bool scan(int from, Span& found) const noexcept;
   bool isNext(std::u16string_view name) noexcept;
   bool findBetween(int from, int to, std::u16string_view name) noexcept;
@@ -73,6 +79,9 @@ class KPX_API AttributeReader {
   int first_ = 0;  // behind the tag name
   int last_ = 0;   // where the "/>" or ">" begins
   Span current_;
+  // Which names may stand up to the end of the current attribute, as marks; never one too few.
+  static constexpr std::uint64_t anyNames = ~std::uint64_t{0};
+  std::uint64_t passedNames_ = 0;
 };
 
 }  // namespace kpx

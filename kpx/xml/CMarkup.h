@@ -281,7 +281,7 @@ class KPX_API CMarkup {
   /// RemoveElem.
   bool RemoveNode();
 
-  // --- text for markup, see MarkupText encodings in MarkupCodec.h --------------------------------
+  // --- text for markup, static and without state --------------------------------
 
   static int DecodeCharUTF8(const char*& position, const char* end);
   static void EncodeCharUTF8(int codePoint, char* out, int& count);

@@ -221,7 +221,7 @@ int CMarkup::GetElemLevel() const noexcept {
 }
 
 int CMarkup::GetElemFlags() const noexcept {
-  if ((docFlags_ & streaming) || mainPos_ == 0) return 0;
+  if (docFlags_ & streaming) return 0;
   return static_cast<int>(index_[mainPos_].levelAndFlags & visibleElementFlags);
 }
 

@@ -216,5 +216,30 @@ TEST(Header, ResetPosRestoresTheOrderOnly) {
   EXPECT_TRUE(header.Class.Cols.empty());
 }
 
+// Whatever was read before it, the first of a repeated attribute counts, as for every other
+// reader of the document.
+TEST(Config, RepeatedAttributeIsReadAsTheDocumentReadsIt) {
+  CMarkup document;
+  document.SetDoc(u"<CFGValue Value=\"1\" TransID=\"7\" Value=\"2\" Data=\"5\" ColID=\"3\"/>");
+  CFGValue value;
+  ASSERT_EQ(value.loadByXML(&document), 1);
+  EXPECT_EQ(value.Value, document.GetChildAttrib(u"Value"));
+  EXPECT_EQ(value.Value, u"1");
+  EXPECT_EQ(value.TransID, 7);
+  EXPECT_EQ(value.Data, 5);
+  EXPECT_EQ(value.ColID, 3);
+}
+
+// An object whose element could not be read back is refused, not lost.
+TEST(Config, NameThatIsNoElementNameIsRefused) {
+  for (const char16_t* name : {u"A B", u"a>b", u"X/", u"X ObjectID=\"77\" y=\""}) {
+    CFGConfig config;
+    config.Class.Name = name;
+    CMarkup document;
+    EXPECT_EQ(config.serializeXML(&document), 0) << CString(name).utf8();
+    EXPECT_TRUE(document.GetDoc().IsEmpty());
+  }
+}
+
 }  // namespace
 }  // namespace kpx

@@ -186,7 +186,8 @@ TEST(ConfigFile, ValidationFindsEachFaultAtItsPlace) {
       {u"<CFGCol Name='FB_HG'><CFGValue/></CFGCol>", missingValue, u"FB_HG", u"<CFGCol"},
       {u"<CFGCol Name='FB_HG'><CFGValue Value='acht'/></CFGCol>", badValue, u"FB_HG", u"acht"},
       {u"<CFGCol Name='FB_HG'><CFGValue Value=''/></CFGCol>", badValue, u"FB_HG", u"'/></CFGCol>"},
-      {u"<CFGCol Name='FB_Message'><CFGValue Value='2'/></CFGCol>", badValue, u"FB_Message", u"2"},
+      {u"<CFGCol Name='FB_Message'><CFGValue Value='ja'/></CFGCol>", badValue, u"FB_Message",
+       u"ja"},
       {u"<CFGCol Name='FB_Tol_Z'><CFGValue Value='1.234,56'/></CFGCol>", thousandsMark, u"FB_Tol_Z",
        u"1.234,56"},
   };

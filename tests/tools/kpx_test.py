@@ -108,6 +108,12 @@ class ConfigTest(ToolTest):
                     self.assertIn(word, err)
                 self.assertEqual(self.file.read_bytes(), before)
 
+    def test_rounding_is_told(self):
+        _, err = self.answers(0, "config", "set", self.file, "CA2T_Tol_XY", "0.0254")
+        self.assertIn("0.025", err)
+        _, err = self.answers(0, "config", "set", self.file, "CA2T_Tol_XY", "0.03")
+        self.assertEqual(err, "")
+
     def test_dry_run_and_backup(self):
         before = self.file.read_bytes()
         self.answers(0, "config", "set", self.file, "NIV_LG", "7", "--dry-run")
@@ -206,6 +212,12 @@ class BadInputTest(ToolTest):
         out, _ = self.answers(1, "xml", "check", path)
         self.assertIn(f"{path}:1:1: ", out)
         self.assertIn(f"{path}:2:1: ", out)
+
+    def test_wrong_declaration_is_a_finding(self):
+        for name in ("KLINGON-7", "UTF-16"):
+            path = self.write("declared.xml", f'<?xml version="1.0" encoding="{name}"?><a>\u00e4</a>')
+            out, _ = self.answers(1, "xml", "check", path)
+            self.assertIn(name, out)
 
     def test_check_names_what_other_programs_refuse(self):
         path = self.write("odd.xml", '<a>\n<b c=d e="1" e="2">&x; & </b>\n</a>')

@@ -244,7 +244,7 @@ TEST(MarkupReading, AttributesAreFoundInAnyOrder) {
   for (const char16_t* name : {u"a", u"b", u"c", u"missing", u"a", u"c", u"B", u"", u"b"}) {
     found += attributes.read(name, value) ? value.utf8() : "-";
   }
-  EXPECT_EQ(found, "123-13--4");  // the second b is the next one behind c
+  EXPECT_EQ(found, "123-13--2");  // the first b, wherever the reader stands
   EXPECT_EQ(document.GetChildAttrib(u"b"), u"2");
   EXPECT_FALSE(document.HasChildAttrib(u"missing"));
   CString name;

@@ -1,6 +1,10 @@
 #include "tools/kpx/ConfigSet.h"
 
+#include <algorithm>
+#include <vector>
+
 #include "kpx/platform/FileSystem.h"
+#include "kpx/text/NumberText.h"
 #include "tools/kpx/Output.h"
 
 namespace kpx::tool {
@@ -44,16 +48,30 @@ std::string badValue(const Request& request, const EditResult& result, CMarkup& 
   return sentence + ": this " + describe(result.check.problem);
 }
 
+/// Where the key stands: the classes, or the lines where they are of one class.
 std::string candidates(const Request& request, CMarkup& document) {
-  std::string names;
+  constexpr std::size_t mostLines = 10;
+  std::vector<std::string> names;
+  std::string lines;
+  std::size_t count = 0;
   const CString key = CString::fromUtf8(request.key);
+  PlaceCounter places(document.GetDoc());
   for (const DocumentConfiguration& configuration : findConfigurations(document)) {
     for (const DocumentSetting& setting : configuration.settings) {
-      if (setting.key != key) continue;
-      names += (names.empty() ? "" : ", ") + nameOf(configuration);
+      if (setting.key != key || !isMeant(configuration, request.className)) continue;
+      const std::string name = nameOf(configuration);
+      if (std::ranges::find(names, name) == names.end()) names.push_back(name);
+      if (++count > mostLines) continue;
+      lines += (count > 1 ? ", " : "") + std::to_string(places.at(setting.offset).first);
     }
   }
-  return names;
+  if (names.size() == 1) {
+    return "stands " + std::to_string(count) + " times in " + names.front() + " (lines " + lines +
+           (count > mostLines ? ", ..." : "") + "), so it is not clear which one is meant";
+  }
+  std::string list;
+  for (const std::string& name : names) list += (list.empty() ? "" : ", ") + name;
+  return "stands in " + list + "; choose one with --class";
 }
 
 [[noreturn]] void failEdit(const Request& request, const EditResult& result, CMarkup& document) {
@@ -62,8 +80,7 @@ std::string candidates(const Request& request, CMarkup& document) {
     case EditOutcome::badValue:
       throw Failure(Exit::usage, badValue(request, result, document));
     case EditOutcome::severalCandidates:
-      throw Failure(Exit::usage, subject + " stands in " + candidates(request, document) +
-                                     "; choose one with --class");
+      throw Failure(Exit::usage, subject + " " + candidates(request, document));
     case EditOutcome::noConfiguration:
       throw Failure(request.className.empty() ? Exit::input : Exit::no,
                     request.source + ": holds no configuration" + inClass(request.className));
@@ -112,8 +129,13 @@ std::string inClass(const std::string& className) {
 
 Exit setValue(const std::string& file, const std::string& key, const std::string& className,
               const SetOptions& options, bool json) {
-  const Input input = readInput(file);
   const bool toOutput = file == "-";
+  if (toOutput && (json || options.backup)) {
+    throw Failure(Exit::usage,
+                  "with standard input the document is printed, so neither --json "
+                  "nor --backup can be meant");
+  }
+  const Input input = readInput(file);
   ReadDocument read = requireWellFormed(input);
   CMarkup& document = read.document;
   if (encode(read, input.name) != input.bytes()) {
@@ -123,15 +145,17 @@ Exit setValue(const std::string& file, const std::string& key, const std::string
 
   const Request request{input.name, key, className, options};
   const EditResult result =
-      setValueInDocument(document, CString::fromUtf8(className), CString::fromUtf8(key),
-                         CString::fromUtf8(options.value));
+      setValueInDocument(document, given(className), given(key), given(options.value));
   const bool changed = result.outcome == EditOutcome::changed;
   if (!changed && result.outcome != EditOutcome::unchanged) failEdit(request, result, document);
 
   const std::string bytes = encode(read, input.name);
   const bool write = changed && !options.dryRun && !toOutput;
   if (write) {
-    if (options.backup) replaceOrFail(file + ".bak", input.bytes());
+    if (options.backup) {
+      replaceOrFail(file + ".bak", input.bytes());
+      fileSystem().copyPermissions(given(file), given(file + ".bak"));
+    }
     replaceOrFail(file, bytes);
   }
 
@@ -140,6 +164,10 @@ Exit setValue(const std::string& file, const std::string& key, const std::string
                                (!changed         ? " (unchanged)"
                                 : options.dryRun ? " (not written)"
                                                  : "");
+  if (textAsDouble(given(options.value)) != textAsDouble(result.newValue)) {
+    complain(key + ": " + options.value + " is stored as " + shownOnOneLine(result.newValue) +
+             ", with the decimals of this setting");
+  }
   if (toOutput && !options.dryRun) {
     print(bytes);
     complain(sentence);

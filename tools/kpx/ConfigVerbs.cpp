@@ -67,7 +67,8 @@ Exit show(const Arguments& arguments) {
       if (found == defaultValues.end()) {
         text += configuration.settingsClass ? u"   (unknown key)" : u"";
       } else if (changed) {
-        text.AppendFormat(u"   (default %s)", CString::fromUtf8(shownOnOneLine(found->second)));
+        const std::string value = shownOnOneLine(found->second);
+        text.AppendFormat(u"   (default %S)", value.empty() ? "\"\"" : value.c_str());
       }
       text += u'\n';
     }

@@ -42,12 +42,12 @@ ProblemLine lineOf(const MarkupProblem& problem) {
   return {problem.line, problem.column, shown(describe(problem))};
 }
 
+}  // namespace
+
 std::string placeOf(const Input& input, const ProblemLine& problem) {
   return input.name + ":" + std::to_string(problem.line) + ":" + std::to_string(problem.column) +
          ": " + problem.sentence;
 }
-
-}  // namespace
 
 Input readInput(const std::string& path) {
   if (path == "-") return {"standard input", {}, readStandardInput()};
@@ -63,6 +63,7 @@ ReadDocument parseInput(const Input& input) {
   DecodedText decoded = decodeMarkupBytes(input.bytes());
   read.encoding = shown(encodingName(decoded.codePage));
   read.storage = {decoded.codePage, decoded.mark};
+  if (decoded.declarationWrong) read.wrongEncoding = shown(decoded.declared);
   const auto refuse = [&](std::size_t offset, std::string sentence) {
     read.problems.push_back(atByte(input.bytes(), offset, std::move(sentence)));
   };
@@ -72,7 +73,8 @@ ReadDocument parseInput(const Input& input) {
     refuse(input.bytes().find('\0'), "is a binary file, no text");
   } else if (decoded.invalid > 0) {
     refuse(decoded.firstInvalid, std::to_string(decoded.invalid) +
-                                     " bytes that are no text in the encoding " + read.encoding);
+                                     (decoded.invalid == 1 ? " byte that is" : " bytes that are") +
+                                     " no text in the encoding " + read.encoding);
   } else {
     read.readable = true;
     read.document.SetProblemSink(
@@ -85,6 +87,12 @@ ReadDocument parseInput(const Input& input) {
 
 void checkStrictly(ReadDocument& read) {
   if (!read.readable) return;
+  if (!read.wrongEncoding.empty()) {
+    read.problems.push_back({1, 1,
+                             "the declared encoding '" + read.wrongEncoding +
+                                 "' is unknown or not that of the bytes; read as " +
+                                 read.encoding});
+  }
   MarkupCheck::check(read.document.GetDoc(), [&](const MarkupProblem& problem) {
     if (!MarkupCheck::isWarning(problem.kind)) read.problems.push_back(lineOf(problem));
   });

@@ -34,11 +34,15 @@ struct ProblemLine {
 struct ReadDocument {
   CMarkup document;
   std::string encoding;
-  MarkupEncoding storage;  // how to write it back the same way
-  bool readable = false;   // false: the bytes are no text; problems tell why
+  MarkupEncoding storage;     // how to write it back the same way
+  std::string wrongEncoding;  // what the declaration says, when the bytes are not in that
+  bool readable = false;      // false: the bytes are no text; problems tell why
   std::vector<ProblemLine> problems;
 };
 ReadDocument parseInput(const Input& input);
+
+/// A problem behind the name of its file: "name:line:column: sentence".
+std::string placeOf(const Input& input, const ProblemLine& problem);
 
 /// Adds what other XML programs would refuse, although the library reads it. The problems are in
 /// the order of the text then.

@@ -45,6 +45,14 @@ std::string shownOnOneLine(const CString& text) {
   return line;
 }
 
+CString given(const std::string& argument) {
+  std::u16string text;
+  if (appendUtf8(text, argument) != std::string::npos) {
+    throw Failure(Exit::usage, "'" + argument + "' is not valid UTF-8");
+  }
+  return CString(std::move(text));
+}
+
 void print(std::string_view data) {
   if (std::fwrite(data.data(), 1, data.size(), stdout) != data.size()) failOutput();
 }

@@ -19,6 +19,9 @@ std::string shown(const CString& text);
 /// The same on one line: line breaks, tabs and other control characters as escapes.
 std::string shownOnOneLine(const CString& text);
 
+/// An argument of the command line as text. Raises a Failure (wrong usage) if it is no UTF-8.
+CString given(const std::string& argument);
+
 /// Writes data to standard output. Raises a Failure when standard output cannot take it.
 void print(std::string_view data);
 void printJson(const Json& json);

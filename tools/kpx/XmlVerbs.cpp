@@ -126,7 +126,7 @@ Exit statsOfFile(const std::string& file, const Arguments& arguments, Json& repo
   const Input input = readInput(file);
   ReadDocument read = parseInput(input);
   if (!read.readable) {
-    throw Failure(Exit::input, input.name + ": " + read.problems.front().sentence);
+    throw Failure(Exit::input, placeOf(input, read.problems.front()));
   }
   const bool wellFormed = read.document.IsWellFormed();
   const Shape shape = shapeOf(read.document);

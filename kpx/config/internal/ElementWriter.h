@@ -7,6 +7,7 @@
 
 #include "kpx/text/CString.h"
 #include "kpx/xml/CMarkup.h"
+#include "kpx/xml/internal/NameUnits.h"
 
 namespace kpx {
 class CDBObject;
@@ -61,7 +62,8 @@ void appendElement(ElementWriter& writer, const CFGConfig& object);
 /// Adds the object to the document as `CDBObject::serializeXML` says.
 template <class Object>
 int addElement(CMarkup* document, const Object& object) {
-  if (!document) return 0;
+  // A name that does not read back as one would lose the object.
+  if (!document || !isWritableName(object.GetElementName())) return 0;
   std::u16string text;
   ElementWriter writer(text);
   appendElement(writer, object);

@@ -48,7 +48,9 @@ constexpr Sentence sentences[] = {
     {u"file_error", u"file error[: {msg}]"},
     {u"converted_from", u"converted from {encoding}[ to {length} units]"},
     {u"converted_to", u"converted to {encoding}[, {length} units]"},
-    {u"conversion_loss", u"characters were lost in the conversion[ to {encoding}][: {count}]"},
+    {u"conversion_loss",
+     u"characters were lost in the conversion[ to {encoding}][: {count}][, the first at offset "
+     u"{offset2}]"},
     {u"nulls_removed", u"removed {count} nulls"},
     {u"truncation_error", u"the text ends in the middle of a character"},
     {u"endian_swap", u"byte order was swapped"},
