@@ -60,6 +60,7 @@ TEST(TextStore, ManyReadersAtOnce) {
   addBuiltInTexts();
   AddMLT(70000, u"Rand");
   std::vector<std::thread> readers;
+  readers.reserve(4);
   for (int i = 0; i < 4; ++i) {
     readers.emplace_back([] {
       for (int round = 0; round < 2000; ++round) {

@@ -35,11 +35,13 @@ struct Field {
   bool commaToo;
 
   bool isPoint(const CharT* at) const noexcept {
-    return at != last && (*at == '.' || (commaToo && *at == ','));
+    return at != last && (*at == CharT{'.'} || (commaToo && *at == CharT{','}));
   }
   bool startsWith(const CharT* at, const char* lowerCase) const noexcept {
     for (; *lowerCase != 0; ++at, ++lowerCase) {
-      if (at == last || (*at != *lowerCase && *at != *lowerCase - 'a' + 'A')) return false;
+      const auto lower = static_cast<CharT>(*lowerCase);
+      const auto upper = static_cast<CharT>(*lowerCase - 'a' + 'A');
+      if (at == last || (*at != lower && *at != upper)) return false;
     }
     return true;
   }
