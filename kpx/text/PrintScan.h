@@ -36,6 +36,7 @@ class TextArgument {
            !std::is_convertible_v<const Text&, const CharT*>) TextArgument(const Text& text)
   noexcept : view_(text) {
     static constexpr CharT empty{};
+    // Empty, but not null. NOLINTNEXTLINE(bugprone-string-constructor)
     if (view_.data() == nullptr) view_ = {&empty, 0};
   }
   /// The text; its pointer is null when a null pointer was given.

@@ -143,6 +143,7 @@ TEST(Formatter, PointersShowAllDigits) {
   char text[64];
   EXPECT_EQ(kpxsprintf(text, "%p", static_cast<const void*>(nullptr)),
             static_cast<int>(2 * sizeof(void*)));
+  // NOLINTNEXTLINE(performance-no-int-to-ptr)
   kpxsprintf(text, "%p", reinterpret_cast<const void*>(std::uintptr_t{0xAB}));
   EXPECT_TRUE(std::string(text).ends_with("000000AB")) << text;
 }
