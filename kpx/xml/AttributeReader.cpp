@@ -127,14 +127,16 @@ bool AttributeReader::scan(int from, Span& found) const noexcept {
   }
 }
 
-// One of 64 bits for a name; different names may share one.
-std::uint64_t AttributeReader::markOf(std::u16string_view name) noexcept {
+// One of 256 marks for a name; different names may share one.
+unsigned AttributeReader::markOf(std::u16string_view name) noexcept {
   if (name.empty()) return 0;
-  return std::uint64_t{1} << ((name.size() + 5u * name.front() + 11u * name.back()) & 63);
+  return (29u * static_cast<unsigned>(name.size()) + 5u * name.front() + 11u * name.back() +
+          67u * name[name.size() / 2]) &
+         255u;
 }
 
 bool AttributeReader::next() noexcept {
-  passedNames_ = anyNames;
+  passedAny_ = true;
   // In place: copying what was written just now word by word would wait for the words.
   if (scanUsual(current_.end, current_)) return true;
   Span found;
@@ -145,8 +147,8 @@ bool AttributeReader::next() noexcept {
 
 bool AttributeReader::findBetween(int from, int to, std::u16string_view name) noexcept {
   for (Span found; from < to && scan(from, found); from = found.end) {
-    passedNames_ |= markOf(tag_.substr(static_cast<std::size_t>(found.nameBegin),
-                                       static_cast<std::size_t>(found.nameEnd - found.nameBegin)));
+    pass(markOf(tag_.substr(static_cast<std::size_t>(found.nameBegin),
+                            static_cast<std::size_t>(found.nameEnd - found.nameBegin))));
     if (static_cast<std::size_t>(found.nameEnd - found.nameBegin) == name.size() &&
         areEqual(tag_.data() + found.nameBegin, name.data(), name.size())) {
       current_ = found;
@@ -180,11 +182,11 @@ bool AttributeReader::isNext(std::u16string_view name) noexcept {
 
 bool AttributeReader::find(std::u16string_view name) noexcept {
   const int behind = current_.end;
-  const std::uint64_t mark = markOf(name);
+  const unsigned mark = markOf(name);
   // Of a repeated attribute the first counts, whatever was read before.
-  if ((passedNames_ & mark) != 0 && findBetween(first_, behind, name)) return true;
+  if (mayHavePassed(mark) && findBetween(first_, behind, name)) return true;
   if (isNext(name)) {
-    passedNames_ |= mark;
+    pass(mark);
     return true;
   }
   return findBetween(behind, last_, name);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string_view>
 
@@ -38,7 +39,8 @@ class KPX_API AttributeReader {
   /// Back to before the first attribute.
   void rewind() noexcept {
     current_ = Span{first_, first_, first_, first_, first_};
-    passedNames_ = 0;
+    passedNames_ = {};
+    passedAny_ = false;
   }
 
   /// The current attribute; empty before the first.
@@ -70,7 +72,7 @@ class KPX_API AttributeReader {
     int end = 0;
   };
   bool scanUsual(int from, Span& found) const noexcept;
-  static std::uint64_t markOf(std::u16string_view name) noexcept;
+  static unsigned markOf(std::u16string_view name) noexcept;
   bool scan(int from, Span& found) const noexcept;
   bool isNext(std::u16string_view name) noexcept;
   bool findBetween(int from, int to, std::u16string_view name) noexcept;
@@ -80,8 +82,12 @@ class KPX_API AttributeReader {
   int last_ = 0;   // where the "/>" or ">" begins
   Span current_;
   // Which names may stand up to the end of the current attribute, as marks; never one too few.
-  static constexpr std::uint64_t anyNames = ~std::uint64_t{0};
-  std::uint64_t passedNames_ = 0;
+  void pass(unsigned mark) noexcept { passedNames_[mark / 64] |= std::uint64_t{1} << mark % 64; }
+  bool mayHavePassed(unsigned mark) const noexcept {
+    return passedAny_ || (passedNames_[mark / 64] >> mark % 64 & 1) != 0;
+  }
+  std::array<std::uint64_t, 4> passedNames_{};
+  bool passedAny_ = false;
 };
 
 }  // namespace kpx
