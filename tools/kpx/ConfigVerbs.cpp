@@ -231,8 +231,7 @@ Exit validate(const Arguments& arguments) {
     if (finding.problem != ValueProblem::none) {
       sentence += std::string(" ") + describe(finding.problem);
     }
-    lines += configurations.source + ":" + std::to_string(line) + ":" + std::to_string(column) +
-             ": " + sentence + "\n";
+    lines += placeOf(configurations.source, {line, column, sentence}) + "\n";
     report.push_back({{"line", line},
                       {"column", column},
                       {"class", shown(finding.className)},

@@ -44,9 +44,9 @@ ProblemLine lineOf(const MarkupProblem& problem) {
 
 }  // namespace
 
-std::string placeOf(const Input& input, const ProblemLine& problem) {
-  return input.name + ":" + std::to_string(problem.line) + ":" + std::to_string(problem.column) +
-         ": " + problem.sentence;
+std::string placeOf(const std::string& name, const ProblemLine& problem) {
+  return name + ":" + std::to_string(problem.line) + ":" + std::to_string(problem.column) + ": " +
+         problem.sentence;
 }
 
 Input readInput(const std::string& path) {
@@ -105,7 +105,7 @@ ReadDocument requireWellFormed(const Input& input) {
   ReadDocument read = parseInput(input);
   if (read.readable && read.document.IsWellFormed()) return read;
   if (input.bytes().empty()) throw Failure(Exit::input, input.name + ": is empty");
-  throw Failure(Exit::input, placeOf(input, read.problems.front()));
+  throw Failure(Exit::input, placeOf(input.name, read.problems.front()));
 }
 
 }  // namespace kpx::tool

@@ -42,7 +42,7 @@ struct ReadDocument {
 ReadDocument parseInput(const Input& input);
 
 /// A problem behind the name of its file: "name:line:column: sentence".
-std::string placeOf(const Input& input, const ProblemLine& problem);
+std::string placeOf(const std::string& name, const ProblemLine& problem);
 
 /// Adds what other XML programs would refuse, although the library reads it. The problems are in
 /// the order of the text then.

@@ -53,8 +53,7 @@ Exit checkFile(const std::string& file, const Arguments& arguments, Json& report
       list.push_back(
           {{"line", problem.line}, {"column", problem.column}, {"message", problem.sentence}});
     } else {
-      print(name + ":" + std::to_string(problem.line) + ":" + std::to_string(problem.column) +
-            ": " + problem.sentence + "\n");
+      print(placeOf(name, problem) + "\n");
     }
   }
   entry["problems"] = std::move(list);
@@ -126,7 +125,7 @@ Exit statsOfFile(const std::string& file, const Arguments& arguments, Json& repo
   const Input input = readInput(file);
   ReadDocument read = parseInput(input);
   if (!read.readable) {
-    throw Failure(Exit::input, placeOf(input, read.problems.front()));
+    throw Failure(Exit::input, placeOf(input.name, read.problems.front()));
   }
   const bool wellFormed = read.document.IsWellFormed();
   const Shape shape = shapeOf(read.document);
@@ -156,9 +155,7 @@ Exit statsOfFile(const std::string& file, const Arguments& arguments, Json& repo
     print(shown(text));
   }
   if (!wellFormed) {
-    const ProblemLine& first = read.problems.front();
-    complain(input.name + ":" + std::to_string(first.line) + ":" + std::to_string(first.column) +
-             ": " + first.sentence);
+    complain(placeOf(input.name, read.problems.front()));
   }
   return wellFormed ? Exit::success : Exit::input;
 }
