@@ -47,4 +47,11 @@ void ElementReader::readTime(std::u16string_view name, double& field) {
   }
 }
 
+int readHeaderOnly(CMarkup* document, CDBObject& object) {
+  ElementReader reader(document, object);
+  if (!reader.matches()) return 0;
+  reader.header(object);
+  return 1;
+}
+
 }  // namespace kpx::detail

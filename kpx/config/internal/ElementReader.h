@@ -33,6 +33,9 @@ class ElementReader {
   AttributeReader attributes_;
 };
 
+/// Reads the header of an object whose XML holds nothing else. Answers as `CDBObject::loadByXML`.
+int readHeaderOnly(CMarkup* document, CDBObject& object);
+
 /// Steps into the current child element, and out again at the end of the scope.
 class InsideElement {
  public:

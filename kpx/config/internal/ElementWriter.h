@@ -18,6 +18,8 @@ class CFGCommand;
 class CFGCol;
 class CFGClass;
 class CFGConfig;
+class CFGRow;
+class CFGTable;
 }  // namespace kpx
 
 namespace kpx::detail {
@@ -58,6 +60,8 @@ void appendElement(ElementWriter& writer, const CFGCommand& command);
 void appendElement(ElementWriter& writer, const CFGCol& column);
 void appendElement(ElementWriter& writer, const CFGClass& object);
 void appendElement(ElementWriter& writer, const CFGConfig& object);
+void appendElement(ElementWriter& writer, const CFGRow& row);
+void appendElement(ElementWriter& writer, const CFGTable& table);
 
 /// Adds the object to the document as `CDBObject::serializeXML` says.
 template <class Object>

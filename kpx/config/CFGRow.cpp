@@ -1,0 +1,41 @@
+#include "kpx/config/CFGRow.h"
+
+#include "kpx/config/internal/ElementReader.h"
+#include "kpx/config/internal/ElementWriter.h"
+#include "kpx/report/Error.h"
+
+namespace kpx {
+
+CString CFGRow::GetElementName() const {
+  return Guarded(42878, CString(), [] { return CString(u"CFGRow"); });
+}
+
+int CFGRow::serializeXML(CMarkup* document) const {
+  return Guarded(42873, 0, [&] { return detail::addElement(document, *this); });
+}
+
+int CFGRow::loadByXML(CMarkup* document) {
+  return Guarded(42872, 0, [&] { return detail::readHeaderOnly(document, *this); });
+}
+
+void CFGRow::AddCell(const CString& value, const CString& key, const CString& category,
+                     std::int32_t type, const CString& caption) {
+  Guarded(42874, [&] { Cells.set(key, CFGCol(value, key, category, type, caption)); });
+}
+
+bool CFGRow::FindCol(const CString& key, CFGCol& cell) const {
+  const CFGCol* const found = Cells.find(key);
+  if (found) cell = *found;
+  return found != nullptr;
+}
+
+CFGCol& CFGRow::ColAt(const CString& key) { return Cells.at(key); }
+
+void CFGRow::SetCol(const CString& key, const CFGCol& cell) { Cells.set(key, cell); }
+
+void detail::appendElement(ElementWriter& writer, const CFGRow& row) {
+  writer.start(row);
+  writer.closeEmpty();
+}
+
+}  // namespace kpx

@@ -1,0 +1,49 @@
+#include "kpx/config/CFGTable.h"
+
+#include <utility>
+
+#include "kpx/config/internal/ElementReader.h"
+#include "kpx/config/internal/ElementWriter.h"
+#include "kpx/report/Error.h"
+
+namespace kpx {
+
+CString CFGTable::GetElementName() const {
+  return Guarded(42866, CString(), [] { return CString(u"CFGTable"); });
+}
+
+int CFGTable::serializeXML(CMarkup* document) const {
+  return Guarded(42861, 0, [&] { return detail::addElement(document, *this); });
+}
+
+int CFGTable::loadByXML(CMarkup* document) {
+  return Guarded(42860, 0, [&] { return detail::readHeaderOnly(document, *this); });
+}
+
+void CFGTable::ResetPos() {}
+
+void CFGTable::AddColDef(const CString& value, const CString& key, const CString& category,
+                         std::int32_t type, const CString& caption) {
+  Guarded(42863, [&] { Class.AddCol(CFGCol(value, key, category, type, caption)); });
+}
+
+void CFGTable::AddColumn(CFGCol column) {
+  Guarded(42864, [&] { Class.AddCol(std::move(column)); });
+}
+
+bool CFGTable::FindCol(const CString& key, CFGRow& row) const {
+  const CFGRow* const found = Rows.find(key);
+  if (found) row = *found;
+  return found != nullptr;
+}
+
+CFGRow& CFGTable::ColAt(const CString& key) { return Rows.at(key); }
+
+void CFGTable::SetCol(const CString& key, const CFGRow& row) { Rows.set(key, row); }
+
+void detail::appendElement(ElementWriter& writer, const CFGTable& table) {
+  writer.start(table);
+  writer.closeEmpty();
+}
+
+}  // namespace kpx
