@@ -3,40 +3,21 @@
 #include <algorithm>
 
 #include "kpx/config/CFGHeader.h"
+#include "kpx/config/CFGRow.h"
 #include "kpx/settings/engine/GeneratedClass.h"
 #include "kpx/settings/internal/CatalogueTable.h"
+#include "kpx/settings/internal/HeaderAccess.h"
 #include "kpx/text/NumberText.h"
 
 namespace kpx {
-namespace {
-
-// CFGHeader belongs to the layer below and is written by hand, and so is its entry.
-constexpr SettingDef headerSettings[] = {
-    {.key = KeyLiteral(u"Class"),
-     .type = ColumnType::text,
-     .caption = {.literal = u"Class "},
-     .group = {.literal = u"64"}},
-    {.key = KeyLiteral(u"Description"),
-     .type = ColumnType::text,
-     .caption = {.literal = u"Beschreibung"},
-     .group = {.literal = u"64"}},
-};
-constexpr SettingAccess headerAccess[] = {
-    detail::access<&CFGHeader::getClass, &CFGHeader::setClass>(headerSettings[0], u"getClass",
-                                                               u"setClass"),
-    detail::access<&CFGHeader::getDescription, &CFGHeader::setDescription>(
-        headerSettings[1], u"getDescription", u"setDescription"),
-};
-}  // namespace
-
 namespace detail {
 extern const SettingsClass settingsClassCFGHeader;
 constinit const SettingsClass settingsClassCFGHeader = {
     .name = u"CFGHeader",
     .family = u"",
     .elementName = u"CFGConfigCFGClassHeader",
-    .settings = headerAccess,
-    .isConfiguration = true,
+    .settings = headerAccesses,
+    .shape = ClassShape::configuration,
     .make = &makeObject<CFGHeader>,
 };
 }  // namespace detail
@@ -68,7 +49,7 @@ ValueCheck SettingAccess::setText(CDBObject& object, std::u16string_view text) c
 }
 
 std::unique_ptr<CFGConfig> SettingsClass::create() const {
-  if (!isConfiguration) return nullptr;
+  if (!isConfiguration()) return nullptr;
   return std::unique_ptr<CFGConfig>(static_cast<CFGConfig*>(make().release()));
 }
 
@@ -109,28 +90,51 @@ const SettingsClass* findSettingsClassByElement(std::u16string_view elementName)
   return nullptr;
 }
 
+namespace {
+
+/// A new object without its columns or cells, which the accessors of the class work on.
+struct EmptyObject {
+  explicit EmptyObject(const SettingsClass& owner) : object(owner.make()) {
+    switch (owner.shape) {
+      case ClassShape::configuration: {
+        CFGClass& held = static_cast<CFGConfig&>(*object).Class;
+        held.RemoveCols();
+        columns = &held.Cols;
+        break;
+      }
+      case ClassShape::row:
+        columns = &static_cast<CFGRow&>(*object).Cells;
+        break;
+      case ClassShape::table:
+        break;
+    }
+  }
+
+  std::unique_ptr<CDBObject> object;
+  const KeyedCollection<CFGCol>* columns = nullptr;
+};
+
+}  // namespace
+
 std::optional<CFGCol> columnCreatedBy(const SettingsClass& owner, const SettingAccess& access) {
-  const std::unique_ptr<CFGConfig> object = owner.create();
-  if (!object || !access.set) return std::nullopt;
-  object->Class.RemoveCols();
+  if (!access.set) return std::nullopt;
+  const EmptyObject empty(owner);
   const SettingDef& setting = *access.setting;
   if (setting.kind == ValueKind::text) {
-    access.set(*object, CString());
+    access.set(*empty.object, CString());
   } else if (setting.kind == ValueKind::real) {
-    access.set(*object, 0.0);
+    access.set(*empty.object, 0.0);
   } else {
-    access.set(*object, std::int32_t{0});
+    access.set(*empty.object, std::int32_t{0});
   }
-  if (object->Class.Cols.empty()) return std::nullopt;
-  return object->Class.Cols.begin()->value;
+  if (empty.columns->empty()) return std::nullopt;
+  return empty.columns->begin()->value;
 }
 
 std::optional<SettingValue> answerWhenMissing(const SettingsClass& owner,
                                               const SettingAccess& access) {
-  const std::unique_ptr<CFGConfig> object = owner.create();
-  if (!object || !access.get) return std::nullopt;
-  object->Class.RemoveCols();
-  return access.get(*object);
+  if (!access.get) return std::nullopt;
+  return access.get(*EmptyObject(owner).object);
 }
 
 }  // namespace kpx

@@ -35,16 +35,25 @@ struct SettingAccess {
   KPX_API ValueCheck setText(CDBObject& object, std::u16string_view text) const;
 };
 
+/// What the objects of a settings class are.
+enum class ClassShape : std::uint8_t {
+  configuration,  // a CFGConfig
+  row,            // a CFGRow: accessors to cells, none in a new object
+  table,          // a CFGTable: columns and rows, no accessors
+};
+
 /// One settings class. Lives as long as the program.
 struct SettingsClass {
   std::u16string_view name;         // "CFGGeneralSettings"
   std::u16string_view family;       // the folder of the schema
-  std::u16string_view elementName;  // of its XML; empty for rows, which are not written
+  std::u16string_view elementName;  // of its XML; empty if that does not tell the class
   std::span<const SettingAccess> settings;
-  bool isConfiguration;  // a CFGConfig; else a row
+  ClassShape shape;
   std::unique_ptr<CDBObject> (*make)();
 
-  /// A new object with its defaults. nullptr for rows.
+  /// Whether objects are configurations, which carry their settings through XML.
+  constexpr bool isConfiguration() const noexcept { return shape == ClassShape::configuration; }
+  /// A new object with its defaults. nullptr for rows and tables.
   KPX_API std::unique_ptr<CFGConfig> create() const;
   /// The first accessor pair of a key, else the one whose getter reads it as its older key, or
   /// nullptr if the class does not know the key.
@@ -59,11 +68,11 @@ KPX_API std::span<const SettingsClass* const> settingsClasses() noexcept;
 KPX_API const SettingsClass* findSettingsClass(std::u16string_view name) noexcept;
 KPX_API const SettingsClass* findSettingsClassByElement(std::u16string_view elementName) noexcept;
 
-/// The column that a setter creates in an object without columns, given 0 or the empty text.
-/// Nothing without a setter or for rows.
+/// The column (of a row: the cell) that a setter creates in an object without columns, given 0 or
+/// the empty text. Nothing without a setter.
 KPX_API std::optional<CFGCol> columnCreatedBy(const SettingsClass& owner,
                                               const SettingAccess& access);
-/// What a getter answers in an object without columns. Nothing without a getter or for rows.
+/// What a getter answers in an object without columns or cells. Nothing without a getter.
 KPX_API std::optional<SettingValue> answerWhenMissing(const SettingsClass& owner,
                                                       const SettingAccess& access);
 

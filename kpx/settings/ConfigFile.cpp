@@ -193,7 +193,7 @@ ConfigDifference compareConfigurations(const CFGConfig& a, const CFGConfig& b) {
 }
 
 ConfigDifference changedFromDefaults(const DocumentConfiguration& configuration) {
-  if (!configuration.settingsClass || !configuration.settingsClass->isConfiguration) return {};
+  if (!configuration.settingsClass || !configuration.settingsClass->isConfiguration()) return {};
   const std::unique_ptr<CFGConfig> defaults = configuration.settingsClass->create();
   return compare(valuesOf(*defaults), valuesOf(configuration), configuration.settingsClass);
 }

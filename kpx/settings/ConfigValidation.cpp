@@ -14,7 +14,7 @@ class DefaultKeys {
  public:
   const std::vector<CString>& of(const SettingsClass& settingsClass) {
     const auto [at, isNew] = keys_.try_emplace(&settingsClass);
-    if (isNew && settingsClass.isConfiguration) {
+    if (isNew && settingsClass.isConfiguration()) {
       const std::unique_ptr<CFGConfig> defaults = settingsClass.create();
       for (const auto& entry : defaults->Class.Cols) at->second.push_back(entry.key);
     }

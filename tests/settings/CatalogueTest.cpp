@@ -17,7 +17,7 @@ namespace {
 std::vector<const SettingsClass*> configurations() {
   std::vector<const SettingsClass*> classes;
   for (const SettingsClass* const each : settingsClasses()) {
-    if (each->isConfiguration) classes.push_back(each);
+    if (each->isConfiguration()) classes.push_back(each);
   }
   return classes;
 }

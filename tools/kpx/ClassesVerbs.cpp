@@ -3,6 +3,7 @@
 #include <string>
 #include <variant>
 
+#include "kpx/config/CFGTable.h"
 #include "kpx/settings/Catalogue.h"
 #include "tools/kpx/Classes.h"
 #include "tools/kpx/Output.h"
@@ -13,27 +14,55 @@ namespace {
 
 // --- list -----------------------------------------------------------------------------------
 
+const char* shapeName(ClassShape shape) {
+  switch (shape) {
+    case ClassShape::configuration:
+      return "configuration";
+    case ClassShape::row:
+      return "row";
+    case ClassShape::table:
+      return "table";
+  }
+  return "";
+}
+
+/// How many keys a class has: the columns of a new object, or the cells that a row may have.
+std::size_t keyCount(const SettingsClass& entry, const CDBObject& object) {
+  switch (entry.shape) {
+    case ClassShape::configuration:
+      return static_cast<const CFGConfig&>(object).Class.Cols.size();
+    case ClassShape::row:
+      return entry.settings.size();
+    case ClassShape::table:
+      return static_cast<const CFGTable&>(object).Class.Cols.size();
+  }
+  return 0;
+}
+
 Exit list(bool json) {
   Json report = Json::array();
   CString text;
   for (const SettingsClass* entry : settingsClasses()) {
-    const std::unique_ptr<CFGConfig> object = entry->create();
-    const std::size_t count = object ? object->Class.Cols.size() : 0;
+    const std::unique_ptr<CDBObject> object = entry->make();
+    const std::size_t count = keyCount(*entry, *object);
+    const CString element = object->GetElementName();
     if (json) {
       report.push_back({{"class", shown(entry->name)},
                         {"family", shown(entry->family)},
-                        {"element", shown(entry->elementName)},
+                        {"shape", shapeName(entry->shape)},
+                        {"element", shown(element)},
                         {"settings", count}});
     } else {
-      text.AppendFormat(u"%-34s %-14s %5zu  %s\n", entry->name, entry->family, count,
-                        entry->elementName);
+      text.AppendFormat(u"%-34s %-14s %-14S %5zu  %s\n", entry->name, entry->family,
+                        shapeName(entry->shape), count, element);
     }
   }
   if (json) {
     printJson(report);
   } else {
     CString heading;
-    heading.Format(u"%-34s %-14s %5s  %s\n", u"class", u"family", u"keys", u"element");
+    heading.Format(u"%-34s %-14s %-14s %5s  %s\n", u"class", u"family", u"shape", u"keys",
+                   u"element");
     print(shown(heading + text));
   }
   return Exit::success;
@@ -57,34 +86,74 @@ const char* kindName(ValueKind kind) {
   return "";
 }
 
+/// One line of `show`: an accessor pair, or a column without accessors.
+struct Shown {
+  CString key = {};
+  CString getter = {};
+  CString setter = {};
+  std::string kind = {};
+  CString value = {};  // of a new object
+  CString caption = {};
+  CString group = {};
+};
+
+Shown shownSetting(const SettingAccess& access, const CFGCol* column) {
+  const SettingDef& setting = *access.setting;
+  return {.key = access.key(),
+          .getter = access.getter,
+          .setter = access.setter,
+          .kind = kindName(setting.kind),
+          .value = column ? column->Value.Value : CString(),
+          .caption = setting.caption.get(),
+          .group = setting.group.get()};
+}
+
+std::vector<Shown> settingsOf(const SettingsClass& entry, const CDBObject& object) {
+  std::vector<Shown> settings;
+  if (entry.shape == ClassShape::table) {
+    for (const auto& column : static_cast<const CFGTable&>(object).Class.Cols) {
+      settings.push_back({.key = column.key,
+                          .kind = "column",
+                          .caption = column.value.Caption,
+                          .group = column.value.Category});
+    }
+  }
+  for (const SettingAccess& access : entry.settings) {
+    const CFGCol* column = nullptr;
+    if (entry.isConfiguration()) {
+      column = static_cast<const CFGConfig&>(object).Class.find(access.key());
+    }
+    settings.push_back(shownSetting(access, column));
+  }
+  return settings;
+}
+
 Exit show(const std::string& name, bool json) {
   const SettingsClass& entry = requireClass(name);
-  const std::unique_ptr<CFGConfig> object = entry.create();
+  const std::unique_ptr<CDBObject> object = entry.make();
   Json settings = Json::array();
   CString text;
   text.Format(u"%-28s %-26s %-26s %-8s %-14s %s\n", u"key", u"getter", u"setter", u"kind",
               u"default", u"caption");
-  for (const SettingAccess& access : entry.settings) {
-    const CFGCol* const column = object ? object->Class.find(access.key()) : nullptr;
-    const CString caption = access.setting->caption.get();
-    const CString value = column ? column->Value.Value : CString();
+  for (const Shown& each : settingsOf(entry, *object)) {
     if (json) {
-      settings.push_back({{"key", shown(access.key())},
-                          {"getter", shown(access.getter)},
-                          {"setter", shown(access.setter)},
-                          {"kind", kindName(access.setting->kind)},
-                          {"default", shown(value)},
-                          {"caption", shown(caption)},
-                          {"group", shown(access.setting->group.get())}});
+      settings.push_back({{"key", shown(each.key)},
+                          {"getter", shown(each.getter)},
+                          {"setter", shown(each.setter)},
+                          {"kind", each.kind},
+                          {"default", shown(each.value)},
+                          {"caption", shown(each.caption)},
+                          {"group", shown(each.group)}});
     } else {
-      text.AppendFormat(u"%-28s %-26s %-26s %-8S %-14s %s\n", access.key(), access.getter,
-                        access.setter, kindName(access.setting->kind), value, caption);
+      text.AppendFormat(u"%-28s %-26s %-26s %-8S %-14s %s\n", each.key, each.getter, each.setter,
+                        each.kind.c_str(), each.value, each.caption);
     }
   }
   if (json) {
     printJson(Json{{"class", shown(entry.name)},
                    {"family", shown(entry.family)},
-                   {"element", shown(entry.elementName)},
+                   {"shape", shapeName(entry.shape)},
+                   {"element", shown(object->GetElementName())},
                    {"accessors", std::move(settings)}});
   } else {
     print(shown(text));
@@ -142,21 +211,28 @@ bool isNeutral(const SettingValue& value) {
 }
 
 Json exportClass(const SettingsClass& entry) {
-  Json result{{"class", shown(entry.name)}};
+  // Rows and tables carry nothing but their header through XML, so they have no settings here.
+  const std::unique_ptr<CDBObject> object = entry.make();
   Json settings = Json::array();
-  const std::unique_ptr<CFGConfig> object = entry.create();
-  if (object) {
-    result["name"] = shown(object->Class.Name);
-    result["config_name"] = shown(object->Name);
-    result["element"] = shown(object->GetElementName());
-    for (const CString& key : object->Class.KeyOrder) {
-      if (const CFGCol* column = object->Class.find(key)) {
+  CString className;
+  CString configName;
+  Json order = nullptr;
+  if (entry.shape == ClassShape::table) {
+    className = static_cast<CFGTable&>(*object).Class.Name;
+  } else if (entry.isConfiguration()) {
+    auto& config = static_cast<CFGConfig&>(*object);
+    className = config.Class.Name;
+    configName = config.Name;
+    for (const CString& key : config.Class.KeyOrder) {
+      if (const CFGCol* column = config.Class.find(key)) {
         settings.push_back(describe(key, *column));
       }
     }
+    order = resetOrder(config);
   }
-  result["settings"] = std::move(settings);
-  result["reset_order"] = object ? resetOrder(*object) : Json(nullptr);
+  Json result{{"class", shown(entry.name)},       {"name", shown(className)},
+              {"config_name", shown(configName)}, {"element", shown(object->GetElementName())},
+              {"settings", std::move(settings)},  {"reset_order", std::move(order)}};
 
   Json setters = Json::object();
   Json missing = Json::object();

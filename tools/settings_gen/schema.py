@@ -14,10 +14,18 @@ ENUMERATION_CODE = 1
 CODES = (1, 3, 4, 6, 7)
 
 # Bases that a class may have -> the header that declares them.
-BASES = {"CFGConfig": "kpx/config/CFGConfig.h", "CFGHeader": "kpx/config/CFGHeader.h"}
+BASES = {base: f"kpx/config/{base}.h" for base in ("CFGConfig", "CFGHeader", "CFGRow", "CFGTable")}
 
-CLASS_FIELDS = {"class", "about", "base", "name", "settings", "reset_error", "setting",
-                "constructor", "reset", "reset_only", "block", "override", "template"}
+# Every class has the first; which others it may have depends on its base.
+COMMON_FIELDS = {"class", "about", "base", "settings"}
+ACCESSOR_FIELDS = {"setting", "block", "override", "template"}
+COLUMN_FIELDS = {"row", "columns"}
+FIELDS_OF_BASE = {
+    "CFGConfig": ACCESSOR_FIELDS | {"name", "constructor", "reset", "reset_error", "reset_only"},
+    "CFGHeader": COLUMN_FIELDS | {"name"},
+    "CFGTable": COLUMN_FIELDS,
+    "CFGRow": ACCESSOR_FIELDS,
+}
 TEMPLATE_FIELDS = {"parameters", "setting", "constructor", "reset"}
 SETTING_FIELDS = {"key", "get", "set", "value", "decimals", "code", "caption", "group", "missing",
                   "guard", "set_guard", "older_key", "shares_key"}
@@ -86,9 +94,20 @@ class SettingsClass:
     constructor: list = field(default_factory=list)
     reset: list | None = None
     reset_error: int = 0
+    row: str = ""
+    columns: list = field(default_factory=list)  # of a header or table: cells of its row class
+    column_keys: list = field(default_factory=list)
+    lines: object = None
+
+    @property
+    def shape(self):
+        """What an object of the class is: a configuration, a row or a table."""
+        return {"CFGRow": "row", "CFGTable": "table"}.get(self.base, "configuration")
 
     @property
     def element_name(self):
+        if self.shape != "configuration":
+            return self.base
         if self.stored_name.startswith("CFGConfig"):
             return self.stored_name
         return "CFGConfig" + self.stored_name
@@ -147,19 +166,26 @@ class Reader:
         if data is None:
             return None
         self.lines = lines
+        base = data.get("base", "CFGConfig")
+        if base not in BASES:
+            self.problem(lines.of("base"), f"unknown base '{base}'")
+            base = "CFGConfig"
         for name in data:
-            if name not in CLASS_FIELDS:
-                self.problem(lines.of(name), f"unknown field '{name}'")
-        for name in ("class", "about", "settings"):
+            if name not in COMMON_FIELDS | FIELDS_OF_BASE[base]:
+                self.problem(lines.of(name), f"unknown field '{name}'" if base == "CFGConfig"
+                             else f"unknown field '{name}' of a class on {base}")
+        required = {"class", "about", "settings"}
+        for name in sorted(required | (FIELDS_OF_BASE[base] & COLUMN_FIELDS)):
             if name not in data:
                 self.problem(1, f"missing field '{name}'")
         result = SettingsClass(self.shown, data.get("class", ""), self.family,
-                               data.get("about", ""), data.get("base", "CFGConfig"))
+                               data.get("about", ""), base)
         result.stored_name = data.get("name", result.name)
+        result.lines = lines
+        result.row = data.get("row", "")
+        result.column_keys = data.get("columns", [])
         if result.name != self.path.stem:
             self.problem(lines.of("class"), f"class '{result.name}' in a file of another name")
-        if result.base not in BASES:
-            self.problem(lines.of("base"), f"unknown base '{result.base}'")
 
         raw_settings, raw_defaults, reset = [], [], []
         self.expand_blocks(data, raw_settings, raw_defaults, reset)
@@ -374,6 +400,7 @@ class Reader:
             if setting.key not in constructed:
                 self.problem(setting.line, f"nothing ever creates '{setting.key}'")
 
+
     def reset_order(self, result, data, from_blocks):
         own = data.get("reset")
         line = self.lines.of("reset")
@@ -402,9 +429,13 @@ class Reader:
         result.reset = keys
         result.reset_error = data.get("reset_error", 0)
 
-    def known_keys(self, result, data):
+    @staticmethod
+    def keys_with_accessors(result):
         keys = {setting.key for setting in result.settings}
-        keys |= {setting.older_key for setting in result.settings if setting.older_key}
+        return keys | {setting.older_key for setting in result.settings if setting.older_key}
+
+    def known_keys(self, result, data):
+        keys = self.keys_with_accessors(result)
         for key in data.get("reset_only", []):
             if key in keys:
                 self.problem(self.lines.of("reset_only"), f"'{key}' is a setting")
@@ -412,12 +443,10 @@ class Reader:
         return keys
 
     def check_count(self, result, data):
-        keys = {setting.key for setting in result.settings}
-        keys |= {setting.older_key for setting in result.settings if setting.older_key}
-        keys |= set(data.get("reset_only", []))
-        if "settings" in data and data["settings"] != len(keys):
-            self.problem(self.lines.of("settings"),
-                         f"{len(keys)} settings, not {data['settings']}")
+        keys = self.keys_with_accessors(result)
+        count = len(keys | set(data.get("reset_only", [])) | set(result.column_keys))
+        if "settings" in data and data["settings"] != count:
+            self.problem(self.lines.of("settings"), f"{count} settings, not {data['settings']}")
 
 
 class Template:
@@ -478,12 +507,33 @@ def check_across_classes(classes, problems):
 
     for each in classes:
         once(names, "class", each.name, each.path, 1)
-        once(elements, "element name", each.element_name, each.path, 1)
+        if each.shape == "configuration":
+            once(elements, "element name", each.element_name, each.path, 1)
         if each.reset_error:
             once(numbers, "error number", each.reset_error, each.path, 1)
         for setting in each.settings:
             for number in filter(None, (setting.guard, setting.set_guard)):
                 once(numbers, "error number", number, each.path, setting.line)
+
+
+def find_columns(classes, problems):
+    """Tables and their headers have the cells of a row class as columns."""
+    rows = {each.name: each for each in classes if each.shape == "row"}
+    for each in classes:
+        if not each.row:
+            continue
+        if each.row not in rows:
+            problems.add(each.path, each.lines.of("row"), f"there is no row class '{each.row}'")
+            continue
+        cells = {cell.key: cell for cell in rows[each.row].settings}
+        for key in each.column_keys:
+            if key not in cells:
+                problems.add(each.path, each.lines.of("columns"),
+                             f"'{each.row}' has no cell '{key}'")
+            elif each.column_keys.count(key) > 1:
+                problems.add(each.path, each.lines.of("columns"), f"repeated column '{key}'")
+            else:
+                each.columns.append(cells[key])
 
 
 def read_schema(folder, enumerations, problems):
@@ -507,4 +557,5 @@ def read_schema(folder, enumerations, problems):
         if result:
             classes.append(result)
     check_across_classes(classes, problems)
+    find_columns(classes, problems)
     return sorted(classes, key=lambda each: each.name)

@@ -8,6 +8,7 @@ output: every problem is printed with its file and line.
 import argparse
 import sys
 import textwrap
+from dataclasses import replace
 from pathlib import Path
 
 from schema import BASES, Problems, read_enumerations, read_schema
@@ -83,6 +84,21 @@ def about_setting(setting):
     return sentence
 
 
+def about_behaviour(each):
+    """What holds for all accessors of a class."""
+    if each.columns:
+        xml = "the record header only" if each.shape == "table" else "all columns"
+        return (f'As XML: element "{each.element_name}" with {xml}. The columns are those of '
+                f"`{each.row}`: " + ", ".join(f'"{cell.key}"' for cell in each.columns) + ".")
+    what = "cell" if each.shape == "row" else "column"
+    xml = f'element "{each.element_name}"'
+    if each.shape == "row":
+        xml += " with the record header only; a new row has no cells"
+    return (f"As XML: {xml}. Getters convert the stored text and create nothing; a missing {what} "
+            "answers 0, 0.0 or the empty text where nothing else is said. Setters change the text "
+            f"of the {what}, or create it with its type, caption and group; they answer 1.")
+
+
 def header_of(each):
     enumerations = any(setting.kind == "enumeration" for setting in each.settings)
     out = [f"#pragma once\n\n// Generated from {each.path}. Do not edit.\n\n",
@@ -90,15 +106,12 @@ def header_of(each):
     if enumerations:
         out.append('#include "kpx/settings/Enumerations.h"\n')
     out.append("\nnamespace kpx {\n\n")
-    out.append(comment(each.about))
-    out.append("///\n" + comment(
-        f'As XML: element "{each.element_name}". Getters convert the stored text and create '
-        "nothing; a missing column answers 0, 0.0 or the empty text where nothing else is said. "
-        "Setters change the text of the column, or create it with its type, caption and group; "
-        "they answer 1."))
+    out.append(comment(each.about) + "///\n" + comment(about_behaviour(each)))
     out.append(f"class KPX_API {each.name} : public {each.base} {{\n public:\n")
-    out.append("  /// A new object has its settings with their defaults.\n")
-    out.append(f"  {each.name}();\n")
+    if each.shape != "row":
+        out.append("  /// A new object has its columns.\n" if each.columns
+                   else "  /// A new object has its settings with their defaults.\n")
+        out.append(f"  {each.name}();\n")
     if each.reset is not None:
         out.append("\n" + comment(f"A failure is reported as {each.reset_error}.", "  "))
         out.append("  void ResetPos() override;\n")
@@ -140,7 +153,8 @@ def accessors(each, index, setting):
     definition_ = f"definitions[{index}]"
     out = []
     if setting.get:
-        call = f"detail::get{family}(*this, {definition_})"
+        columns = "Cells" if each.shape == "row" else "Class.Cols"
+        call = f"detail::get{family}({columns}, {definition_})"
         if enumeration:
             call = f"static_cast<{setting.value}>({call})"
         out.append(f"{value_type(setting)} {each.name}::{setting.get}() const {{ return {call}; }}\n")
@@ -150,7 +164,56 @@ def accessors(each, index, setting):
     return "".join(out)
 
 
+def access(each, index, setting):
+    names = [f"&{each.name}::{name}" if name else "nullptr" for name in (setting.get, setting.set)]
+    return (f"    detail::access<{names[0]}, {names[1]}>(\n"
+            f"        definitions[{index}], {literal(setting.get)}, {literal(setting.set)}),\n")
+
+
+def catalogue_entry(each):
+    settings = "{}" if each.shape == "table" else "accesses"
+    element = each.element_name if each.shape == "configuration" else ""
+    return (f"\nnamespace detail {{\n\nextern const SettingsClass settingsClass{each.name};\n"
+            f"constinit const SettingsClass settingsClass{each.name} = {{\n"
+            f"    .name = {literal(each.name)},\n"
+            f"    .family = {literal(each.family)},\n"
+            f"    .elementName = {literal(element)},\n"
+            f"    .settings = {settings},\n"
+            f"    .shape = ClassShape::{each.shape},\n"
+            f"    .make = &makeObject<{each.name}>,\n"
+            "};\n\n}  // namespace detail\n}  // namespace kpx\n")
+
+
+def columns_source_of(each):
+    """The source of a table or of its header: their columns and no accessors of their own."""
+    includes = [each.name, "engine/GeneratedClass"]
+    if each.shape == "configuration":
+        includes.append("internal/HeaderAccess")
+    out = [f"// Generated from {each.path}. Do not edit.\n\n",
+           f'#include "kpx/settings/{includes[0]}.h"\n\n',
+           *(f'#include "kpx/settings/{name}.h"\n' for name in includes[1:]),
+           "\nnamespace kpx {\nnamespace {\n\n",
+           "constexpr SettingDef definitions[] = {\n",
+           *(definition(replace(cell, value="text", decimals=None, missing=None, guard=0,
+                                set_guard=0)) for cell in each.columns),
+           "};\n\n"]
+    if each.shape == "configuration":
+        out.append("constexpr SettingAccess accesses[] = {\n"
+                   "    detail::headerAccesses[0],\n    detail::headerAccesses[1],\n")
+        out.extend(access(each, index, replace(cell, get="", set=""))
+                   for index, cell in enumerate(each.columns))
+        out.append("};\n\n")
+    out.append("}  // namespace\n\n"
+               f"{each.name}::{each.name}() {{\n"
+               f"  Class.Name.Assign({literal(each.stored_name)});\n"
+               "  detail::defineColumns(*this, definitions);\n}\n")
+    out.append(catalogue_entry(each))
+    return "".join(out)
+
+
 def source_of(each):
+    if each.columns:
+        return columns_source_of(each)
     indices = {id(setting): index for index, setting in enumerate(each.settings)}
     out = [f"// Generated from {each.path}. Do not edit.\n\n",
            f'#include "kpx/settings/{each.name}.h"\n\n',
@@ -158,49 +221,39 @@ def source_of(each):
            "namespace kpx {\nnamespace {\n\n",
            "constexpr SettingDef definitions[] = {\n",
            *(definition(setting) for setting in each.settings),
+           "};\n\n",
+           "constexpr SettingAccess accesses[] = {\n",
+           *(access(each, indices[id(setting)], setting) for setting in each.settings),
            "};\n\n"]
-    named = each.settings
-    if named:
-        out.append("constexpr SettingAccess accesses[] = {\n")
-        for setting in named:
-            names = [f"&{each.name}::{name}" if name else "nullptr"
-                     for name in (setting.get, setting.set)]
-            out.append(f"    detail::access<{names[0]}, {names[1]}>(\n"
-                       f"        definitions[{indices[id(setting)]}], {literal(setting.get)}, "
-                       f"{literal(setting.set)}),\n")
-        out.append("};\n\n")
     if each.reset:
         out.append("constexpr KeyLiteral resetKeys[] = {\n")
         out.extend(f"    KeyLiteral({literal(key)}),\n" for key in each.reset)
         out.append("};\n\n")
     out.append("}  // namespace\n\n")
-    out.append(f"{each.name}::{each.name}() {{\n"
-               f"  detail::beginConstruction(*this, {literal(each.stored_name)}, "
-               f"{len({default.setting.key for default in each.constructor})});\n")
-    for default in each.constructor:
-        value = number(default.setting, default.to)
-        if default.setting.set:
-            out.append(f"  {default.setting.set}({value});\n")
-        else:
-            family = {"real": "Real", "text": "Text"}.get(default.setting.kind, "Integer")
-            out.append(f"  detail::set{family}(*this, definitions[{indices[id(default.setting)]}], "
-                       f"{value});\n")
-    out.append("}\n\n")
+    if each.shape != "row":
+        out.extend(constructor(each, indices))
     if each.reset is not None:
         keys = "resetKeys" if each.reset else "{}"
         out.append(f"void {each.name}::ResetPos() {{ "
                    f"detail::resetKeyOrder(*this, {keys}, {each.reset_error}); }}\n\n")
     out.extend(accessors(each, indices[id(setting)], setting) for setting in each.settings)
-    out.append(f"\nnamespace detail {{\n\nextern const SettingsClass settingsClass{each.name};\n"
-               f"constinit const SettingsClass settingsClass{each.name} = {{\n"
-               f"    .name = {literal(each.name)},\n"
-               f"    .family = {literal(each.family)},\n"
-               f"    .elementName = {literal(each.element_name)},\n"
-               f"    .settings = {'accesses' if named else '{}'},\n"
-               f"    .isConfiguration = true,\n"
-               f"    .make = &makeObject<{each.name}>,\n"
-               "};\n\n}  // namespace detail\n}  // namespace kpx\n")
+    out.append(catalogue_entry(each))
     return "".join(out)
+
+
+def constructor(each, indices):
+    yield (f"{each.name}::{each.name}() {{\n"
+           f"  detail::beginConstruction(*this, {literal(each.stored_name)}, "
+           f"{len({default.setting.key for default in each.constructor})});\n")
+    for default in each.constructor:
+        value = number(default.setting, default.to)
+        if default.setting.set:
+            yield f"  {default.setting.set}({value});\n"
+        else:
+            family = {"real": "Real", "text": "Text"}.get(default.setting.kind, "Integer")
+            yield (f"  detail::set{family}(*this, definitions[{indices[id(default.setting)]}], "
+                   f"{value});\n")
+    yield "}\n\n"
 
 
 def catalogue_of(classes):

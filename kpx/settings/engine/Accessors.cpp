@@ -12,9 +12,9 @@ namespace detail {
 namespace {
 
 /// The stored text of a setting, or nullptr.
-const CString* storedText(const CFGConfig& config, const SettingDef& setting) {
-  const CFGCol* column = config.Class.find(setting.key);
-  if (!column && !setting.olderKey.empty()) column = config.Class.find(setting.olderKey);
+const CString* storedText(const Columns& columns, const SettingDef& setting) {
+  const CFGCol* column = columns.find(setting.key);
+  if (!column && !setting.olderKey.empty()) column = columns.find(setting.olderKey);
   return column ? &column->Value.Value : nullptr;
 }
 
@@ -24,17 +24,27 @@ Value guardedGetter(const SettingDef& setting, Body&& body) {
   return Guarded(setting.getterError, Value(), body);
 }
 
+Columns& columnsOf(CFGConfig& config) { return config.Class.Cols; }
+Columns& columnsOf(CFGRow& row) { return row.Cells; }
+
+void create(CFGConfig& config, const SettingDef& setting, const CString& text) {
+  config.AddSetting(text, setting.key.text(), setting.group.get(), setting.type,
+                    setting.caption.get(), 1, 0, 0);
+}
+void create(CFGRow& row, const SettingDef& setting, const CString& text) {
+  row.AddCell(text, setting.key.text(), setting.group.get(), setting.type, setting.caption.get());
+}
+
 /// Lets `write` put the value's text into the column, or into a new one.
-template <class Write>
-int storeText(CFGConfig& config, const SettingDef& setting, Write&& write) {
+template <class Owner, class Write>
+int storeText(Owner& owner, const SettingDef& setting, Write&& write) {
   const auto store = [&] {
-    if (CFGCol* const column = config.Class.Cols.find(setting.key)) {
+    if (CFGCol* const column = columnsOf(owner).find(setting.key)) {
       write(column->Value.Value);
     } else {
       CString text;
       write(text);
-      config.AddSetting(text, setting.key.text(), setting.group.get(), setting.type,
-                        setting.caption.get(), 1, 0, 0);
+      create(owner, setting, text);
     }
   };
   if (setting.setterError == 0) {
@@ -45,47 +55,80 @@ int storeText(CFGConfig& config, const SettingDef& setting, Write&& write) {
   return 1;
 }
 
+template <class Owner>
+int storeInteger(Owner& owner, const SettingDef& setting, std::int32_t value) {
+  return storeText(owner, setting, [&](CString& text) { longAsTextInto(text, value); });
+}
+
+template <class Owner>
+int storeReal(Owner& owner, const SettingDef& setting, double value) {
+  return storeText(owner, setting,
+                   [&](CString& text) { doubleAsTextInto(text, value, setting.decimals, u'.'); });
+}
+
+template <class Owner>
+int storeTextValue(Owner& owner, const SettingDef& setting, const CString& value) {
+  // Into the text that is there, so that its memory is used again.
+  return storeText(owner, setting, [&](CString& text) { text.Assign(value); });
+}
+
 }  // namespace
 
-std::int32_t getInteger(const CFGConfig& config, const SettingDef& setting) {
+std::int32_t getInteger(const Columns& columns, const SettingDef& setting) {
   return guardedGetter<std::int32_t>(setting, [&] {
-    const CString* const text = storedText(config, setting);
+    const CString* const text = storedText(columns, setting);
     return text ? textAsLong(*text) : setting.missingInteger;
   });
 }
 
-double getReal(const CFGConfig& config, const SettingDef& setting) {
+double getReal(const Columns& columns, const SettingDef& setting) {
   return guardedGetter<double>(setting, [&] {
-    const CString* const text = storedText(config, setting);
+    const CString* const text = storedText(columns, setting);
     return text ? textAsDouble(*text) : setting.missingReal;
   });
 }
 
-CString getText(const CFGConfig& config, const SettingDef& setting) {
+CString getText(const Columns& columns, const SettingDef& setting) {
   return guardedGetter<CString>(setting, [&] {
-    const CString* const text = storedText(config, setting);
+    const CString* const text = storedText(columns, setting);
     return text ? *text : CString();
   });
 }
 
 int setInteger(CFGConfig& config, const SettingDef& setting, std::int32_t value) {
-  return storeText(config, setting, [&](CString& text) { longAsTextInto(text, value); });
+  return storeInteger(config, setting, value);
 }
-
 int setReal(CFGConfig& config, const SettingDef& setting, double value) {
-  return storeText(config, setting,
-                   [&](CString& text) { doubleAsTextInto(text, value, setting.decimals, u'.'); });
+  return storeReal(config, setting, value);
+}
+int setText(CFGConfig& config, const SettingDef& setting, const CString& value) {
+  return storeTextValue(config, setting, value);
 }
 
-int setText(CFGConfig& config, const SettingDef& setting, const CString& value) {
-  // Into the text that is there, so that its memory is used again.
-  return storeText(config, setting, [&](CString& text) { text.Assign(value); });
+int setInteger(CFGRow& row, const SettingDef& setting, std::int32_t value) {
+  return storeInteger(row, setting, value);
+}
+int setReal(CFGRow& row, const SettingDef& setting, double value) {
+  return storeReal(row, setting, value);
+}
+int setText(CFGRow& row, const SettingDef& setting, const CString& value) {
+  return storeTextValue(row, setting, value);
 }
 
 void beginConstruction(CFGConfig& config, std::u16string_view className, std::size_t columns) {
   config.Class.Name.Assign(className);
   config.Class.Cols.reserve(columns);
   config.Class.KeyOrder.reserve(columns);
+}
+
+void defineColumns(CFGTable& table, std::span<const SettingDef> columns) {
+  for (const SettingDef& column : columns) {
+    table.AddColDef(u"", column.key.text(), column.group.get(), column.type, column.caption.get());
+  }
+}
+
+void defineColumns(CFGConfig& header, std::span<const SettingDef> columns) {
+  for (const SettingDef& column : columns) create(header, column, CString());
 }
 
 void resetKeyOrder(CFGConfig& config, std::span<const KeyLiteral> keys, int error) {

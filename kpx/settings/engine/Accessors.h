@@ -4,6 +4,9 @@
 #include <span>
 
 #include "kpx/config/CFGConfig.h"
+#include "kpx/config/CFGRow.h"
+#include "kpx/config/CFGTable.h"
+#include "kpx/config/KeyedCollection.h"
 #include "kpx/config/KeyLiteral.h"
 #include "kpx/report/Export.h"
 #include "kpx/settings/engine/SettingDef.h"
@@ -15,20 +18,32 @@ namespace kpx::detail {
 //
 // Getters convert the column's text, whatever the column's type, and create nothing. Setters
 // change the text of an existing column and nothing else of it; a missing column is created with
-// the type, caption and group of the definition. They answer 1. Both let exceptions pass unless
+// the type, caption and group of the definition. What holds for columns of a configuration holds
+// for cells of a row. They answer 1. Both let exceptions pass unless
 // the definition has a number to report them by; then they answer the neutral value, or 1.
 
-KPX_API std::int32_t getInteger(const CFGConfig& config, const SettingDef& setting);
-KPX_API double getReal(const CFGConfig& config, const SettingDef& setting);
-KPX_API CString getText(const CFGConfig& config, const SettingDef& setting);
+using Columns = KeyedCollection<CFGCol>;
+
+KPX_API std::int32_t getInteger(const Columns& columns, const SettingDef& setting);
+KPX_API double getReal(const Columns& columns, const SettingDef& setting);
+KPX_API CString getText(const Columns& columns, const SettingDef& setting);
 
 KPX_API int setInteger(CFGConfig& config, const SettingDef& setting, std::int32_t value);
 KPX_API int setReal(CFGConfig& config, const SettingDef& setting, double value);
 KPX_API int setText(CFGConfig& config, const SettingDef& setting, const CString& value);
+// The same for the cells of a row.
+KPX_API int setInteger(CFGRow& row, const SettingDef& setting, std::int32_t value);
+KPX_API int setReal(CFGRow& row, const SettingDef& setting, double value);
+KPX_API int setText(CFGRow& row, const SettingDef& setting, const CString& value);
 
 /// Names a new object's class and makes room for its columns.
 KPX_API void beginConstruction(CFGConfig& config, std::u16string_view className,
                                std::size_t columns);
+
+/// Adds the columns of a table, or of a table's header, behind those that are there; without
+/// values, because a definition has none.
+KPX_API void defineColumns(CFGTable& table, std::span<const SettingDef> columns);
+KPX_API void defineColumns(CFGConfig& header, std::span<const SettingDef> columns);
 
 /// Replaces the key order. A failure is reported under `error`.
 KPX_API void resetKeyOrder(CFGConfig& config, std::span<const KeyLiteral> keys, int error);
