@@ -85,6 +85,19 @@ TEST_P(EveryClass, SavesAndLoadsEveryValue) {
   }
 }
 
+TEST_P(EveryClass, CopyIsDeep) {
+  const std::unique_ptr<CFGConfig> object = GetParam()->create();
+  const CString before = textOf(*object);
+  CFGConfig copy(*object);
+  for (const auto& entry : object->Class.Cols) {
+    copy.Class.ColAt(entry.key).Value.Value += u"x";
+    copy.Class.ColAt(entry.key).CodedValues.resize(1);
+  }
+  EXPECT_EQ(textOf(*object), before);
+  copy = *object;
+  EXPECT_EQ(textOf(copy), before);
+}
+
 TEST_P(EveryClass, NewObjectIsInTheOrderOfItsConstruction) {
   const std::unique_ptr<CFGConfig> object = GetParam()->create();
   ASSERT_EQ(object->Class.KeyOrder.size(), object->Class.Cols.size());

@@ -58,6 +58,9 @@ class Generator(unittest.TestCase):
     def test_wrong_orders_and_templates(self):
         self.refuses("orders")
 
+    def test_columns_of_tables(self):
+        self.refuses("columns")
+
     def test_syntax_error_has_its_line(self):
         with tempfile.TemporaryDirectory() as folder:
             path = Path(folder) / "schema" / "f" / "CFGConfigA.toml"

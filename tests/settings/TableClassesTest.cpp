@@ -1,0 +1,152 @@
+// Rows, tables and headers of tables: what holds for all of them, and the road of one table.
+
+#include <gtest/gtest.h>
+
+#include <type_traits>
+
+#include "kpx/report/Error.h"
+#include "kpx/settings/Catalogue.h"
+#include "kpx/settings/CFGAdjustEvalGroupRow.h"
+#include "kpx/settings/CFGConfigAdjustGroupTable.h"
+#include "kpx/settings/CFGConfigDXFConvertLineHeader.h"
+#include "kpx/settings/CFGConfigDXFConvertLineRow.h"
+#include "kpx/settings/CFGConfigDXFConvertTextHeader.h"
+#include "kpx/settings/CFGConfigDXFConvertTextRow.h"
+#include "kpx/settings/CFGConfigDXFConvertTextTable.h"
+#include "kpx/support/TextStore.h"
+#include "kpx/text/NumberText.h"
+#include "kpx/xml/CMarkup.h"
+#include "tests/common/FailingAllocations.h"
+#include "tests/common/TextPrinter.h"
+
+namespace kpx {
+namespace {
+
+std::vector<const SettingsClass*> classesOf(ClassShape shape) {
+  std::vector<const SettingsClass*> classes;
+  for (const SettingsClass* const each : settingsClasses()) {
+    if (each->shape == shape) classes.push_back(each);
+  }
+  return classes;
+}
+
+TEST(RowClasses, SettersCreateCellsAndGettersDoNot) {
+  addBuiltInTexts();
+  ASSERT_EQ(classesOf(ClassShape::row).size(), 5u);
+  for (const SettingsClass* const each : classesOf(ClassShape::row)) {
+    EXPECT_EQ(each->create(), nullptr);
+    const std::unique_ptr<CDBObject> object = each->make();
+    auto& row = static_cast<CFGRow&>(*object);
+    for (const SettingAccess& access : each->settings) access.text(row);
+    EXPECT_TRUE(row.Cells.empty());
+    int number = 0;
+    for (const SettingAccess& access : each->settings) {
+      const CString text = CString::fromUtf8(std::to_string(++number));
+      ASSERT_TRUE(access.setText(row, text).valid());
+      const CFGCol* const cell = row.find(access.key());
+      ASSERT_NE(cell, nullptr);
+      EXPECT_EQ(cell->Type, access.setting->type);
+      EXPECT_EQ(cell->Caption, access.setting->caption.get());
+      EXPECT_EQ(cell->Category, u"64");
+      EXPECT_NE(access.setting->setterError, 0);
+      row.ColAt(access.key()).Caption = u"own";
+      access.setText(row, text + u"0");
+      EXPECT_EQ(row.find(access.key())->Caption, u"own");
+      EXPECT_EQ(textAsDouble(access.text(row)), number * 10.0);
+    }
+    EXPECT_EQ(row.GetElementName(), u"CFGRow");
+  }
+}
+
+TEST(TableClasses, DefineTheColumnsOfTheirHeader) {
+  ASSERT_EQ(classesOf(ClassShape::table).size(), 5u);
+  for (const SettingsClass* const each : classesOf(ClassShape::table)) {
+    const std::unique_ptr<CDBObject> object = each->make();
+    const auto& table = static_cast<CFGTable&>(*object);
+    EXPECT_EQ(table.Class.Name, each->name);
+    EXPECT_FALSE(table.Class.Cols.empty());
+    CString headerName(each->name);
+    headerName.Replace(u"Table", u"Header");
+    const SettingsClass* const header = findSettingsClass(headerName);
+    if (!header) continue;  // the groups of an adjustment have none
+    const std::unique_ptr<CFGConfig> columns = header->create();
+    ASSERT_EQ(columns->Class.Cols.size(), table.Class.Cols.size() + 2);
+    for (const auto& column : table.Class.Cols) {
+      const CFGCol* const other = columns->Class.find(column.key);
+      ASSERT_NE(other, nullptr);
+      EXPECT_EQ(other->Caption, column.value.Caption);
+      EXPECT_EQ(other->Type, column.value.Type);
+    }
+    columns->ResetPos();
+    EXPECT_EQ(columns->Class.KeyOrder, (std::vector<CString>{u"Class", u"Description"}));
+  }
+}
+
+TEST(TableClasses, HeaderTravelsWithItsColumns) {
+  CFGConfigDXFConvertLineHeader header;
+  EXPECT_EQ(header.GetElementName(), u"CFGConfigDXFLineTable");
+  header.setDescription(u"B\u00F6schung");
+  header.Class.ColAt(u"DXFLINETABLE_COLOR").Unit = 3;
+  CMarkup document;
+  ASSERT_EQ(header.serializeXML(&document), 1);
+  document.ResetPos();
+  document.FindChildElem();
+  CFGConfigDXFConvertLineHeader loaded;
+  ASSERT_EQ(loaded.loadByXML(&document), 1);
+  EXPECT_EQ(loaded.getDescription(), u"B\u00F6schung");
+  EXPECT_EQ(loaded.Class.find(u"DXFLINETABLE_COLOR")->Unit, 3);
+  EXPECT_EQ(loaded.Class.find(u"DXFLINETABLE_SAVE"), nullptr) << "a cell without a column";
+}
+
+TEST(TableClasses, AreCopiedDeepAndMoved) {
+  static_assert(std::is_nothrow_move_constructible_v<CFGConfigDXFConvertTextTable>);
+  static_assert(std::is_nothrow_move_constructible_v<CFGConfigDXFConvertTextHeader>);
+  CFGConfigDXFConvertTextRow row;
+  row.setLayer(u"Punkte");
+  row.setSize(2.5);
+  CFGConfigDXFConvertTextTable table;
+  table.SetCol(u"1", row);
+  row.setLayer(u"changed");
+
+  const CFGConfigDXFConvertTextTable copy(table);
+  table.ColAt(u"1").ColAt(u"DXFTEXTTABLE_LAYER").Value.Value = u"changed too";
+  CFGConfigDXFConvertTextRow stored;
+  ASSERT_TRUE(copy.FindCol(u"1", stored));
+  EXPECT_EQ(stored.getLayer(), u"Punkte");
+  EXPECT_EQ(stored.getSize(), 2.5);
+  EXPECT_EQ(stored.getMText(), 0);
+
+  const CFGConfigDXFConvertTextTable moved(std::move(table));
+  ASSERT_TRUE(moved.FindCol(u"1", stored));
+  EXPECT_EQ(stored.getLayer(), u"changed too");
+  EXPECT_EQ(moved.Class.Cols.size(), 6u);
+}
+
+TEST(AdjustmentGroups, CaptionsAreLookedUpWhenACellIsMade) {
+  AddMLT(2968, u"Messung");
+  CFGAdjustEvalGroupRow row;
+  row.setMeasure(4);
+  AddMLT(2968, u"Measurement");
+  row.setMeasure(5);
+  EXPECT_EQ(row.find(u"Measure")->Caption, u"Messung");
+  EXPECT_EQ(row.getMeasure(), 5);
+  EXPECT_EQ(CFGConfigAdjustGroupTable().Class.find(u"Measure")->Caption, u"Measurement");
+}
+
+int lastError = 0;
+
+TEST(RowClasses, FailingSetterReportsAndStoresNothing) {
+  const ErrorSink earlier = setErrorSink([](int number) noexcept { lastError = number; });
+  const CString longText(u'x', 100);
+  CFGConfigDXFConvertLineRow row;
+  {
+    const FailingAllocations failing(0);
+    EXPECT_EQ(row.setStyle(longText), 1);
+  }
+  EXPECT_NE(lastError, 0);
+  EXPECT_TRUE(row.Cells.empty());
+  setErrorSink(earlier);
+}
+
+}  // namespace
+}  // namespace kpx
