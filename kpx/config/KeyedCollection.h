@@ -161,11 +161,11 @@ class KeyedCollection {
     slots_ = std::move(larger);
   }
 
-  static void place(std::vector<Slot>& slots, Entry* entry, std::uint32_t hash) noexcept {
-    const std::size_t mask = slots.size() - 1;
+  static void place(std::vector<Slot>& table, Entry* entry, std::uint32_t hash) noexcept {
+    const std::size_t mask = table.size() - 1;
     std::size_t at = hash & mask;
-    while (slots[at].entry) at = (at + 1) & mask;
-    slots[at] = {entry, hash};
+    while (table[at].entry) at = (at + 1) & mask;
+    table[at] = {entry, hash};
   }
 
   std::vector<std::unique_ptr<Entry>> entries_;  // in order of insertion
