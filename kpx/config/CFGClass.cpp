@@ -45,8 +45,14 @@ void CFGClass::SetCol(const CString& key, const CFGCol& column) { Cols.set(key, 
 
 void CFGClass::AddCol(CFGCol column) {
   const CString key = column.Name;
-  if (!Cols.find(key)) KeyOrder.push_back(key);
-  Cols.set(key, std::move(column));
+  const bool isNew = !Cols.find(key);
+  if (isNew) KeyOrder.push_back(key);
+  try {
+    Cols.set(key, std::move(column));
+  } catch (...) {
+    if (isNew) KeyOrder.pop_back();
+    throw;
+  }
 }
 
 void CFGClass::SetKeyAt(int index, const CString& key) {

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 #include "kpx/report/Error.h"
 #include "kpx/report/ErrorNumbers.h"
@@ -209,14 +210,15 @@ CString utlDoubleAsText(double value, int decimals, char16_t separator) {
 }
 
 void doubleAsTextInto(CString& out, double value, int decimals, char16_t separator) {
-  out.Empty();
   Guarded(ErrorNumber::doubleAsText, [&] {
     if (ShortText text; writeFast(text, value, decimals, separator)) {
       out.Assign(text.view());
       return;
     }
-    appendSlowly(out.units(), value, decimals);
-    if (separator == u',') out.Replace(u'.', u',');
+    CString slow;
+    appendSlowly(slow.units(), value, decimals);
+    if (separator == u',') slow.Replace(u'.', u',');
+    out = std::move(slow);
   });
 }
 

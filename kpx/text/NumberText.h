@@ -40,7 +40,7 @@ KPX_API double kpxRunde(double value, int decimals) noexcept;
 /// that is not there, report error 910001 and give the empty text; nothing is thrown.
 KPX_API CString utlDoubleAsText(double value, int decimals, char16_t separator);
 
-/// The same into a text that exists, whose memory is used again.
+/// The same into a text that exists, whose memory is used again; after a failure it is as it was.
 KPX_API void doubleAsTextInto(CString& out, double value, int decimals, char16_t separator);
 
 /// The decimal text of an integer.

@@ -129,13 +129,36 @@ TEST_F(Sample, FailingAccessorsReportTheirOwnNumber) {
 TEST_F(Sample, FailingCreationStoresNothing) {
   const CString value = u"1";
   const CString key = u"a key that needs memory";
+  int failures = 0;
+  for (bool failed = true; failed; ++failures) {
+    lastError = 0;
+    {
+      const FailingAllocations all(failures);
+      sample_.AddSetting(value, key, value, 1, value, 1, 0, 0);
+    }
+    failed = lastError != 0;
+    if (failed) {
+      EXPECT_EQ(lastError, 42886);
+      EXPECT_EQ(sample_.Class.find(key), nullptr);
+      EXPECT_EQ(sample_.Class.KeyOrder.size(), 8u);
+    }
+  }
+  EXPECT_GT(failures, 4);
+  EXPECT_EQ(sample_.Class.KeyOrder.back(), key);
+}
+
+TEST_F(Sample, FailingChangeLosesNothing) {
+  sample_.Class.ColAt(u"S_Real").Value.Value = u"1.5";
+  const std::vector<CString> order = sample_.Class.KeyOrder;
   {
     const FailingAllocations all(0);
-    sample_.AddSetting(value, key, value, 1, value, 1, 0, 0);
+    sample_.setReal(1.0 / 3.0);
+    EXPECT_EQ(lastError, 910001);
+    sample_.ResetPos();
+    EXPECT_EQ(lastError, 909901);
   }
-  EXPECT_EQ(lastError, 42886);
-  EXPECT_EQ(sample_.Class.find(key), nullptr);
-  EXPECT_EQ(sample_.Class.KeyOrder.size(), 8u);
+  EXPECT_EQ(stored(u"S_Real"), u"1.5");
+  EXPECT_EQ(sample_.Class.KeyOrder, order);
 }
 
 }  // namespace

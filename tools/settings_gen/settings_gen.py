@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Turns the settings schema into C++ classes, their catalogue and reference pages.
+"""Turns the settings schema into C++ classes and their catalogue.
 
 Writes into the build tree only, and only what changed. A schema that is not perfect gives no
 output: every problem is printed with its file and line.
@@ -21,7 +21,6 @@ HAND_WRITTEN = ["CFGHeader"]
 
 CPP_TYPES = {"long": "std::int32_t", "int": "int", "flag": "int", "double": "double",
              "text": "CString"}
-ZERO = {"integer": "0", "flag": "0", "enumeration": "0", "real": "0.0", "text": "the empty text"}
 
 
 def literal(text):
@@ -94,6 +93,8 @@ def about_behaviour(each):
     xml = f'element "{each.element_name}"'
     if each.shape == "row":
         xml += " with the record header only; a new row has no cells"
+    if not any(setting.get or setting.set for setting in each.settings):
+        return f"As XML: {xml}."
     return (f"As XML: {xml}. Getters convert the stored text and create nothing; a missing {what} "
             "answers 0, 0.0 or the empty text where nothing else is said. Setters change the text "
             f"of the {what}, or create it with its type, caption and group; they answer 1.")
@@ -276,31 +277,6 @@ def umbrella_of(classes):
             + '#include "kpx/settings/Catalogue.h"\n')
 
 
-def reference_of(each):
-    """A page for people: every accessor with all that the schema says of it."""
-    out = [f"# {each.name}\n\n{each.about}\n\n",
-           f'Element `{each.element_name}`, defined in `{each.path}`.\n\n',
-           "| key | getter | setter | value | type | decimals | caption | group | when missing |\n",
-           "|---|---|---|---|---|---|---|---|---|\n"]
-    for setting in each.settings:
-        missing = setting.missing if setting.missing is not None else ZERO[setting.kind]
-        creates = setting.set or not setting.get
-        cells = [f"`{setting.key}`", f"`{setting.get}`" if setting.get else "",
-                 f"`{setting.set}`" if setting.set else "", setting.value, setting.code,
-                 "" if setting.decimals is None else setting.decimals,
-                 shown_text(setting.caption) if creates else "",
-                 shown_text(setting.group) if creates else "",
-                 missing if setting.get else ""]
-        out.append("| " + " | ".join(str(cell).replace("|", "\\|") for cell in cells) + " |\n")
-    out.append("\nA new object, in this order:\n\n")
-    for default in each.constructor:
-        value = f'"{default.to}"' if isinstance(default.to, str) else default.to
-        out.append(f"- `{default.setting.key}` = {value}\n")
-    if each.reset is not None:
-        out.append("\nOrder of `ResetPos`: " + ", ".join(f"`{key}`" for key in each.reset) + ".\n")
-    return "".join(out)
-
-
 def write_if_changed(path, text):
     data = text.encode()
     if not path.exists() or path.read_bytes() != data:
@@ -344,8 +320,6 @@ def main():
         for each in classes:
             write_if_changed(folder / f"{each.name}.h", header_of(each))
             write_if_changed(folder / f"{each.name}.cpp", source_of(each))
-            write_if_changed(arguments.output / "reference" / f"{each.name}.md",
-                             reference_of(each))
         write_if_changed(folder / "CatalogueTable.cpp", catalogue_of(classes))
         write_if_changed(folder / "AllSettings.h", umbrella_of(classes))
     if arguments.stamp:

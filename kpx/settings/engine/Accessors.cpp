@@ -1,5 +1,8 @@
 #include "kpx/settings/engine/Accessors.h"
 
+#include <utility>
+#include <vector>
+
 #include "kpx/report/Error.h"
 #include "kpx/support/TextStore.h"
 #include "kpx/text/NumberText.h"
@@ -133,9 +136,10 @@ void defineColumns(CFGConfig& header, std::span<const SettingDef> columns) {
 
 void resetKeyOrder(CFGConfig& config, std::span<const KeyLiteral> keys, int error) {
   Guarded(error, [&] {
-    config.Class.SetKeyCount(0);
-    config.Class.KeyOrder.reserve(keys.size());
-    for (const KeyLiteral& key : keys) config.Class.KeyOrder.emplace_back(key.text());
+    std::vector<CString> order;
+    order.reserve(keys.size());
+    for (const KeyLiteral& key : keys) order.emplace_back(key.text());
+    config.Class.KeyOrder = std::move(order);
   });
 }
 

@@ -45,7 +45,7 @@ KPX_API void beginConstruction(CFGConfig& config, std::u16string_view className,
 KPX_API void defineColumns(CFGTable& table, std::span<const SettingDef> columns);
 KPX_API void defineColumns(CFGConfig& header, std::span<const SettingDef> columns);
 
-/// Replaces the key order. A failure is reported under `error`.
+/// Replaces the key order. A failure is reported under `error`; the order then stays.
 KPX_API void resetKeyOrder(CFGConfig& config, std::span<const KeyLiteral> keys, int error);
 
 }  // namespace kpx::detail
