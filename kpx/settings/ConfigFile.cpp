@@ -107,69 +107,23 @@ ConfigDifference compare(const Values& a, const Values& b, const SettingsClass* 
   return difference;
 }
 
-// --- changing one value
-// ---------------------------------------------------------------------------
-
-bool isMeant(const CMarkup& document, const SettingsClass* settingsClass,
-             const CString& configuration) {
-  return configuration.IsEmpty() || document.GetTagName() == configuration ||
-         (settingsClass && settingsClass->name == configuration.view());
-}
-
-/// What a key means in a document.
-struct Candidates {
-  int configurations = 0;
-  int known = 0;       // configurations of known classes
-  int knowTheKey = 0;  // of them, those whose class knows the key
-  int columns = 0;     // their columns with this key and a value
-  const SettingAccess* access = nullptr;
-};
-
-/// Looks through what is meant by configuration and key. Stops at the column with this number,
-/// from 1, with its value as the document's child; 0 looks through all.
-Candidates lookFor(CMarkup& document, const CString& configuration, const CString& key,
-                   int stopAt) {
-  Candidates found;
-  detail::visitConfigurations(document, [&] {
-    const SettingsClass* const settingsClass = findSettingsClassByElement(document.GetTagName());
-    if (!isMeant(document, settingsClass, configuration)) return true;
-    ++found.configurations;
-    if (!settingsClass) return true;
-    ++found.known;
-    const SettingAccess* const access = settingsClass->findKey(key);
-    if (!access) return true;
-    ++found.knowTheKey;
-    bool goOn = true;
-    detail::visitColumns(document, [&](bool hasValue) {
-      if (hasValue && document.GetAttrib(u"Name") == key && document.HasChildAttrib(u"Value")) {
-        found.access = access;
-        goOn = ++found.columns != stopAt;
-      }
-      return goOn;
-    });
-    return goOn;
-  });
-  return found;
-}
-
-EditOutcome outcomeBefore(const Candidates& found) {
-  if (found.configurations == 0) return EditOutcome::noConfiguration;
-  if (found.known == 0) return EditOutcome::unknownClass;
-  if (found.knowTheKey == 0) return EditOutcome::unknownKey;
-  if (found.columns == 0) return EditOutcome::notInFile;
-  return found.columns == 1 ? EditOutcome::changed : EditOutcome::severalCandidates;
-}
-
 }  // namespace
 
 std::vector<DocumentConfiguration> findConfigurations(CMarkup& document) {
   std::vector<DocumentConfiguration> found;
   detail::visitConfigurations(document, [&] {
     found.push_back(configurationAt(document));
+    found.back().number = static_cast<int>(found.size());
     return true;
   });
   document.ResetPos();
   return found;
+}
+
+bool ConfigurationChoice::includes(const DocumentConfiguration& configuration) const noexcept {
+  if (number != 0 && configuration.number != number) return false;
+  return name.IsEmpty() || configuration.elementName == name ||
+         (configuration.settingsClass && configuration.settingsClass->name == name.view());
 }
 
 std::unique_ptr<CFGConfig> loadConfiguration(const CMarkup& document,
@@ -196,55 +150,6 @@ ConfigDifference changedFromDefaults(const DocumentConfiguration& configuration)
   if (!configuration.settingsClass || !configuration.settingsClass->isConfiguration()) return {};
   const std::unique_ptr<CFGConfig> defaults = configuration.settingsClass->create();
   return compare(valuesOf(*defaults), valuesOf(configuration), configuration.settingsClass);
-}
-
-EditResult setValueInDocument(CMarkup& document, const CString& configuration, const CString& key,
-                              const CString& text) {
-  EditResult result{};
-  const Candidates found = lookFor(document, configuration, key, 0);
-  result.outcome = outcomeBefore(found);
-  if (found.access && result.outcome == EditOutcome::changed) {
-    const SettingDef& setting = *found.access->setting;
-    result.check = checkValueText(setting.kind, text, setting.decimals);
-    if (!result.check.valid()) {
-      result.outcome = EditOutcome::badValue;
-    } else {
-      lookFor(document, configuration, key, 1);
-      result.oldValue = document.GetChildAttrib(u"Value");
-      result.newValue = result.check.normal;
-      if (result.oldValue == result.newValue) {
-        result.outcome = EditOutcome::unchanged;
-      } else if (!document.SetChildAttrib(u"Value", result.newValue)) {
-        result.outcome = EditOutcome::refused;
-      }
-    }
-  }
-  document.ResetPos();
-  return result;
-}
-
-const char* describe(EditOutcome outcome) noexcept {
-  switch (outcome) {
-    case EditOutcome::changed:
-      return "was changed";
-    case EditOutcome::unchanged:
-      return "has this value already";
-    case EditOutcome::noConfiguration:
-      return "is in no configuration of this document";
-    case EditOutcome::unknownClass:
-      return "belongs to a configuration of an unknown class";
-    case EditOutcome::unknownKey:
-      return "is not known to this class";
-    case EditOutcome::notInFile:
-      return "has no value in this document";
-    case EditOutcome::severalCandidates:
-      return "stands in this document more than once";
-    case EditOutcome::badValue:
-      return "does not take this value";
-    case EditOutcome::refused:
-      return "could not be changed in this document";
-  }
-  return "was not changed";
 }
 
 }  // namespace kpx

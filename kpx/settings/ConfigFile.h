@@ -31,6 +31,7 @@ struct DocumentSetting {
 
 /// One configuration as it stands in a document.
 struct DocumentConfiguration {
+  int number = 0;  // among those of the document, from 1
   CString elementName;
   CString name;                                  // the configuration's name
   const SettingsClass* settingsClass = nullptr;  // nullptr: the catalogue does not know it
@@ -43,6 +44,14 @@ struct DocumentConfiguration {
 /// "CFGConfig" and that the catalogue knows or that have a "CFGClass" child. What lies inside a
 /// configuration is not searched for others.
 KPX_API std::vector<DocumentConfiguration> findConfigurations(CMarkup& document);
+
+/// Which configurations of a document are meant.
+struct ConfigurationChoice {
+  CString name;    // of the class or of the element; empty: any
+  int number = 0;  // `DocumentConfiguration::number`; 0: any
+
+  KPX_API bool includes(const DocumentConfiguration& configuration) const noexcept;
+};
 
 /// A new object of the configuration's class with the document, which must not have been changed
 /// since, read over its defaults; nullptr when the class is unknown or it could not be read.
@@ -117,8 +126,9 @@ KPX_API const char* describe(FindingKind kind) noexcept;
 
 enum class EditOutcome : std::uint8_t {
   changed,
+  added,              // the class knows the key and the document had no value under it
   unchanged,          // the value was there already
-  noConfiguration,    // the document has none of this class
+  noConfiguration,    // the document has none that is meant
   unknownClass,       // it has, but the catalogue does not know it, so no value can be checked
   unknownKey,         // the class does not know the key
   notInFile,          // it does, but the document has no value under it
@@ -132,12 +142,20 @@ struct EditResult {
   ValueCheck check;
   CString oldValue;
   CString newValue;  // as it is stored: reals with the decimals of their setting
+  int number = 0;    // of the configuration that was changed
 };
 
-/// Changes one value of one configuration, and no other unit of the document. `configuration` is
-/// the name of the class or the element; the empty text means any.
-KPX_API EditResult setValueInDocument(CMarkup& document, const CString& configuration,
-                                      const CString& key, const CString& text);
+/// What becomes of a key that the class knows and the document lacks.
+enum class MissingKey : std::uint8_t {
+  refuse,
+  add,  // behind the others, with the caption, group and type that a new object gives it
+};
+
+/// Changes one value of one configuration, and no other unit of the document. A key is not added
+/// where its column stands without a value, nor under an older name that only reading knows.
+KPX_API EditResult setValueInDocument(CMarkup& document, const ConfigurationChoice& choice,
+                                      const CString& key, const CString& text,
+                                      MissingKey missingKey = MissingKey::refuse);
 
 /// An outcome as a sentence without its subject: "is not known to this class".
 KPX_API const char* describe(EditOutcome outcome) noexcept;

@@ -96,8 +96,7 @@ TEST(ConfigFile, TellsWhatDiffersFromTheDefaults) {
   ASSERT_TRUE(document.SetDoc(fileText()));
   EXPECT_TRUE(changedFromDefaults(findConfigurations(document)[0]).none());
 
-  EXPECT_EQ(setValueInDocument(document, u"", u"FDS_Tol_Z", u"0,035").outcome,
-            EditOutcome::changed);
+  EXPECT_EQ(setValueInDocument(document, {}, u"FDS_Tol_Z", u"0,035").outcome, EditOutcome::changed);
   const ConfigDifference difference = changedFromDefaults(findConfigurations(document)[0]);
   ASSERT_EQ(difference.changed.size(), 1u);
   EXPECT_EQ(difference.changed[0].valueA, u"0.020");
@@ -110,7 +109,7 @@ TEST(ConfigFile, ChangingAValueTouchesNothingElse) {
   CMarkup document;
   ASSERT_TRUE(document.SetDoc(text));
   const EditResult result =
-      setValueInDocument(document, u"CFGGeneralSettings", u"KT_Tol_XY", u"0.5");
+      setValueInDocument(document, {u"CFGGeneralSettings"}, u"KT_Tol_XY", u"0.5");
   EXPECT_EQ(result.outcome, EditOutcome::changed);
   EXPECT_EQ(result.oldValue, u"0.020");
   EXPECT_EQ(result.newValue, u"0.500");
@@ -152,7 +151,7 @@ TEST(ConfigFile, RefusedChangesLeaveTheDocument) {
     CMarkup document;
     ASSERT_TRUE(document.SetDoc(two));
     const EditResult result =
-        setValueInDocument(document, each.configuration, each.key, each.value);
+        setValueInDocument(document, {each.configuration}, each.key, each.value);
     EXPECT_EQ(result.outcome, each.outcome) << describe(result.outcome);
     EXPECT_EQ(document.GetDoc(), two);
   }

@@ -1,12 +1,15 @@
 #!/usr/bin/env python3
 """Runs kpx as its users do and checks output, exit codes and the files it leaves."""
 
+import csv
+import io
 import json
 import os
 import subprocess
 import sys
 import tempfile
 import unittest
+import xml.etree.ElementTree
 import xml.parsers.expat
 from pathlib import Path
 
@@ -181,6 +184,239 @@ class ConfigTest(ToolTest):
         self.assertEqual(out, "0.020\n")
         out, _ = self.answers(0, "config", "set", "-", "CA2T_Tol_XY", "0.5", stdin=data)
         self.assertEqual(kpx("config", "get", "-", "CA2T_Tol_XY", stdin=out.encode())[1], "0.500\n")
+
+
+class SelectionTest(ToolTest):
+    """Files with several configurations: every verb lets a person say which is meant."""
+
+    def setUp(self):
+        super().setUp()
+        header = kpx("config", "defaults", "CFGHeader")[1].split("\n", 1)[1]
+        stranger = ('<CFGConfigStrange><CFGClass><CFGCol Name="Class"><CFGValue Value="x"/>'
+                    "</CFGCol></CFGClass></CFGConfigStrange>\r\n")
+        other = header.replace('Name="Description"', 'Name="Unheard"').replace(
+            'Value=""', 'Value="second"', 1)
+        self.several = self.write("several.xml", f"<Project>\r\n{header}{stranger}{other}</Project>\r\n")
+
+    def test_get_and_set_need_to_know_which(self):
+        before = self.several.read_bytes()
+        for verb in (("get",), ("set", "new")):
+            _, err = self.answers(2, "config", verb[0], self.several, "Class", *verb[1:])
+            for place in ("CFGHeader (--index 1, line 4)", "CFGHeader (--index 3, line 15)"):
+                self.assertIn(place, err)
+        self.assertEqual(self.several.read_bytes(), before)
+        out, _ = self.answers(0, "config", "get", self.several, "Class", "--index", 3)
+        self.assertEqual(out, "second\n")
+        out, _ = self.answers(0, "config", "get", self.several, "Class", "--class",
+                              "CFGConfigStrange")
+        self.assertEqual(out, "x\n")
+        self.answers(0, "config", "set", self.several, "Class", "new", "--index", 3)
+        self.assertEqual(self.several.read_bytes(), before.replace(b"second", b"new"))
+
+    def test_show_counts_as_index_does(self):
+        shown = json.loads(self.answers(0, "config", "show", self.several, "--json")[0])
+        self.assertEqual([(each["class"], each["index"], each["line"]) for each in shown],
+                         [("CFGHeader", 1, 2), ("CFGConfigStrange", 2, 12), ("CFGHeader", 3, 13)])
+        out, _ = self.answers(0, "config", "show", self.several, "--class", "CFGHeader")
+        self.assertIn("--index 3", out)
+        self.assertNotIn("CFGConfigStrange", out)
+
+    def test_diff_and_validate_of_one(self):
+        self.answers(0, "config", "validate", self.several, "--index", 1)
+        out, _ = self.answers(1, "config", "validate", self.several, "--class", "CFGHeader")
+        self.assertEqual([line.split(":")[1] for line in out.splitlines()], ["13", "18"], out)
+        self.answers(0, "config", "diff", self.several, "CFGHeader", "--index", 1)
+        out, _ = self.answers(1, "config", "diff", self.several, self.several, "--index", 1,
+                              "--other-index", 3)
+        self.assertIn("CFGHeader (1): Class: \"\" -> second", out)
+
+    def test_what_is_not_there_is_named(self):
+        for arguments, mentioned in ((("--index", 4), "holds 3 configurations"),
+                                     (("--class", "CFGConfigPolar"), "CFGConfigStrange"),
+                                     (("--class", "CFGHeader", "--index", 2), "not CFGHeader")):
+            with self.subTest(arguments=arguments):
+                _, err = self.answers(1, "config", "show", self.several, *arguments)
+                self.assertIn(mentioned, err)
+        self.answers(2, "config", "show", self.several, "--index", 0)
+
+    def test_rows_and_tables_are_no_configurations(self):
+        for name in ("CFGConfigDXFConvertLineRow", "CFGConfigDXFConvertLineTable"):
+            for verb in (("defaults", name), ("show", name), ("get", name, "X"), ("validate", name),
+                         ("diff", name), ("diff", self.several, name),
+                         ("convert", name, "--to", "json"), ("show", self.several, "--class", name),
+                         ("set", self.several, "Class", "1", "--class", name)):
+                with self.subTest(verb=verb):
+                    _, err = self.answers(2, "config", *verb)
+                    self.assertIn("does not travel through XML", err)
+
+    def test_add_writes_a_missing_key_only_when_asked(self):
+        before = self.several.read_bytes()
+        arguments = ("config", "set", self.several, "Description", "d", "--index", 3)
+        self.assertIn("--add", self.answers(1, *arguments)[1])
+        self.assertEqual(self.several.read_bytes(), before)
+        self.answers(0, *arguments, "--add")
+        added = self.several.read_bytes()
+        self.assertIn(b'Caption="Beschreibung" Category="64"', added[len(before) - 60:])
+        self.answers(0, *arguments, "--add")
+        self.assertEqual(self.several.read_bytes(), added)
+        self.answers(1, "config", "set", self.several, "Klasse", "d", "--index", 3, "--add")
+
+
+class ConvertTest(ToolTest):
+    HEADER = (' ObjectID="7" UserChangedID="-3" UserCreatedID="2147483647" '
+              'changed="05.03.2021-08:33:34" created="31.12.1999-23:59:59" TransID="9"')
+    # As the suite writes it, with nothing at its default.
+    FULL = (f'<CFGConfigStrange{HEADER} Name="N &amp; n" ClassID="5">\r\n'
+            f'<CFGClass{HEADER} Name="Else">\r\n'
+            f'<CFGCol{HEADER} ClassID="1" Type="4" Name="K&quot;=1" Caption="c" Category="d" '
+            'Length="1" Prec="2" Nullable="1" Empty="1" Default="de" Unit="3">\r\n'
+            f'<CFGValue{HEADER} Value="a\r\nb\nc\td &quot;q&quot; &apos;\\ \u00e4 \U0001f600 " '
+            'ColID="1" RowID="2" Data="3"/>\r\n'
+            "</CFGCol>\r\n</CFGClass>\r\n</CFGConfigStrange>")
+
+    def to_json(self, path, *arguments):
+        out, _ = self.answers(0, "config", "convert", path, "--to", "json", *arguments)
+        return out
+
+    def back(self, text):
+        done = subprocess.run([KPX, "config", "convert", "-", "--to", "xml"], input=text.encode(),
+                              capture_output=True, timeout=60)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        return done.stdout
+
+    def test_json_gives_back_the_same_bytes(self):
+        general = self.file.read_bytes().decode()
+        body = general.split("\n", 1)[1]
+        documents = {
+            "defaults": general, "without declaration": body, "everything set": self.FULL,
+            "several": f"<Project a='1'>\n<!-- \u00fc --><x>&#8364;</x>{body}{self.FULL}\n\n{self.FULL}"
+                       "<y/></Project>\n",
+        }
+        for name, document in documents.items():
+            for codec, mark in (("utf-8", b""), ("utf-8", b"\xef\xbb\xbf"),
+                                ("utf-16-le", b"\xff\xfe"), ("utf-16-be", b"\xfe\xff")):
+                with self.subTest(document=name, codec=codec, mark=mark):
+                    content = mark + document.encode(codec)
+                    text = self.to_json(self.write("some.xml", content))
+                    self.assertEqual(self.back(text), content)
+        latin = '<?xml version="1.0" encoding="ISO-8859-1"?>\n' + self.FULL.replace(
+            "\U0001f600", "&#128512;")
+        path = self.write("latin.xml", latin.encode("latin-1"))
+        self.assertEqual(self.back(self.to_json(path)), path.read_bytes())
+
+    def test_every_class_survives(self):
+        for entry in json.loads(kpx("classes", "list", "--json")[1]):
+            code, out, _ = kpx("config", "defaults", entry["class"])
+            if code == 0:
+                with self.subTest(name=entry["class"]):
+                    text = self.to_json(self.write("class.xml", out))
+                    self.assertEqual(self.back(text).decode(), out)
+
+    def test_odd_files_keep_every_attribute(self):
+        odd = ('<p><CFGConfigX ClassID="007" Name=""><CFGClass>\n <CFGCol Type="" Name="k"/>'
+               '<CFGCol Name="k" changed="now" Unit="99999999999"><CFGValue/></CFGCol>'
+               '<CFGCol Type="1"><CFGValue Value="\ud83d" Data="-0"/></CFGCol></CFGClass></CFGConfigX>'
+               "<CFGConfigCFGClassHeader/></p>").encode("utf-16-le", "surrogatepass")
+        path = self.write("odd.xml", b"\xff\xfe" + odd)
+
+        def attributes(content):
+            text = content.decode("utf-16", "surrogatepass").replace("\ud83d", "?")
+            return [(element.tag, element.attrib)
+                    for element in xml.etree.ElementTree.fromstring(text).iter()]
+
+        again = self.back(self.to_json(path))
+        self.assertEqual(attributes(again), attributes(path.read_bytes()))
+        self.assertIn("\ud83d".encode("utf-16-le", "surrogatepass"), again)
+
+    def test_a_changed_value_comes_back(self):
+        text = self.to_json(self.file)
+        line = next(each for each in text.splitlines() if '"FDS_Tol_Z"' in each)
+        self.assertTrue(line.strip().startswith('{"key": "FDS_Tol_Z", "value": "0.020", "type": 3'))
+        changed = self.back(text.replace(line, line.replace("0.020", "0.035")))
+        before = self.file.read_bytes()
+        self.answers(0, "config", "set", self.file, "FDS_Tol_Z", "0.035")
+        self.assertEqual(changed, self.file.read_bytes())
+        self.assertNotEqual(changed, before)
+        path = self.write("typo.json", text.replace(line, line.replace("0.020", "o.o2")))
+        self.assertIn("FDS_Tol_Z", self.answers(0, "config", "convert", path, "--to", "xml")[1])
+
+    def test_what_json_cannot_keep_is_refused(self):
+        for inside, named in (("<!-- c -->", "comment"), ("<x/>", "'x'"), ("text", "text"),
+                              ('<CFGCol Name="a" Colour="1"/>', "'Colour'"),
+                              ('<CFGCol Name="a" Name="b"/>', "second attribute 'Name'")):
+            with self.subTest(inside=inside):
+                path = self.write("odd.xml", f"<CFGConfigX>\n<CFGClass>{inside}</CFGClass></CFGConfigX>")
+                _, err = self.answers(3, "config", "convert", path, "--to", "json")
+                self.assertIn(f"{path}:2:11: ", err)
+                self.assertIn(named, err)
+
+    def test_bad_json_is_refused_with_its_place(self):
+        good = self.to_json("CFGHeader")
+        target = Path(self.folder.name) / "out.xml"
+        for old, new, place in (
+                ('"value": ""', '"value": 7', ":9:36: /configurations/0/settings/0/value"),
+                ('"type": 4', '"type": "4"', "settings/0/type"),
+                ('"type": 4', '"type": 2147483648', "32-bit"),
+                ('"type": 4', '"type": 1e99', "32-bit"),
+                ('"type": 4', '"type": 4, "colour": 1', "settings/0/colour"),
+                ('"type": 4', '"type": 4, "type": 4', ":9:"),
+                ('"type": 4, ', "", "lacks the field 'type'"),
+                ('"value": ""', '"value": "\\u0000"', "settings/0/value"),
+                ('"value": ""', '"value": {"utf16": "d800"}', "UTF-8"),
+                ('"version": 1', '"version": 2', ":3:"),
+                ('"class": "CFGHeader"', '"class": "CFGGeneralSettings"', "configurations/0/element"),
+                ('"settings"', '"before": "<a>", "settings"', "well-formed"),
+                ('"settings"', '"changed": "yesterday", "settings"', "configurations/0/changed"),
+                (good, "", "empty"), (good, good[:-4], ":13:"), (good, good + "x", ":15:1:"),
+                (good, "[" * 100000, "deeply"), (good, "<a/>", "XML already")):
+            with self.subTest(new=new[:40]):
+                path = self.write("bad.json", good.replace(old, new, 1))
+                _, err = self.answers(3, "config", "convert", path, "--to", "xml", "-o", target)
+                self.assertEqual(len(err.strip().splitlines()), 1, err)
+                self.assertIn(str(path), err)
+                self.assertIn(place, err)
+                self.assertFalse(target.exists())
+
+    def test_csv_and_ini_are_read_by_others(self):
+        header = kpx("config", "defaults", "CFGHeader")[1].split("\n", 1)[1].replace(
+            'Value=""', 'Value="a;b&quot;,\nd "', 1)
+        path = self.write("two.xml", f"<p>{header}{header}</p>")
+        for arguments, separator in (((), ","), (("--separator", ";", "--bom"), ";")):
+            out, _ = self.answers(0, "config", "convert", path, "--to", "csv", *arguments)
+            rows = list(csv.reader(io.StringIO(out.removeprefix("\ufeff"), newline=""),
+                                   delimiter=separator))
+            self.assertEqual(rows[:2], [["class", "key", "value", "type", "caption", "group"],
+                                        ["CFGHeader", "Class", 'a;b",\nd ', "4", "Class ", "64"]])
+            self.assertEqual(rows[3][0], "CFGHeader.2")
+            self.assertEqual(out.startswith("\ufeff"), "--bom" in arguments)
+        out, _ = self.answers(0, "config", "convert", path, "--to", "ini", "--class", "CFGHeader")
+        self.assertEqual(out, '[CFGHeader]\r\nClass=a;b",\\nd \r\nDescription=\r\n\r\n'
+                              '[CFGHeader.2]\r\nClass=a;b",\\nd \r\nDescription=\r\n')
+        for key in ("", "a=b", ";a", "[a", " a", "a ", "Class"):
+            odd = self.write("odd.xml", header.replace('Name="Description"', f'Name="{key}"'))
+            with self.subTest(key=key):
+                _, err = self.answers(3, "config", "convert", odd, "--to", "ini")
+                self.assertIn(f"{odd}:", err)
+
+    def test_output_is_written_whole_and_never_over_the_input(self):
+        before = self.file.read_bytes()
+        here = Path(self.folder.name)
+        os.link(self.file, here / "same.xml")
+        for target in (self.file, here / "same.xml", here / "." / "general.xml"):
+            self.answers(2, "config", "convert", self.file, "--to", "csv", "-o", target)
+        self.answers(4, "config", "convert", self.file, "--to", "csv", "-o", here / "no" / "x.csv")
+        self.assertEqual(self.file.read_bytes(), before)
+        target = here / "out.json"
+        self.answers(0, "config", "convert", self.file, "--to", "json", "-o", target)
+        self.assertEqual(target.read_text(), self.to_json(self.file))
+
+    def test_a_selection_leaves_the_others_out(self):
+        body = self.file.read_text().split("\n", 1)[1]
+        path = self.write("several.xml", f"<Project>\r\n{self.FULL}\r\n{body}</Project>")
+        text = self.to_json(path, "--index", 2)
+        self.assertNotIn("CFGConfigStrange", text)
+        left = self.write("left.xml", self.back(text))
+        self.answers(0, "config", "diff", left, "CFGGeneralSettings")
 
 
 class BadInputTest(ToolTest):

@@ -13,8 +13,8 @@ namespace {
 struct Request {
   const std::string& source;
   const std::string& key;
-  const std::string& className;
   const SetOptions& options;
+  const Configurations& configurations;
 };
 
 const char* typeName(ValueKind kind) {
@@ -33,82 +33,86 @@ const char* typeName(ValueKind kind) {
   return "";
 }
 
-/// Says what the value should have been: the first class of the file that knows the key tells.
-std::string badValue(const Request& request, const EditResult& result, CMarkup& document) {
+/// The setting that the class of a configuration has under the key; nullptr if there is none.
+const SettingAccess* accessOf(const DocumentConfiguration& configuration, const CString& key) {
+  return configuration.settingsClass ? configuration.settingsClass->findKey(key) : nullptr;
+}
+
+/// Says what the value should have been.
+std::string badValue(const Request& request, const EditResult& result) {
   std::string sentence =
       request.source + ": '" + request.key + "' cannot become '" + request.options.value + "'";
-  const CString key = CString::fromUtf8(request.key);
-  for (const DocumentConfiguration& configuration : findConfigurations(document)) {
-    if (!configuration.settingsClass || !isMeant(configuration, request.className)) continue;
-    if (const SettingAccess* access = configuration.settingsClass->findKey(key)) {
+  for (const DocumentConfiguration& configuration : request.configurations.list) {
+    if (configuration.number != result.number) continue;
+    if (const SettingAccess* access = accessOf(configuration, CString::fromUtf8(request.key))) {
       sentence += std::string(", it takes ") + typeName(access->setting->kind);
-      break;
     }
   }
   return sentence + ": this " + describe(result.check.problem);
 }
 
-/// Where the key stands: the classes, or the lines where they are of one class.
-std::string candidates(const Request& request, CMarkup& document) {
-  constexpr std::size_t mostLines = 10;
-  std::vector<std::string> names;
-  std::string lines;
-  std::size_t count = 0;
+/// Where the key stands, or where it could be added.
+std::string candidates(const Request& request) {
   const CString key = CString::fromUtf8(request.key);
-  PlaceCounter places(document.GetDoc());
-  for (const DocumentConfiguration& configuration : findConfigurations(document)) {
+  CandidateList places(request.configurations.document);
+  CandidateList owners(request.configurations.document);
+  for (const DocumentConfiguration& configuration : request.configurations.list) {
+    if (!accessOf(configuration, key)) continue;
+    owners.add(configuration, configuration.offset);
     for (const DocumentSetting& setting : configuration.settings) {
-      if (setting.key != key || !isMeant(configuration, request.className)) continue;
-      const std::string name = nameOf(configuration);
-      if (std::ranges::find(names, name) == names.end()) names.push_back(name);
-      if (++count > mostLines) continue;
-      lines += (count > 1 ? ", " : "") + std::to_string(places.at(setting.offset).first);
+      if (setting.key == key) places.add(configuration, setting.offset);
     }
   }
-  if (names.size() == 1) {
-    return "stands " + std::to_string(count) + " times in " + names.front() + " (lines " + lines +
-           (count > mostLines ? ", ..." : "") + "), so it is not clear which one is meant";
-  }
-  std::string list;
-  for (const std::string& name : names) list += (list.empty() ? "" : ", ") + name;
-  return "stands in " + list + "; choose one with --class";
+  return places.count() > 0 ? "stands in " + places.sentence()
+                            : "could be added to " + owners.sentence();
 }
 
-[[noreturn]] void failEdit(const Request& request, const EditResult& result, CMarkup& document) {
-  const std::string subject = request.source + ": '" + request.key + "'";
+/// Why a key that a class knows has no value to change, and what could be done.
+std::string notInFile(const Request& request) {
+  const CString key = CString::fromUtf8(request.key);
+  for (const DocumentConfiguration& configuration : request.configurations.list) {
+    const SettingAccess* const access = accessOf(configuration, key);
+    if (!access) continue;
+    if (std::ranges::find(configuration.settings, key, &DocumentSetting::key) !=
+        configuration.settings.end()) {
+      return "stands in " + nameOf(configuration) + " without a value, so there is none to change";
+    }
+    if (access->key() != key.view()) {
+      return "is an older name of '" + shown(access->key()) + "' and is not in this file";
+    }
+  }
+  return "is not in this file, and its default counts; --add writes it";
+}
+
+[[noreturn]] void failEdit(const Request& request, const EditResult& result) {
+  const std::string subject = request.source + ": '" + request.key + "' ";
   switch (result.outcome) {
     case EditOutcome::badValue:
-      throw Failure(Exit::usage, badValue(request, result, document));
+      throw Failure(Exit::usage, badValue(request, result));
     case EditOutcome::severalCandidates:
-      throw Failure(Exit::usage, subject + " " + candidates(request, document));
-    case EditOutcome::noConfiguration:
-      throw Failure(request.className.empty() ? Exit::input : Exit::no,
-                    request.source + ": holds no configuration" + inClass(request.className));
+      throw Failure(Exit::usage, subject + candidates(request));
     case EditOutcome::unknownClass:
       throw Failure(Exit::usage, subject +
-                                     " belongs to a class that is not known, so its value "
+                                     "belongs to a class that is not known, so its value "
                                      "cannot be checked");
+    case EditOutcome::notInFile:
+      throw Failure(Exit::no, subject + notInFile(request));
     case EditOutcome::refused:
-      throw Failure(Exit::notWritten, subject + " does not fit into the document");
+      throw Failure(
+          Exit::notWritten,
+          subject + "does not fit into the document" +
+              (request.options.add ? ", or there is no CFGClass element to hold it" : ""));
     default:
-      throw Failure(Exit::no, subject + " " + describe(result.outcome));
-  }
-}
-
-void replaceOrFail(const std::string& path, std::string_view bytes) {
-  const FileResult result = fileSystem().replaceFile(CString::fromUtf8(path), bytes);
-  if (!result) {
-    throw Failure(Exit::notWritten,
-                  path + ": " + shown(result.message()) + "; nothing was changed");
+      throw Failure(Exit::no, subject + describe(result.outcome));
   }
 }
 
 /// The document in the bytes of its encoding, with the promise that what was not changed has the
 /// bytes it had.
-std::string encode(const ReadDocument& read, const std::string& source) {
+std::string encode(const Configurations& read) {
   EncodedText encoded = encodeMarkupText(read.document.GetDoc(), read.storage);
   if (!encoded.usable || encoded.losses > 0) {
-    throw Failure(Exit::notWritten, source + ": the value cannot be written in the encoding " +
+    throw Failure(Exit::notWritten, read.source + ": the value cannot be written in the encoding " +
                                         read.encoding + "; nothing was changed");
   }
   return std::move(encoded.bytes);
@@ -116,18 +120,7 @@ std::string encode(const ReadDocument& read, const std::string& source) {
 
 }  // namespace
 
-bool isMeant(const DocumentConfiguration& configuration, const std::string& className) {
-  if (className.empty()) return true;
-  const CString name = CString::fromUtf8(className);
-  return configuration.elementName == name ||
-         (configuration.settingsClass && configuration.settingsClass->name == name.view());
-}
-
-std::string inClass(const std::string& className) {
-  return className.empty() ? "" : " of the class " + className;
-}
-
-Exit setValue(const std::string& file, const std::string& key, const std::string& className,
+Exit setValue(const std::string& file, const std::string& key, const Selection& selection,
               const SetOptions& options, bool json) {
   const bool toOutput = file == "-";
   if (toOutput && (json || options.backup)) {
@@ -136,20 +129,22 @@ Exit setValue(const std::string& file, const std::string& key, const std::string
                   "nor --backup can be meant");
   }
   const Input input = readInput(file);
-  ReadDocument read = requireWellFormed(input);
-  CMarkup& document = read.document;
-  if (encode(read, input.name) != input.bytes()) {
+  Configurations read = configurationsOf(input, selection);
+  if (encode(read) != input.bytes()) {
     throw Failure(Exit::input, input.name + ": would not keep every other byte in the encoding " +
                                    read.encoding + "; nothing was changed");
   }
 
-  const Request request{input.name, key, className, options};
   const EditResult result =
-      setValueInDocument(document, given(className), given(key), given(options.value));
-  const bool changed = result.outcome == EditOutcome::changed;
-  if (!changed && result.outcome != EditOutcome::unchanged) failEdit(request, result, document);
+      setValueInDocument(read.document, choiceOf(selection), given(key), given(options.value),
+                         options.add ? MissingKey::add : MissingKey::refuse);
+  const bool added = result.outcome == EditOutcome::added;
+  const bool changed = added || result.outcome == EditOutcome::changed;
+  if (!changed && result.outcome != EditOutcome::unchanged) {
+    failEdit({input.name, key, options, read}, result);
+  }
 
-  const std::string bytes = encode(read, input.name);
+  const std::string bytes = encode(read);
   const bool write = changed && !options.dryRun && !toOutput;
   if (write) {
     if (options.backup) {
@@ -159,7 +154,8 @@ Exit setValue(const std::string& file, const std::string& key, const std::string
     replaceOrFail(file, bytes);
   }
 
-  const std::string sentence = key + ": " + shownOnOneLine(result.oldValue) + " -> " +
+  const std::string sentence = key + ": " +
+                               (added ? "added as " : shownOnOneLine(result.oldValue) + " -> ") +
                                shownOnOneLine(result.newValue) +
                                (!changed         ? " (unchanged)"
                                 : options.dryRun ? " (not written)"
@@ -173,8 +169,9 @@ Exit setValue(const std::string& file, const std::string& key, const std::string
     complain(sentence);
   } else if (json) {
     printJson(Json{{"file", input.name},
+                   {"index", result.number},
                    {"key", key},
-                   {"old", shown(result.oldValue)},
+                   {"old", added ? Json(nullptr) : Json(shown(result.oldValue))},
                    {"new", shown(result.newValue)},
                    {"written", write}});
   } else {

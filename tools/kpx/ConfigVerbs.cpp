@@ -5,6 +5,8 @@
 
 #include "kpx/settings/ConfigFile.h"
 #include "tools/kpx/Classes.h"
+#include "tools/kpx/ConfigConvert.h"
+#include "tools/kpx/ConfigDiff.h"
 #include "tools/kpx/ConfigSet.h"
 #include "tools/kpx/Configurations.h"
 #include "tools/kpx/Output.h"
@@ -14,13 +16,14 @@ namespace kpx::tool {
 namespace {
 
 struct Arguments {
-  std::string file;   // or class
-  std::string other;  // the second file or class of diff
+  std::string file;  // or class
   std::string key;
-  std::string className;
+  Selection selection;
+  DiffOptions diff;
   bool onlyChanged = false;
   bool json = false;
   SetOptions set;
+  ConvertOptions convert;
 };
 
 // --- defaults -------------------------------------------------------------------------------
@@ -49,13 +52,19 @@ std::map<CString, CString> defaultsOf(const DocumentConfiguration& configuration
 }
 
 Exit show(const Arguments& arguments) {
-  const Configurations configurations = readConfigurations(arguments.file);
+  const Configurations configurations = readConfigurations(arguments.file, arguments.selection);
   Json report = Json::array();
   CString text;
+  PlaceCounter places(configurations.document.GetDoc());
   for (const DocumentConfiguration& configuration : configurations.list) {
+    const int line = places.at(configuration.offset).first;
     const std::map<CString, CString> defaultValues = defaultsOf(configuration);
     Json settings = Json::array();
-    text.AppendFormat(u"%s[%S]\n", text.IsEmpty() ? u"" : u"\n", nameOf(configuration));
+    text.AppendFormat(u"%s[%S]", text.IsEmpty() ? u"" : u"\n", nameOf(configuration));
+    if (configurations.count > 1) {
+      text.AppendFormat(u"   (--index %d, line %d)", configuration.number, line);
+    }
+    text += u'\n';
     for (const DocumentSetting& setting : configuration.settings) {
       const auto found = defaultValues.find(setting.key);
       const bool changed = found == defaultValues.end() || found->second != setting.value;
@@ -73,6 +82,9 @@ Exit show(const Arguments& arguments) {
       text += u'\n';
     }
     report.push_back({{"class", nameOf(configuration)},
+                      {"index", configuration.number},
+                      {"line", line},
+                      {"name", shown(configuration.name)},
                       {"element", shown(configuration.elementName)},
                       {"known", configuration.settingsClass != nullptr},
                       {"settings", std::move(settings)}});
@@ -96,30 +108,31 @@ const DocumentSetting* findSetting(const DocumentConfiguration& configuration, c
 }
 
 Exit get(const Arguments& arguments) {
-  const Configurations configurations = readConfigurations(arguments.file);
+  const Configurations configurations = readConfigurations(arguments.file, arguments.selection);
   const CString key = CString::fromUtf8(arguments.key);
   const DocumentSetting* found = nullptr;
-  std::string owner;
-  std::string owners;
-  int count = 0;
+  const DocumentConfiguration* owner = nullptr;
+  CandidateList candidates(configurations.document);
   for (const DocumentConfiguration& configuration : configurations.list) {
-    if (!isMeant(configuration, arguments.className)) continue;
     if (const DocumentSetting* setting = findSetting(configuration, key)) {
       found = setting;
-      owner = nameOf(configuration);
-      owners += (count++ ? ", " : "") + owner;
+      owner = &configuration;
+      candidates.add(configuration, setting->offset);
     }
   }
-  if (count == 0) {
+  if (!found) {
     throw Failure(Exit::no, configurations.source + ": there is no setting '" + arguments.key +
-                                "'" + inClass(arguments.className));
+                                "'" + (arguments.selection.none() ? "" : " in what is selected"));
   }
-  if (count > 1) {
+  if (candidates.count() > 1) {
     throw Failure(Exit::usage, configurations.source + ": '" + arguments.key + "' stands in " +
-                                   owners + "; choose one with --class");
+                                   candidates.sentence());
   }
   if (arguments.json) {
-    printJson(Json{{"class", owner}, {"key", arguments.key}, {"value", shown(found->value)}});
+    printJson(Json{{"class", nameOf(*owner)},
+                   {"index", owner->number},
+                   {"key", arguments.key},
+                   {"value", shown(found->value)}});
   } else {
     print(shown(found->value) + "\n");
   }
@@ -128,104 +141,28 @@ Exit get(const Arguments& arguments) {
 
 // --- diff -----------------------------------------------------------------------------------
 
-/// Collects the differences of all configurations, as lines and as JSON.
-class DifferenceReport {
- public:
-  DifferenceReport(std::string a, std::string b) : a_(std::move(a)), b_(std::move(b)) {}
-
-  void add(const std::string& name, const ConfigDifference& difference) {
-    for (const ChangedValue& each : difference.changed) {
-      add(name, each.key, &each.valueA, &each.valueB);
-    }
-    for (const KeyAndValue& each : difference.onlyInA) add(name, each.key, &each.value, nullptr);
-    for (const KeyAndValue& each : difference.onlyInB) add(name, each.key, nullptr, &each.value);
-  }
-  void addMissing(const std::string& name, const std::string& where) {
-    list_.push_back({{"class", name}, {"only_in", where}});
-    lines_ += name + ": only in " + where + "\n";
-  }
-
-  Exit finish(bool json) const {
-    if (json) {
-      printJson(Json{{"a", a_}, {"b", b_}, {"differences", list_}});
-    } else {
-      print(lines_);
-    }
-    return list_.empty() ? Exit::success : Exit::no;
-  }
-
- private:
-  void add(const std::string& name, const CString& key, const CString* a, const CString* b) {
-    const auto json = [](const CString* value) {
-      return value ? Json(shown(*value)) : Json(nullptr);
-    };
-    const auto text = [](const CString* value) {
-      return value->IsEmpty() ? std::string("\"\"") : shownOnOneLine(*value);
-    };
-    list_.push_back({{"class", name}, {"key", shown(key)}, {"a", json(a)}, {"b", json(b)}});
-    lines_ += name + ": " + shownOnOneLine(key) + ": ";
-    if (a && b) {
-      lines_ += text(a) + " -> " + text(b);
-    } else {
-      lines_ += text(a ? a : b) + " (only in " + (a ? a_ : b_) + ")";
-    }
-    lines_ += "\n";
-  }
-
-  std::string a_;
-  std::string b_;
-  std::string lines_;
-  Json list_ = Json::array();
-};
-
-Exit diffFromDefaults(const Arguments& arguments) {
-  const Configurations configurations = readConfigurations(arguments.file);
-  DifferenceReport report("defaults", configurations.source);
-  for (const DocumentConfiguration& configuration : configurations.list) {
-    if (configuration.settingsClass) {
-      report.add(nameOf(configuration), changedFromDefaults(configuration));
-    } else {
-      complain(configurations.source + ": " + nameOf(configuration) +
-               " is not a known class and has no defaults to compare with");
-    }
-  }
-  return report.finish(arguments.json);
-}
-
-/// Pairs the configurations of both sides: the first of an element with the first, and so on.
 Exit diff(const Arguments& arguments) {
-  if (arguments.other.empty()) return diffFromDefaults(arguments);
-  const Configurations a = readConfigurations(arguments.file);
-  const Configurations b = readConfigurations(arguments.other);
-  DifferenceReport report(a.source, b.source);
-  std::vector<const DocumentConfiguration*> unpaired;
-  for (const DocumentConfiguration& each : b.list) unpaired.push_back(&each);
-  for (const DocumentConfiguration& each : a.list) {
-    const auto partner =
-        std::ranges::find(unpaired, each.elementName, &DocumentConfiguration::elementName);
-    if (partner == unpaired.end()) {
-      report.addMissing(nameOf(each), a.source);
-    } else {
-      report.add(nameOf(each), compareConfigurations(each, **partner));
-      unpaired.erase(partner);
-    }
-  }
-  for (const DocumentConfiguration* each : unpaired) report.addMissing(nameOf(*each), b.source);
-  return report.finish(arguments.json);
+  return diffConfigurations(arguments.file, arguments.selection, arguments.diff, arguments.json);
 }
 
 // --- validate -------------------------------------------------------------------------------
 
 Exit validate(const Arguments& arguments) {
-  Configurations configurations = readConfigurations(arguments.file);
-  const std::vector<ConfigFinding> findings = validateConfigurations(configurations.document);
+  Configurations configurations = readConfigurations(arguments.file, arguments.selection);
   PlaceCounter places(configurations.document.GetDoc());
   Json report = Json::array();
   std::string lines;
-  for (const ConfigFinding& finding : findings) {
+  auto owner = configurations.list.begin();
+  for (const ConfigFinding& finding : validateConfigurations(configurations.document)) {
+    // Findings come in the order of the document, as the configurations do.
+    while (owner != configurations.list.end() && finding.offset >= owner->offset + owner->length) {
+      ++owner;
+    }
+    if (owner == configurations.list.end()) break;
+    if (finding.offset < owner->offset) continue;
     const auto [line, column] = places.at(finding.offset);
-    const std::string subject =
-        shown(finding.className) + (finding.key.IsEmpty() ? "" : "." + shownOnOneLine(finding.key));
+    const std::string subject = labelOf(configurations, *owner) +
+                                (finding.key.IsEmpty() ? "" : "." + shownOnOneLine(finding.key));
     std::string sentence = subject + " " + describe(finding.kind);
     if (!finding.value.IsEmpty()) sentence += ": \"" + shownOnOneLine(finding.value) + "\"";
     if (finding.problem != ValueProblem::none) {
@@ -235,6 +172,7 @@ Exit validate(const Arguments& arguments) {
     report.push_back({{"line", line},
                       {"column", column},
                       {"class", shown(finding.className)},
+                      {"index", owner->number},
                       {"key", shown(finding.key)},
                       {"value", shown(finding.value)},
                       {"message", sentence}});
@@ -244,12 +182,16 @@ Exit validate(const Arguments& arguments) {
   } else {
     print(lines);
   }
-  return findings.empty() ? Exit::success : Exit::no;
+  return report.empty() ? Exit::success : Exit::no;
 }
 
 Exit set(const Arguments& arguments) {
-  return setValue(arguments.file, arguments.key, arguments.className, arguments.set,
+  return setValue(arguments.file, arguments.key, arguments.selection, arguments.set,
                   arguments.json);
+}
+
+Exit convertFile(const Arguments& arguments) {
+  return convert(arguments.file, arguments.selection, arguments.convert);
 }
 
 }  // namespace
@@ -266,7 +208,6 @@ void addConfigVerbs(CLI::App& app, Action& chosen) {
     return std::pair{command, arguments};
   };
   const char* const fileOrClass = "A file, - for standard input, or the name of a class";
-  const char* const whichClass = "The class, where several in the file have the key";
 
   {
     const auto [command, arguments] =
@@ -276,6 +217,7 @@ void addConfigVerbs(CLI::App& app, Action& chosen) {
   {
     const auto [command, arguments] = add("show", "Show all settings with their values", &show);
     command->add_option("FILE|CLASS", arguments->file, fileOrClass)->required();
+    addSelection(*command, arguments->selection);
     command->add_flag("--changed", arguments->onlyChanged,
                       "Only those whose text differs from the default");
   }
@@ -283,7 +225,7 @@ void addConfigVerbs(CLI::App& app, Action& chosen) {
     const auto [command, arguments] = add("get", "Print the value of one setting", &get);
     command->add_option("FILE", arguments->file, fileOrClass)->required();
     command->add_option("KEY", arguments->key, "Key of the setting")->required();
-    command->add_option("--class", arguments->className, whichClass);
+    addSelection(*command, arguments->selection);
   }
   {
     const auto [command, arguments] =
@@ -292,7 +234,9 @@ void addConfigVerbs(CLI::App& app, Action& chosen) {
         ->required();
     command->add_option("KEY", arguments->key, "Key of the setting")->required();
     command->add_option("VALUE", arguments->set.value, "Its new value")->required();
-    command->add_option("--class", arguments->className, whichClass);
+    addSelection(*command, arguments->selection);
+    command->add_flag("--add", arguments->set.add,
+                      "Add the setting if the class knows it and the file lacks it");
     command->add_flag("--dry-run", arguments->set.dryRun, "Only tell what would be changed");
     command->add_flag("--backup", arguments->set.backup, "Keep the old file as FILE.bak");
   }
@@ -300,12 +244,24 @@ void addConfigVerbs(CLI::App& app, Action& chosen) {
     const auto [command, arguments] =
         add("diff", "Compare the values of two files, or of one with the defaults", &diff);
     command->add_option("A", arguments->file, fileOrClass)->required();
-    command->add_option("B", arguments->other, "The same; without it, the defaults");
+    addSelection(*command, arguments->selection);
+    addDiffOptions(*command, arguments->diff);
   }
   {
     const auto [command, arguments] =
         add("validate", "Name everything that is not as the suite writes it", &validate);
     command->add_option("FILE", arguments->file, fileOrClass)->required();
+    addSelection(*command, arguments->selection);
+  }
+  {
+    auto arguments = std::make_shared<Arguments>();
+    CLI::App* const command =
+        config->add_subcommand("convert", "Convert to JSON, CSV or INI, and JSON back to XML");
+    command->callback(
+        [&chosen, arguments] { chosen = [arguments] { return convertFile(*arguments); }; });
+    command->add_option("FILE", arguments->file, fileOrClass)->required();
+    addConvertOptions(*command, arguments->convert);
+    addSelection(*command, arguments->selection);
   }
 }
 

@@ -1,29 +1,76 @@
 #pragma once
 
+#include <CLI/CLI.hpp>
 #include <string>
 #include <vector>
 
 #include "kpx/settings/ConfigFile.h"
 #include "tools/kpx/Input.h"
+#include "tools/kpx/Output.h"
 
 namespace kpx::tool {
+
+/// Which configurations of a file a verb works at, as the command line says it.
+struct Selection {
+  std::string className;  // --class: the class or the element
+  int index = 0;          // --index: the number in the whole file, from 1
+
+  bool none() const noexcept { return className.empty() && index == 0; }
+};
+
+/// Adds --class and --index to a verb.
+void addSelection(CLI::App& command, Selection& selection);
+
+/// The selection for the library. Raises a Failure (wrong usage) for a class whose objects are no
+/// configurations.
+ConfigurationChoice choiceOf(const Selection& selection);
 
 /// The configurations of a file, or the defaults of a class.
 struct Configurations {
   std::string source;  // as messages name it
   CMarkup document;
-  std::vector<DocumentConfiguration> list;
+  std::string encoding;
+  MarkupEncoding storage;
+  std::vector<DocumentConfiguration> list;  // the selected ones, in the order of the document
+  int count = 0;                            // how many there are in the file
 };
 
 /// Reads what a name stands for: a class of the catalogue, "-", or a file. Raises a Failure when
-/// the file is unreadable, ill-formed or holds no configuration.
-Configurations readConfigurations(const std::string& fileOrClass);
-Configurations configurationsOf(const Input& input);
+/// the file is unreadable, ill-formed or holds no configuration that is selected.
+Configurations readConfigurations(const std::string& fileOrClass, const Selection& selection = {});
+Configurations configurationsOf(const Input& input, const Selection& selection = {});
 
-/// The XML of a new object of the class, as a document of its own.
+/// The XML of a new object of the class, as a document of its own. Raises a Failure (wrong usage)
+/// for a class whose objects are no configurations.
 CString defaultsAsXml(const SettingsClass& settingsClass);
 
 /// How a configuration is called in output: its class, or its element if the class is unknown.
 std::string nameOf(const DocumentConfiguration& configuration);
+
+/// The same, with its number in a file that holds several: "CFGHeader (2)".
+std::string labelOf(const Configurations& configurations,
+                    const DocumentConfiguration& configuration);
+
+/// Places in a document where more than one is possible, for a message: "NAME (--index 2, line 17)"
+/// one after the other. Places are added in the order of the document.
+class CandidateList {
+ public:
+  explicit CandidateList(const CMarkup& document) : places_(document.GetDoc()) {}
+  void add(const DocumentConfiguration& configuration, int offset);
+  int count() const noexcept { return count_; }
+  /// The places, and what tells them apart: "…; choose one with --class or --index".
+  std::string sentence() const;
+
+ private:
+  static constexpr int mostPlaces = 10;
+
+  PlaceCounter places_;
+  std::string names_;
+  int count_ = 0;
+  int firstNumber_ = 0;
+  std::string firstName_;
+  bool severalNames_ = false;
+  bool severalNumbers_ = false;
+};
 
 }  // namespace kpx::tool

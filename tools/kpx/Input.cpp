@@ -24,7 +24,12 @@ std::string readStandardInput() {
   return bytes;
 }
 
-/// Line and column, from 1, of a byte; columns count bytes, since the bytes are no text.
+ProblemLine lineOf(const MarkupProblem& problem) {
+  return {problem.line, problem.column, shown(describe(problem))};
+}
+
+}  // namespace
+
 ProblemLine atByte(std::string_view bytes, std::size_t offset, std::string sentence) {
   ProblemLine problem{1, 1, std::move(sentence)};
   for (std::size_t i = 0; i < offset && i < bytes.size(); ++i) {
@@ -37,12 +42,6 @@ ProblemLine atByte(std::string_view bytes, std::size_t offset, std::string sente
   }
   return problem;
 }
-
-ProblemLine lineOf(const MarkupProblem& problem) {
-  return {problem.line, problem.column, shown(describe(problem))};
-}
-
-}  // namespace
 
 std::string placeOf(const std::string& name, const ProblemLine& problem) {
   return name + ":" + std::to_string(problem.line) + ":" + std::to_string(problem.column) + ": " +

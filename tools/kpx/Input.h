@@ -30,6 +30,9 @@ struct ProblemLine {
   std::string sentence;
 };
 
+/// The line and column, from 1, of a byte; columns count bytes.
+ProblemLine atByte(std::string_view bytes, std::size_t offset, std::string sentence);
+
 /// A document that was read, with everything that is wrong with it.
 struct ReadDocument {
   CMarkup document;

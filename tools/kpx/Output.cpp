@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "kpx/platform/FileSystem.h"
 #include "kpx/text/Utf.h"
 #include "tools/kpx/Exit.h"
 
@@ -58,6 +59,14 @@ void print(std::string_view data) {
 }
 
 void printJson(const Json& json) { print(json.dump(2) + "\n"); }
+
+void replaceOrFail(const std::string& path, std::string_view bytes) {
+  const FileResult result = fileSystem().replaceFile(CString::fromUtf8(path), bytes);
+  if (!result) {
+    throw Failure(Exit::notWritten,
+                  path + ": " + shown(result.message()) + "; nothing was changed");
+  }
+}
 
 void finishOutput() {
   if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) failOutput();

@@ -26,6 +26,9 @@ CString given(const std::string& argument);
 void print(std::string_view data);
 void printJson(const Json& json);
 
+/// Writes a file whole or not at all. Raises a Failure when that is not possible.
+void replaceOrFail(const std::string& path, std::string_view bytes);
+
 /// Makes sure that everything printed has arrived.
 void finishOutput();
 

@@ -1,0 +1,258 @@
+#include "tools/kpx/ConfigConvert.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <map>
+#include <set>
+
+#include "kpx/settings/ConfigParts.h"
+#include "tools/kpx/ConfigJson.h"
+
+namespace kpx::tool {
+namespace {
+
+// --- CSV and INI ----------------------------------------------------------------------------
+
+/// One setting of a configuration as the tables of other programs take it.
+struct PlainSetting {
+  CString key;
+  CString value;
+  CString type;
+  CString caption;
+  CString group;
+  int offset = 0;
+};
+
+struct PlainConfiguration {
+  std::string name;  // the class, from its second configuration on with ".2", ".3"
+  std::vector<PlainSetting> settings;
+};
+
+CString attributeOf(const ConfigElement& element, std::u16string_view name) {
+  CString text;
+  AttributeReader attributes = element.attributes;
+  attributes.read(name, text);
+  return text;
+}
+
+std::vector<PlainConfiguration> plainConfigurations(Configurations& configurations) {
+  std::vector<PlainConfiguration> plain;
+  std::map<std::string, int> counts;
+  auto selected = configurations.list.begin();
+  int number = 0;
+  for (const ConfigParts& parts : configPartsOf(configurations.document)) {
+    if (selected == configurations.list.end() || selected->number != ++number) continue;
+    std::string name = nameOf(*selected++);
+    if (const int count = ++counts[name]; count > 1) name += "." + std::to_string(count);
+    PlainConfiguration& configuration = plain.emplace_back();
+    configuration.name = std::move(name);
+    for (const ConfigColumnParts& each : parts.columns) {
+      configuration.settings.push_back({attributeOf(each.column, u"Name"),
+                                        each.value ? attributeOf(*each.value, u"Value") : CString(),
+                                        attributeOf(each.column, u"Type"),
+                                        attributeOf(each.column, u"Caption"),
+                                        attributeOf(each.column, u"Category"), each.column.offset});
+    }
+  }
+  return plain;
+}
+
+class CsvWriter {
+ public:
+  explicit CsvWriter(char separator) : separator_(separator) {}
+
+  void row(std::initializer_list<std::string_view> fields) {
+    for (const std::string_view& field : fields) {
+      if (&field != fields.begin()) out_ += separator_;
+      appendField(field);
+    }
+    out_ += "\r\n";
+  }
+  std::string take() { return std::move(out_); }
+
+ private:
+  void appendField(std::string_view field) {
+    const bool blank = !field.empty() && (field.front() == ' ' || field.back() == ' ');
+    if (!blank && field.find_first_of("\"\r\n") == field.npos &&
+        field.find(separator_) == field.npos) {
+      out_ += field;
+      return;
+    }
+    out_ += '"';
+    for (const char each : field) {
+      if (each == '"') out_ += '"';
+      out_ += each;
+    }
+    out_ += '"';
+  }
+
+  char separator_;
+  std::string out_;
+};
+
+std::string csvOf(Configurations& configurations, const ConvertOptions& options) {
+  CsvWriter csv(options.separator.empty()    ? ','
+                : options.separator == "tab" ? '\t'
+                                             : options.separator.front());
+  csv.row({"class", "key", "value", "type", "caption", "group"});
+  for (const PlainConfiguration& configuration : plainConfigurations(configurations)) {
+    for (const PlainSetting& each : configuration.settings) {
+      csv.row({configuration.name, shown(each.key), shown(each.value), shown(each.type),
+               shown(each.caption), shown(each.group)});
+    }
+  }
+  return (options.mark ? "\xEF\xBB\xBF" : "") + csv.take();
+}
+
+/// Why an INI file cannot carry a key; empty if it can.
+std::string_view iniProblem(const CString& key) {
+  if (key.IsEmpty()) return "is empty";
+  if (key.FindOneOf(u"=\"\r\n") >= 0) return "has a \"=\", a quote or a line break in it";
+  if (key[0] == u';' || key[0] == u'[') return "begins like a comment or a section";
+  if (CString(key).Trim() != key) return "has blanks at an end";
+  return {};
+}
+
+/// A value on one line, as the INI files of the suite have it.
+CString iniValue(CString value) {
+  value.Replace(u"\r\n", u"\n");
+  value.Replace(u'\r', u'\n');
+  value.Replace(u"\n", u"\\n");
+  return value;
+}
+
+std::string iniOf(Configurations& configurations) {
+  PlaceCounter places(configurations.document.GetDoc());
+  const auto refuse = [&](const PlainSetting& setting, const std::string& sentence) {
+    const auto [line, column] = places.at(setting.offset);
+    throw Failure(Exit::input,
+                  placeOf(configurations.source,
+                          {line, column,
+                           "the key '" + shownOnOneLine(setting.key) + "' " + sentence +
+                               ", which an INI file cannot carry; JSON and CSV can"}));
+  };
+  std::string out;
+  for (const PlainConfiguration& configuration : plainConfigurations(configurations)) {
+    if (configuration.name.find(']') != std::string::npos) {
+      throw Failure(Exit::input, configurations.source + ": '" + configuration.name +
+                                     "' cannot be a section of an INI file");
+    }
+    out += (out.empty() ? "[" : "\r\n[") + configuration.name + "]\r\n";
+    std::set<std::u16string_view> keys;
+    for (const PlainSetting& setting : configuration.settings) {
+      if (const auto problem = iniProblem(setting.key); !problem.empty()) {
+        refuse(setting, std::string(problem));
+      }
+      if (!keys.insert(setting.key).second) refuse(setting, "stands here a second time");
+      out += shown(setting.key) + "=" + shown(iniValue(setting.value)) + "\r\n";
+    }
+  }
+  return out;
+}
+
+// --- files ----------------------------------------------------------------------------------
+
+bool isSameFile(const std::string& a, const std::string& b) {
+  std::error_code error;
+  return std::filesystem::equivalent(std::filesystem::path(given(a).units()),
+                                     std::filesystem::path(given(b).units()), error);
+}
+
+/// Whether bytes begin like JSON: with a brace, behind white space and a byte-order mark.
+bool looksLikeJson(std::string_view bytes) {
+  if (bytes.starts_with("\xEF\xBB\xBF")) bytes.remove_prefix(3);
+  const std::size_t first = bytes.find_first_not_of(" \t\r\n");
+  return first != bytes.npos && bytes[first] == '{';
+}
+
+/// Values are converted as they are; what a person may have mistyped is told.
+void warnOfFindings(std::string_view xml, const std::string& source) {
+  CMarkup document;
+  document.SetDoc(decodeMarkupBytes(xml).text);
+  const std::vector<ConfigFinding> findings = validateConfigurations(document);
+  if (findings.empty()) return;
+  const ConfigFinding& first = findings.front();
+  std::string sentence = source + ": " + shown(first.className) +
+                         (first.key.IsEmpty() ? "" : "." + shownOnOneLine(first.key)) + " " +
+                         describe(first.kind);
+  if (findings.size() > 1) {
+    sentence += "; " + std::to_string(findings.size() - 1) +
+                " more like this, which kpx config validate names in the XML";
+  }
+  complain(sentence);
+}
+
+std::string xmlFrom(const std::string& file, const Selection& selection) {
+  if (!selection.none()) {
+    throw Failure(Exit::usage, "--class and --index choose from XML; from JSON all is converted");
+  }
+  const Input input = readInput(file);
+  const std::size_t first = input.bytes().find_first_not_of(" \t\r\n\xEF\xBB\xBF");
+  if (first != std::string_view::npos && input.bytes()[first] == '<') {
+    throw Failure(Exit::input, input.name + ": is XML already; --to xml reads JSON");
+  }
+  std::string bytes = xmlBytesOf(input.bytes(), input.name);
+  warnOfFindings(bytes, input.name);
+  return bytes;
+}
+
+std::string convertedFrom(const std::string& file, const Selection& selection,
+                          const ConvertOptions& options) {
+  if (options.to == "xml") return xmlFrom(file, selection);
+  Configurations configurations;
+  if (findSettingsClass(CString::fromUtf8(file))) {
+    configurations = readConfigurations(file, selection);
+  } else {
+    const Input input = readInput(file);
+    if (looksLikeJson(input.bytes())) {
+      throw Failure(Exit::input,
+                    input.name + ": is JSON, not XML; use --to xml to convert it back");
+    }
+    configurations = configurationsOf(input, selection);
+  }
+  if (options.to == "csv") return csvOf(configurations, options);
+  return options.to == "ini" ? iniOf(configurations) : jsonOf(configurations);
+}
+
+}  // namespace
+
+void addConvertOptions(CLI::App& command, ConvertOptions& options) {
+  command.add_option("--to", options.to, "json, csv, ini, or xml (from JSON)")
+      ->required()
+      ->check(CLI::IsMember({"json", "csv", "ini", "xml"}));
+  command.add_option("-o,--output", options.output,
+                     "Write this file, whole or not at all, instead of standard output");
+  command.add_option("--separator", options.separator, "Of CSV: , ; | or tab (default ,)")
+      ->check(CLI::IsMember({",", ";", "|", "tab"}).description(""));
+  command.add_flag("--bom", options.mark,
+                   "Begin CSV with a byte-order mark, without which Excel misreads umlauts");
+  command.footer(
+      "json  keeps everything: --to xml gives the same file again, and a changed one after values\n"
+      "      were changed by hand. What stands around the configurations is kept as text; a\n"
+      "      comment, a foreign element or attribute inside one is refused. --class and --index\n"
+      "      leave the other configurations out.\n"
+      "csv   one row for each setting, one way. UTF-8; quoted where needed.\n"
+      "ini   one section for each configuration, one way. A line break in a value becomes \\n. A\n"
+      "      key that is empty, stands twice, begins with ; or [, or has =, quotes, a line break\n"
+      "      or outer blanks is refused.\n"
+      "In CSV and INI a second configuration of a class is called CLASS.2, and a half surrogate\n"
+      "pair becomes U+FFFD.");
+}
+
+Exit convert(const std::string& file, const Selection& selection, const ConvertOptions& options) {
+  if (options.to != "csv" && (options.mark || !options.separator.empty())) {
+    throw Failure(Exit::usage, "--separator and --bom are for --to csv");
+  }
+  if (!options.output.empty() && file != "-" && isSameFile(file, options.output)) {
+    throw Failure(Exit::usage, options.output + ": is the input; nothing was changed");
+  }
+  const std::string bytes = convertedFrom(file, selection, options);
+  if (options.output.empty() || options.output == "-") {
+    print(bytes);
+  } else {
+    replaceOrFail(options.output, bytes);
+  }
+  return Exit::success;
+}
+
+}  // namespace kpx::tool

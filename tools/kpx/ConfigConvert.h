@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+
+#include "tools/kpx/Configurations.h"
+#include "tools/kpx/Exit.h"
+
+namespace kpx::tool {
+
+struct ConvertOptions {
+  std::string to;         // json, csv, ini or xml
+  std::string output;     // a file; empty for standard output
+  std::string separator;  // of CSV: ",", ";", "|" or "tab"
+  bool mark = false;      // CSV begins with a byte-order mark
+};
+
+/// Adds the options of `convert` to its verb.
+void addConvertOptions(CLI::App& command, ConvertOptions& options);
+
+/// Converts a file with configurations to another format, or JSON back to XML.
+Exit convert(const std::string& file, const Selection& selection, const ConvertOptions& options);
+
+}  // namespace kpx::tool

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "tools/kpx/Configurations.h"
+
+namespace kpx::tool {
+
+// Configurations as JSON that a person can read and change, and from which the XML comes back
+// with nothing lost:
+//
+//   {"format": "kpx-configurations", "version": 1,
+//    "encoding": "windows-1252", "byte_order_mark": true,            (if not UTF-8; without)
+//    "configurations": [
+//      {"class": "CFGHeader", "element": "CFGConfigCFGClassHeader",
+//       "before": "<Project>\r\n",                                   (if not the usual)
+//       "settings": [{"key": "Class", "value": "x", "type": 4, "caption": "…", "category": "…"}]}],
+//    "after": "</Project>\r\n"}                                      (if not the usual)
+//
+// What stands around the configurations is kept as it is: before each one, and after the last.
+// Attributes that are 0, empty or "no time" are left out; the others follow under their names in
+// lower case with underscores. "class_record" and "value_record" hold those of a "CFGClass" and a
+// "CFGValue". An attribute that the file lacks is null; one whose text is not what a number or a
+// time looks like is {"text": "007"}. A text with half a surrogate pair is {"utf16": "61 d800"}.
+
+/// The selected configurations as JSON, with the XML around all of them. What cannot be kept (a
+/// comment or a foreign element or attribute inside a configuration) raises a Failure with its
+/// place.
+std::string jsonOf(Configurations& configurations);
+
+/// The bytes of the XML file that the JSON stands for. Anything wrong in it raises a Failure with
+/// its place.
+std::string xmlBytesOf(std::string_view json, const std::string& source);
+
+}  // namespace kpx::tool

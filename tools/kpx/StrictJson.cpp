@@ -1,0 +1,191 @@
+#include "tools/kpx/StrictJson.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+#include <vector>
+
+#include "tools/kpx/Exit.h"
+#include "tools/kpx/Input.h"
+
+namespace kpx::tool {
+namespace {
+
+/// Walks over bytes and tells how far the parser has come.
+class WatchedIterator {
+ public:
+  using iterator_category = std::forward_iterator_tag;
+  using value_type = char;
+  using difference_type = std::ptrdiff_t;
+  using pointer = const char*;
+  using reference = const char&;
+
+  WatchedIterator() = default;
+  WatchedIterator(const char* at, const char** seen) : at_(at), seen_(seen) {}
+  reference operator*() const noexcept { return *at_; }
+  WatchedIterator& operator++() noexcept {
+    *seen_ = at_++;
+    return *this;
+  }
+  WatchedIterator operator++(int) noexcept {
+    WatchedIterator before = *this;
+    ++*this;
+    return before;
+  }
+  friend bool operator==(const WatchedIterator& a, const WatchedIterator& b) noexcept {
+    return a.at_ == b.at_;
+  }
+
+ private:
+  const char* at_ = nullptr;
+  const char** seen_ = nullptr;
+};
+
+/// Builds the document, and knows at every step the JSON pointer of the value that has come. With
+/// a pointer to look for it stops there instead of building.
+class Builder : public nlohmann::json_sax<Json> {
+ public:
+  Builder(std::string_view text, Json* root, const std::string* wanted)
+      : text_(text), root_(root), wanted_(wanted) {}
+
+  bool parse() {
+    return Json::sax_parse(WatchedIterator(text_.data(), &seen_),
+                           WatchedIterator(text_.data() + text_.size(), &seen_), this);
+  }
+  const std::string& problem() const noexcept { return problem_; }
+  /// The byte that the last problem, or the value looked for, is at.
+  std::size_t place() const noexcept { return place_; }
+
+  bool null() override { return add(nullptr); }
+  bool boolean(bool value) override { return add(value); }
+  bool number_integer(std::int64_t value) override { return add(value); }
+  bool number_unsigned(std::uint64_t value) override { return add(value); }
+  bool number_float(double value, const std::string&) override { return add(value); }
+  bool string(std::string& value) override { return add(std::move(value)); }
+  bool binary(Json::binary_t&) override { return refuse("is no JSON"); }
+  bool start_object(std::size_t) override { return begin(Json::object()); }
+  bool start_array(std::size_t) override { return begin(Json::array()); }
+  bool end_object() override { return end(); }
+  bool end_array() override { return end(); }
+
+  bool key(std::string& name) override {
+    Level& level = levels_.back();
+    // More than any object of the tool's own files has; looking a name up costs their number.
+    constexpr std::size_t mostMembers = 64;
+    if (std::ranges::find(level.names, name) != level.names.end()) {
+      return refuse("the field '" + name + "' stands twice in one object");
+    }
+    if (level.names.size() == mostMembers) return refuse("an object has too many fields");
+    level.names.push_back(name);
+    return true;
+  }
+
+  bool parse_error(std::size_t position, const std::string&,
+                   const nlohmann::detail::exception& error) override {
+    // "[json.exception.parse_error.101] parse error at line 3, column 1: syntax error …"
+    std::string sentence = error.what();
+    if (const auto at = sentence.find(" - "); at != sentence.npos) sentence.erase(0, at + 3);
+    // What was read last stands at the place, and may be long.
+    const auto begin = sentence.find("; last read: '");
+    const auto end = sentence.rfind('\'');
+    if (begin != sentence.npos && end != sentence.npos) {
+      const auto expected = sentence.find("; expected ", end);
+      sentence.erase(begin, (expected != sentence.npos ? expected : sentence.size()) - begin);
+    }
+    problem_ = "is no JSON: " + sentence;
+    place_ = position > 0 ? position - 1 : 0;
+    return false;
+  }
+
+ private:
+  static constexpr std::size_t nowhere = static_cast<std::size_t>(-1);
+  struct Level {
+    Json* value = nullptr;
+    bool isArray = false;
+    std::size_t index = nowhere;     // of an array's value that came last
+    std::vector<std::string> names;  // of an object's members
+  };
+
+  bool refuse(std::string sentence) {
+    problem_ = std::move(sentence);
+    place_ = static_cast<std::size_t>(seen_ - text_.data());
+    return false;
+  }
+
+  std::string pointer() const {
+    std::string pointer;
+    for (const Level& level : levels_) {
+      pointer += '/';
+      pointer += level.isArray ? std::to_string(level.index) : level.names.back();
+    }
+    return pointer;
+  }
+
+  /// Puts a value where the text has it; nullptr when it is the one that was looked for.
+  Json* put(Json value) {
+    if (!levels_.empty() && levels_.back().isArray) ++levels_.back().index;
+    if (wanted_ && pointer() == *wanted_) {
+      refuse({});
+      return nullptr;
+    }
+    if (wanted_) return root_;
+    if (levels_.empty()) {
+      *root_ = std::move(value);
+      return root_;
+    }
+    Level& level = levels_.back();
+    if (level.isArray) {
+      level.value->push_back(std::move(value));
+      return &level.value->back();
+    }
+    return &level.value->emplace(level.names.back(), std::move(value)).first.value();
+  }
+  bool add(Json value) { return put(std::move(value)) != nullptr; }
+
+  bool begin(Json value) {
+    constexpr std::size_t mostLevels = 16;
+    if (levels_.size() == mostLevels) return refuse("is nested too deeply");
+    const bool isArray = value.is_array();
+    Json* const added = put(std::move(value));
+    if (!added) return false;
+    levels_.push_back({added, isArray, nowhere, {}});
+    return true;
+  }
+  bool end() {
+    levels_.pop_back();
+    return true;
+  }
+
+  std::string_view text_;
+  Json* root_;
+  const std::string* wanted_;
+  const char* seen_ = text_.data();
+  std::vector<Level> levels_;
+  std::string problem_;
+  std::size_t place_ = 0;
+};
+
+[[noreturn]] void failAt(const std::string& source, std::string_view text, std::size_t offset,
+                         const std::string& sentence) {
+  // A name in the document may hold anything.
+  const std::string line = shownOnOneLine(CString::fromUtf8(sentence));
+  throw Failure(Exit::input, placeOf(source, atByte(text, offset, line)));
+}
+
+}  // namespace
+
+StrictJson::StrictJson(std::string_view text, std::string source)
+    : text_(text), source_(std::move(source)) {
+  if (text_.empty()) throw Failure(Exit::input, source_ + ": is empty");
+  Builder builder(text_, &root_, nullptr);
+  if (!builder.parse()) failAt(source_, text_, builder.place(), builder.problem());
+}
+
+void StrictJson::fail(const std::string& pointer, const std::string& sentence) const {
+  Json unused;
+  Builder search(text_, &unused, &pointer);
+  search.parse();
+  failAt(source_, text_, search.place(), pointer.empty() ? sentence : pointer + ": " + sentence);
+}
+
+}  // namespace kpx::tool
