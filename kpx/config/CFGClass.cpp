@@ -44,13 +44,16 @@ CFGCol& CFGClass::ColAt(const CString& key) { return Cols.at(key); }
 void CFGClass::SetCol(const CString& key, const CFGCol& column) { Cols.set(key, column); }
 
 void CFGClass::AddCol(CFGCol column) {
-  const CString key = column.Name;
-  const bool isNew = !Cols.find(key);
-  if (isNew) KeyOrder.push_back(key);
-  try {
+  if (Cols.find(column.Name)) {
+    const CString key = column.Name;
     Cols.set(key, std::move(column));
+    return;
+  }
+  KeyOrder.push_back(column.Name);
+  try {
+    Cols.set(KeyOrder.back(), std::move(column));
   } catch (...) {
-    if (isNew) KeyOrder.pop_back();
+    KeyOrder.pop_back();
     throw;
   }
 }

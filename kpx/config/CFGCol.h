@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 #include "kpx/config/CDBObject.h"
@@ -32,21 +33,20 @@ class KPX_API CFGCol : public CDBObject {
   CFGCol() = default;
   /// The third argument goes to Category and the fifth to Caption: stored files and their readers
   /// rely on this assignment.
-  CFGCol(const CString& value, const CString& name, const CString& category, std::int32_t type,
-         const CString& caption, std::int32_t param1 = 1, std::int32_t prec = 0,
-         std::int32_t param5 = 0, std::int32_t param4 = 0, std::int32_t param3 = 0,
-         std::int32_t param6 = 1)
+  CFGCol(CString value, CString name, CString category, std::int32_t type, CString caption,
+         std::int32_t param1 = 1, std::int32_t prec = 0, std::int32_t param5 = 0,
+         std::int32_t param4 = 0, std::int32_t param3 = 0, std::int32_t param6 = 1)
       : Type(type),
-        Name(name),
-        Caption(caption),
-        Category(category),
+        Name(std::move(name)),
+        Caption(std::move(caption)),
+        Category(std::move(category)),
         Prec(prec),
         Param1(param1),
         Param3(param3),
         Param4(param4),
         Param5(param5),
         Param6(param6),
-        Value(value) {}
+        Value(std::move(value)) {}
 
   CString GetElementName() const override;
   int serializeXML(CMarkup* document) const override;

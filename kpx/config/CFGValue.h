@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <utility>
 
 #include "kpx/config/CDBObject.h"
 
@@ -12,7 +13,7 @@ namespace kpx {
 class KPX_API CFGValue : public CDBObject {
  public:
   CFGValue() = default;
-  explicit CFGValue(const CString& value) : Value(value) {}
+  explicit CFGValue(CString value) : Value(std::move(value)) {}
 
   CString GetElementName() const override;
   int serializeXML(CMarkup* document) const override;
