@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <cmath>
+#include <ctime>
 #include <random>
 #include <string>
 
@@ -66,11 +66,11 @@ TEST(Wildcards, AgreeWithTheMeaningOfPatterns) {
 TEST(Wildcards, HostileRepetitionsStayQuick) {
   const CString text(u'a', 400000);
   const CString pattern = u"*" + CString(u'a', 100000) + u"b*";
-  const auto start = std::chrono::steady_clock::now();
+  const std::clock_t start = std::clock();
   EXPECT_EQ(kpxMatchWildcardString(text, pattern), 0);
   EXPECT_EQ(kpxMatchWildcardString(text, u"*a*a*a*a*a*a*a*a*a*a*a*a*a*a*a?b*"), 0);
   // The product of the lengths takes over half a minute.
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+  EXPECT_LT(std::clock() - start, 5 * CLOCKS_PER_SEC);
 }
 
 TEST(Wildcards, AreNoticed) {

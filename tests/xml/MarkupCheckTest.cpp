@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <chrono>
+#include <ctime>
 #include <vector>
 
 #include "kpx/xml/CMarkup.h"
@@ -126,9 +126,10 @@ TEST(MarkupCheck, CostGrowsWithTheText) {
       text += u"<x ";
       for (int i = 0; i < count; ++i) text += u"a b='&' ";
       text += u"/>";
-      const auto begin = std::chrono::steady_clock::now();
+      // Time of the processor: other programs must not fail the test.
+      const std::clock_t begin = std::clock();
       MarkupCheck::check(text, [](const MarkupProblem&) {});
-      return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+      return static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC;
     };
     const double quarter = std::min(seconds(20000), seconds(20000));
     EXPECT_LT(std::min(seconds(80000), seconds(80000)), 9 * quarter + 0.05);
