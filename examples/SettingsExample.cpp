@@ -33,7 +33,8 @@ int main(int argc, char** argv) {
   settings.setCA2TTolXY(0.0254);
   std::cout << "stored as: " << settings.Class.find(u"CA2T_Tol_XY")->Value.Value.utf8() << "\n";
 
-  // Write it: one element with everything in it, in a document of its own or behind others.
+  // Write it: one element with everything in it. Here it is the root; several objects need a root
+  // around them (AddElem, then IntoElem).
   CMarkup document;
   settings.serializeXML(&document);
   if (argc > 2 && !document.Save(CString::fromUtf8(argv[2]))) {

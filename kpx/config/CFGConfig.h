@@ -13,6 +13,9 @@ namespace kpx {
 /// As XML: one element with one child "CFGClass". The element is named by Class.Name, with
 /// "CFGConfig" before it where it does not begin so ("CFGConfig" alone if it is empty).
 ///
+/// It reads itself from the document's current child element: in a loaded document that is the
+/// root after `FindChildElem`.
+///
 /// Copies are deep and follow the rules of `CFGClass`.
 ///
 /// Failures are reported as 42927 (GetElementName), 42885 (serializeXML), 42884 (loadByXML).
