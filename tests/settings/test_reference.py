@@ -13,6 +13,7 @@ from pathlib import Path
 PROJECT = Path(__file__).resolve().parent.parent.parent
 TOOLS = PROJECT / "tools" / "settings_gen"
 sys.path.insert(0, str(TOOLS))
+from reference import breakable  # noqa: E402
 from schema import Problems, read_enumerations, read_schema  # noqa: E402
 
 ENUMERATIONS = PROJECT / "kpx" / "settings" / "Enumerations.h"
@@ -24,7 +25,7 @@ setting = [
   { key = "Base: Radio RTS CTS", get = "getB", set = "setB", value = "long", caption = " x", group = "8" },
   { key = "</td><b>&lt;|`'{{total}}", get = "getC", set = "setC", value = "text", caption = "<i>|*ß", group = "" },
   { key = "ä", get = "getD", set = "setD", value = "double", decimals = -1, caption = "c", group = "g" },
-  { key = "Ä", get = "getE", value = "long", missing = -1, guard = 909801, older_key = "Old" },
+  { key = "Ä", get = "getE", value = "long", missing = -1, guard = 909801, older_key = "Old", note = "a <b> | b" },
   { key = "ä", get = "getF", value = "text", shares_key = true },
   { key = "Gone", value = "long", caption = "c", group = "g" },
 ]
@@ -44,6 +45,7 @@ class Reader(HTMLParser):
         self.ids, self.links, self.tags, self.rows = [], [], [], []
         self.sources = []
         self.cell = None
+        self.small = []
         self.feed(text)
         self.close()
 
@@ -60,6 +62,9 @@ class Reader(HTMLParser):
         elif tag == "td":
             self.rows[-1].append("")
             self.cell = self.rows[-1]
+        elif tag == "small" and self.cell:
+            self.small.append("")
+            self.cell = self.small
 
     def handle_endtag(self, tag):
         if tag == "td":
@@ -70,8 +75,8 @@ class Reader(HTMLParser):
             self.cell[-1] += data
 
     def cells(self):
-        """Class, key and the other cells of each setting, without link sign and older key."""
-        return [[row[0], row[1].removeprefix("#").partition(" older: ")[0], *row[2:]]
+        """Class, key and the other cells of each setting, without what stands behind the key."""
+        return [[row[0], row[1].removeprefix("#").rstrip(), *row[2:]]
                 for row in self.rows if row[1:]]
 
 
@@ -99,8 +104,10 @@ class Reference(unittest.TestCase):
         return self.write("--schema", schema, "--texts", texts)
 
     def test_every_setting_of_the_schema_stands_once(self):
+        problems = Problems()
         schema = read_schema(PROJECT / "kpx" / "settings" / "schema",
-                             read_enumerations(ENUMERATIONS), Problems())
+                             read_enumerations(ENUMERATIONS), problems)
+        self.assertEqual(problems.told(), [])
         expected = [(each.name, setting.key, setting.get, setting.set)
                     for each in schema for setting in each.settings]
         expected += [(each.name, column.key, "", "") for each in schema for column in each.columns]
@@ -151,6 +158,12 @@ class Reference(unittest.TestCase):
         }.items():
             self.assertEqual(by_getter[getter], expected, getter)
         self.assertIn("CFGConfigNothing", page.ids)
+        self.assertEqual(page.small, ["older: Old ", "a <b> | b"])
+
+    def test_names_break_at_humps_only(self):
+        for pieces in (["get", "GEO2", "RDF", "Meas", "Set"], ["TACHY_", "Tol_", "XY"],
+                       ["Groß", "Kleinschreibung"], ["UTMX"], ["a&lt;b"]):
+            self.assertEqual(breakable("".join(pieces).replace("&lt;", "<")), "<wbr>".join(pieces))
 
 
 if __name__ == "__main__":

@@ -13,6 +13,7 @@ import unittest
 from pathlib import Path
 
 HERE = Path(__file__).resolve().parent
+PROJECT = HERE.parent.parent
 GENERATOR = HERE.parent.parent / "tools" / "settings_gen" / "settings_gen.py"
 
 
@@ -58,6 +59,9 @@ class Generator(unittest.TestCase):
     def test_wrong_orders_and_templates(self):
         self.refuses("orders")
 
+    def test_texts_and_numbers_that_are_not_kept(self):
+        self.refuses("texts")
+
     def test_columns_of_tables(self):
         self.refuses("columns")
 
@@ -70,17 +74,55 @@ class Generator(unittest.TestCase):
             self.assertEqual(result.returncode, 1)
             self.assertIn("CFGConfigA.toml:2:", result.stderr)
 
-    def test_error_number_of_another_class_is_refused(self):
+    def test_clash_of_error_numbers_is_told_at_both_places(self):
         with tempfile.TemporaryDirectory() as folder:
             schema = Path(folder) / "schema"
             for name in ("CFGConfigA", "CFGConfigB"):
                 (schema / "f").mkdir(parents=True, exist_ok=True)
                 (schema / "f" / f"{name}.toml").write_text(
                     f'class = "{name}"\nabout = "a"\nsettings = 1\nsetting = [\n'
-                    '  { key = "K", get = "getK", value = "text", guard = 5 },\n]\n')
+                    '  { key = "K", get = "getK", value = "text", guard = 902005 },\n]\n')
             result = generate("--schema", schema)
             self.assertEqual(result.returncode, 1)
-            self.assertRegex(result.stderr, r"CFGConfigB.toml:5: repeated error number 5")
+            for one, other in (("A", "B"), ("B", "A")):
+                self.assertRegex(result.stderr, f"CFGConfig{one}.toml:5: error number 902005 is "
+                                                f"also in .*CFGConfig{other}.toml:5")
+            free = generate("--schema", schema, "--next-numbers")
+            self.assertEqual(re.findall(r"= (\d+)", free.stdout), ["900001", "902006"])
+
+    def test_files_that_are_no_class(self):
+        for name, content, line, message in (
+                ("CFGConfigTop.toml", b"", 1, "no file of the schema"),
+                ("f/CFGConfigA.TOML", b"", 1, "no file of the schema"),
+                ("f/g/CFGConfigA.toml", b"", 1, "no file of the schema"),
+                ("f/CFGConfigA.toml", 'about = "a"\n# Höhe\n'.encode("latin-1"), 2,
+                 "no UTF-8: byte 0xF6"),
+                ("f/CFGConfigA.toml", b'base = ["a"]\nclass = 1\n', 2, "wrong type"),
+                ("templates/range.toml", b"setting = 1\nparameters = []\n", 1, "no list of tables")):
+            with self.subTest(name), tempfile.TemporaryDirectory() as folder:
+                path = Path(folder) / "schema" / name
+                path.parent.mkdir(parents=True)
+                path.write_bytes(content)
+                (Path(folder) / "schema" / ".swap").touch()
+                result = generate("--schema", Path(folder) / "schema")
+                self.assertEqual(result.returncode, 1)
+                self.assertIn(f"{name}:{line}: ", result.stderr)
+                self.assertIn(message, result.stderr)
+                self.assertNotRegex(result.stderr, r"Traceback|\.swap")
+
+    def test_numbers_of_the_schema_are_in_no_hand_written_source(self):
+        numbers = {}
+        for path in sorted((PROJECT / "kpx").rglob("*.*")):
+            if path.suffix in (".h", ".cpp"):
+                for number in re.findall(
+                        r"\bGuarded\(\s*(\d+)|\bconstexpr int \w+ = (\d{4,});",
+                        path.read_text(encoding="utf-8")):
+                    numbers.setdefault("".join(number), path.relative_to(PROJECT))
+        self.assertGreater(len(numbers), 30)
+        for path in sorted((PROJECT / "kpx" / "settings" / "schema").rglob("*.toml")):
+            for number in re.findall(r"\b(?:reset_error|guard|set_guard) = (\d+)",
+                                     path.read_text(encoding="utf-8")):
+                self.assertNotIn(number, numbers, f"{path}, and {numbers.get(number)}")
 
     def test_only_what_changed_is_written(self):
         with tempfile.TemporaryDirectory() as folder:
@@ -102,7 +144,24 @@ class Generator(unittest.TestCase):
             found = generate("--schema", schema, "--find", "getBoth")
             line = found.stdout.split(":")[1]
             self.assertIn('"getBoth"', sample.read_text().splitlines()[int(line) - 1])
-            self.assertEqual(generate("--schema", schema, "--find", "getNothing").returncode, 1)
+            for name, expected in (("CFGConfigSample", 'class = "CFGConfigSample"'),
+                                   ("CFGSampleStored", 'class = "CFGConfigSample"'),
+                                   ("909901", "reset_error"), ("909904", '"S_Text"')):
+                found = generate("--schema", schema, "--find", name)
+                line = found.stdout.split(":")[1]
+                self.assertIn(expected, sample.read_text().splitlines()[int(line) - 1], name)
+            nothing = generate("--schema", schema, "--find", "getReall")
+            self.assertEqual((nothing.returncode, nothing.stdout), (1, ""))
+            self.assertIn("getReal", nothing.stderr.split("Near it:")[1])
+
+    def test_note_stands_where_an_accessor_is_looked_up(self):
+        with tempfile.TemporaryDirectory() as folder:
+            schema = HERE / "schema_good"
+            self.assertEqual(generate("--schema", schema, "--output", folder).returncode, 0)
+            header = (Path(folder) / "kpx/settings/CFGConfigSample.h").read_text(encoding="utf-8")
+            found = generate("--schema", schema, "--find", "getLZ").stdout
+            for text in (header.split(" getLZ()")[0].split(";")[-1], found):
+                self.assertIn("writes what the other's getter", " ".join(text.split()))
 
 
 if __name__ == "__main__":

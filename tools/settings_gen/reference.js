@@ -39,18 +39,26 @@
     CSS.highlights.delete("found");
     if (!words.length) return;
     const ranges = [];
-    for (const row of rows.slice(0, 300)) {
-      const walker = document.createTreeWalker(row, NodeFilter.SHOW_TEXT);
+    for (const cell of rows.slice(0, 300).flatMap((row) => [...row.cells])) {
+      // Names are cut where they may break, so a word can begin in one piece and end in another.
+      const pieces = [];
+      let text = "";
+      const walker = document.createTreeWalker(cell, NodeFilter.SHOW_TEXT);
       for (let node = walker.nextNode(); node; node = walker.nextNode()) {
-        const text = node.data.toLowerCase();
-        for (const word of words) {
-          let at = text.length === node.data.length ? text.indexOf(word) : -1;
-          for (; at >= 0; at = text.indexOf(word, at + word.length)) {
-            const range = new Range();
-            range.setStart(node, at);
-            range.setEnd(node, at + word.length);
-            ranges.push(range);
-          }
+        pieces.push({ node, start: text.length });
+        const lower = node.data.toLowerCase();
+        text += lower.length === node.data.length ? lower : node.data;
+      }
+      const place = (at, edge) => {
+        const piece = pieces.findLast(({ start }) => start < at + edge);
+        return [piece.node, at - piece.start];
+      };
+      for (const word of words) {
+        for (let at = text.indexOf(word); at >= 0; at = text.indexOf(word, at + word.length)) {
+          const range = new Range();
+          range.setStart(...place(at, 1));
+          range.setEnd(...place(at + word.length, 0));
+          ranges.push(range);
         }
       }
     }
@@ -224,7 +232,7 @@
   });
 
   search.disabled = family.disabled = false;
-  if (matchMedia("(max-width: 1100px)").matches) byId("page-contents").open = false;
+  if (matchMedia("(max-width: 1299px)").matches) byId("page-contents").open = false;
   apply();
   follow();
   if (!location.hash) search.focus();

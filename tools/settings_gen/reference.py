@@ -21,8 +21,25 @@ from texts_gen import read_table  # noqa: E402
 
 HERE = Path(__file__).resolve().parent
 NONE = "–"
-COLUMNS = ["key", "getter", "setter", "type", "decimals", "default", "caption", "group",
-           "when missing", "errors"]
+# The columns of each table, and what a reader has to know of them.
+COLUMNS = {
+    "key": "The name of the setting in stored files. A click copies a name.",
+    "getter": "The function that reads it; none where the cell is empty.",
+    "setter": "The function that writes it, and creates the column where it is missing.",
+    "type": "The C++ type of the accessors and, behind the point, the type code that stored files "
+            "carry: long · 1 is a long under code 1. Codes: 1 integer, 3 real, 4 text, 6 and 7 "
+            "flags (0 or 1). A flag is an int; enum… is an enumerated type.",
+    "decimals": "How many a real is stored with; all (-1): 15 significant digits.",
+    "default": f"What a new object has; {NONE}: nothing, the first call of the setter creates it.",
+    "caption": "The name for people, as it is stored. A number alone is stored as a number: the "
+               "number of a text, and the German text stands beside it. GetMLT(n): text n is "
+               "looked up when the column is created, and the text itself is stored.",
+    "group": "The heading under which dialogs show it; numbers as with the caption.",
+    "when missing": "What the getter answers when the object has no such column.",
+    "errors": "Numbers under which a failing getter (get) or setter (set) is reported.",
+}
+HUMP = re.compile(r"(?<=[^\W\d_A-ZÄÖÜ])(?=[A-ZÄÖÜ])|(?<=[A-ZÄÖÜ])(?=[A-ZÄÖÜ][a-zäöüß])"
+                  r"|(?<=[0-9])(?=[A-Z])|(?<=[_./:-])(?=\w)")
 
 
 @dataclass
@@ -47,6 +64,7 @@ class Entry:
     missing: str = ""
     errors: list = field(default_factory=list)
     older_key: str = ""
+    note: str = ""
 
 
 @dataclass
@@ -116,6 +134,7 @@ def entry_of(setting, defaults, anchors, german):
     entry.errors = [f"{number} {what}" for number, what in
                     ((setting.guard, "get"), (setting.set_guard, "set")) if number]
     entry.older_key = setting.older_key
+    entry.note = setting.note
     return entry
 
 
@@ -143,7 +162,7 @@ def facts(page):
     if each.base != "CFGConfig":
         out.append(("derives from", each.base))
     if each.row:
-        out.append(("rows", each.row))
+        out.append(("its rows are of class", each.row))
     if each.reset_error:
         out.append(("a failing ResetPos reports", str(each.reset_error)))
     if each.reset is not None and page.reset is None:
@@ -183,6 +202,8 @@ def markdown_row(entry):
     key = markdown_code(entry.key)
     if entry.older_key:
         key += f"<br>older: {markdown_code(entry.older_key)}"
+    if entry.note:
+        key += f"<br>note: {markdown_text(entry.note)}"
     default = entry.default if entry.default == NONE else markdown_code(entry.default)
     cells = [key, markdown_code(entry.getter), markdown_code(entry.setter), entry.type,
              entry.decimals, default, markdown_label(entry.caption), markdown_label(entry.group),
@@ -195,7 +216,9 @@ def markdown_of(family, families, pages):
            "[Search all settings](index.html). Families: ",
            " · ".join(f"[{family_title(each)}]({each}.md)" if each != family
                       else family_title(each) for each in families), ".\n\n",
-           *(f"- [{page.each.name}](#{page.each.name}) ({len(page.entries)})\n" for page in pages)]
+           *(f"- [{page.each.name}](#{page.each.name}) ({len(page.entries)})\n" for page in pages),
+           "\nWhat the columns of the tables mean:\n\n",
+           *(f"- **{column}**: {markdown_text(meaning)}\n" for column, meaning in COLUMNS.items())]
     for page in pages:
         out.append(f'\n<a id="{page.each.name}"></a>\n\n## {page.each.name}\n\n'
                    f"{markdown_text(page.each.about)}\n\n")
@@ -215,9 +238,14 @@ def code(text, attributes=""):
     return f"<code{attributes}>{html.escape(text)}</code>" if text else ""
 
 
+def breakable(text):
+    """A name that a narrow column breaks at its humps; what is copied and searched stays whole."""
+    return "<wbr>".join(map(html.escape, HUMP.split(text)))
+
+
 def name(text):
     """A name that a click copies."""
-    return code(text, ' class="name" tabindex="-1"')
+    return f'<code class="name" tabindex="-1">{breakable(text)}</code>' if text else ""
 
 
 def html_label(each):
@@ -229,9 +257,12 @@ def html_label(each):
 
 def html_row(entry):
     link = html.escape(entry.anchor)
-    key = f'<a class="link" href="#{link}" title="Link to this setting">#</a>{name(entry.key)}'
+    key = (f'<a class="link" href="#{link}" title="Link to this setting">#</a><wbr>'
+           f"{name(entry.key)}")
     if entry.older_key:
         key += f" <small>older: {name(entry.older_key)}</small>"
+    if entry.note:
+        key += f' <small class="note">{html.escape(entry.note)}</small>'
     default = NONE if entry.default == NONE else code(entry.default)
     errors = "<br>".join(map(html.escape, entry.errors))
     cells = [key, name(entry.getter), name(entry.setter), html.escape(entry.type), entry.decimals,
@@ -242,8 +273,9 @@ def html_row(entry):
 
 def html_class(page):
     each = page.each
-    about = " · ".join(html.escape(text) + (" " if text and value else "") + code(value)
-                       for text, value in facts(page))
+    about = " · ".join(html.escape(text) + (" " if text and value else "")
+                       + (f'<a href="#{value}">{code(value)}</a>' if value and value == each.row
+                          else code(value)) for text, value in facts(page))
     out = [f'<section id="{each.name}" data-family="{html.escape(each.family)}" '
            f'style="--rows: {len(page.entries)}">\n<header>\n'
            f'<h2><a class="link" href="#{each.name}" title="Link to this class">#</a>'
@@ -256,14 +288,15 @@ def html_class(page):
         out.append("</tbody>\n</table>\n")
     for title, keys in orders(page):
         out.append(f"<details><summary>{title}</summary>\n<ol>"
-                   + "".join(f"<li>{code(key)}</li>" for key in keys) + "</ol></details>\n")
+                   + "".join(f"<li><code>{breakable(key)}</code></li>" for key in keys)
+                   + "</ol></details>\n")
     out.append("</section>\n")
     return "".join(out)
 
 
 def html_of(families):
     def contents(family, pages):
-        links = "".join(f'<li><a href="#{page.each.name}">{page.each.name}</a> '
+        links = "".join(f'<li><a href="#{page.each.name}">{breakable(page.each.name)}</a> '
                         f"<small>{len(page.entries)}</small></li>\n" for page in pages)
         return (f'<h3>{html.escape(family_title(family))}</h3>\n'
                 f'<p class="page"><a href="{html.escape(family)}.md">as Markdown</a></p>\n'
@@ -279,6 +312,8 @@ def html_of(families):
         "options": "".join(f'<option value="{html.escape(family)}">'
                            f"{html.escape(family_title(family))}</option>\n"
                            for family in families),
+        "legend": "".join(f"<dt>{column}</dt><dd>{html.escape(meaning)}</dd>\n"
+                          for column, meaning in COLUMNS.items()),
         "contents": "".join(contents(*each) for each in families.items()),
         "classes": "".join(map(html_class, pages)),
     }
@@ -320,7 +355,7 @@ def main():
     classes = read_schema(arguments.schema, read_enumerations(arguments.enumerations), problems)
     texts, text_problems = read_table(arguments.texts)
     if problems.lines or text_problems:
-        print("\n".join(problems.lines + text_problems), file=sys.stderr)
+        print("\n".join(problems.told() + text_problems), file=sys.stderr)
         return 1
     total = write_reference(classes, dict(texts), arguments.output)
     print(f"{total} settings and table columns of {len(classes)} classes: "

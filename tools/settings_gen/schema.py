@@ -5,13 +5,19 @@ import tomllib
 from dataclasses import dataclass, field
 from pathlib import Path
 
+from schema_checks import (ACCESSOR_NUMBERS, LOOKED_UP, OLDER_NUMBERS, RESET_NUMBERS,
+                           SAMPLE_NUMBERS, check_across_classes, check_field_types,
+                           fault_of_accessor, fault_of_text, find_columns, find_files)
+
 PROJECT = Path(__file__).resolve().parent.parent.parent
+SCHEMA = PROJECT / "kpx" / "settings" / "schema"
 INT32 = range(-2**31, 2**31)
 
 # Value type of an accessor -> its column type where the schema states no other.
 USUAL_CODE = {"long": 1, "int": 1, "flag": 1, "double": 3, "text": 4}
 ENUMERATION_CODE = 1
 CODES = (1, 3, 4, 6, 7)
+DECIMALS = range(-2, 16)  # -2 scientific, -1 all digits; a double keeps no more than 15
 
 # Bases that a class may have -> the header that declares them.
 BASES = {base: f"kpx/config/{base}.h" for base in ("CFGConfig", "CFGHeader", "CFGRow", "CFGTable")}
@@ -28,9 +34,7 @@ FIELDS_OF_BASE = {
 }
 TEMPLATE_FIELDS = {"parameters", "setting", "constructor", "reset"}
 SETTING_FIELDS = {"key", "get", "set", "value", "decimals", "code", "caption", "group", "missing",
-                  "guard", "set_guard", "older_key", "shares_key"}
-
-LOOKED_UP = re.compile(r"GetMLT\((\d+)\)")
+                  "guard", "set_guard", "older_key", "shares_key", "note"}
 PARAMETER = re.compile(r"\{(\w+)\}")
 
 
@@ -39,6 +43,10 @@ class Problems:
 
     def __init__(self):
         self.lines = []
+
+    def told(self):
+        """Each problem once; a line of a template has its problem again in each block."""
+        return list(dict.fromkeys(self.lines))
 
     def add(self, path, line, message):
         self.lines.append(f"{path}:{line}: {message}")
@@ -68,6 +76,7 @@ class Setting:
     set_guard: int = 0
     older_key: str = ""
     shares_key: bool = False
+    note: str = ""
 
     @property
     def kind(self):
@@ -98,6 +107,7 @@ class SettingsClass:
     columns: list = field(default_factory=list)  # of a header or table: cells of its row class
     column_keys: list = field(default_factory=list)
     lines: object = None
+    rejected: set = field(default_factory=set)  # keys of settings that have problems of their own
 
     @property
     def shape(self):
@@ -122,7 +132,7 @@ class Lines:
         self.entries = {}
         table = ""
         array = None
-        for number, line in enumerate(text.splitlines(), 1):
+        for number, line in enumerate(text.split("\n"), 1):
             stripped = line.strip()
             if array:
                 if stripped.startswith("]"):
@@ -166,6 +176,8 @@ class Reader:
         if data is None:
             return None
         self.lines = lines
+        for name in check_field_types(data, self.shown, lines, "", self.problems):
+            del data[name]
         base = data.get("base", "CFGConfig")
         if base not in BASES:
             self.problem(lines.of("base"), f"unknown base '{base}'")
@@ -176,7 +188,7 @@ class Reader:
                              else f"unknown field '{name}' of a class on {base}")
         required = {"class", "about", "settings"}
         for name in sorted(required | (FIELDS_OF_BASE[base] & COLUMN_FIELDS)):
-            if name not in data:
+            if name not in data and name not in lines.fields:
                 self.problem(1, f"missing field '{name}'")
         result = SettingsClass(self.shown, data.get("class", ""), self.family,
                                data.get("about", ""), base)
@@ -186,7 +198,14 @@ class Reader:
         result.column_keys = data.get("columns", [])
         if result.name != self.path.stem:
             self.problem(lines.of("class"), f"class '{result.name}' in a file of another name")
+        if not re.fullmatch(r"[A-Za-z_][A-Za-z0-9_]*", result.name):
+            self.problem(lines.of("class"), f"'{result.name}' is no name of a class")
+        elif not re.fullmatch(r"[A-Za-z0-9_.-]+", result.stored_name):
+            self.problem(lines.of("name"),
+                         f"'{result.stored_name}' gives no name of an XML element: letters A to Z, "
+                         "digits, '_', '-' and '.' do")
 
+        count = len(self.problems.lines)
         raw_settings, raw_defaults, reset = [], [], []
         self.expand_blocks(data, raw_settings, raw_defaults, reset)
         for index, entry in enumerate(self.tables(data, "setting", "setting")):
@@ -196,11 +215,16 @@ class Reader:
         self.apply_overrides(data, raw_settings)
         result.settings = [setting for line, entry in raw_settings
                            if (setting := self.setting(line, entry))]
+        # A rejected line has its own problem; what uses its key or setter is no further one.
+        keys = {setting.key for setting in result.settings}
+        setters = {setting.set for setting in result.settings}
+        result.rejected = {str(entry.get("key")) for _, entry in raw_settings} - keys
+        self.rejected_setters = {str(entry.get("set")) for _, entry in raw_settings} - setters
         self.check_unique(result)
+        if len(self.problems.lines) == count:
+            self.check_count(result, data)
         self.defaults(result, raw_defaults)
         self.reset_order(result, data, reset)
-        if len(result.settings) == len(raw_settings):
-            self.check_count(result, data)
         return result
 
     # --- tables and templates ------------------------------------------------------------------
@@ -219,12 +243,15 @@ class Reader:
     def expand_blocks(self, data, raw_settings, raw_defaults, reset):
         local = {}
         for name, content in data.get("template", {}).items():
+            if not isinstance(content, dict):
+                self.problem(self.lines.of(f"template.{name}"), f"template '{name}' is no table")
+                continue
             local[name] = Template(self.shown, content, self.lines, f"template.{name}.")
             local[name].check(self.problems)
         used = set()
         for index, block in enumerate(self.tables(data, "block", "block")):
             line = self.lines.of("block", index)
-            name = block.get("template")
+            name = str(block.get("template"))
             template = local.get(name) or self.templates.get(name)
             if template is None:
                 self.problem(line, f"unknown template '{name}'")
@@ -264,10 +291,10 @@ class Reader:
         return PARAMETER.sub(replacement, value)
 
     def apply_overrides(self, data, raw_settings):
-        by_key = {entry.get("key"): entry for _, entry in raw_settings}
+        by_key = {str(entry.get("key")): entry for _, entry in raw_settings}
         for index, override in enumerate(self.tables(data, "override", "override")):
             line = self.lines.of("override", index)
-            entry = by_key.get(override.get("key"))
+            entry = by_key.get(str(override.get("key")))
             if entry is None:
                 self.problem(line, f"override of unknown key '{override.get('key')}'")
                 continue
@@ -300,14 +327,20 @@ class Reader:
                           entry.get("set", ""))
         if not setting.key:
             self.problem(line, "empty key")
-        for name, prefix in (("get", "get"), ("set", "set")):
-            accessor = getattr(setting, name)
-            if accessor and not re.fullmatch(prefix + r"[A-Za-z0-9_]+", accessor):
-                self.problem(line, f"'{accessor}' is no name of a {prefix}ter")
+        for prefix in ("get", "set"):
+            accessor = getattr(setting, prefix)
+            if accessor and (fault := fault_of_accessor(accessor, prefix)):
+                self.problem(line, f"'{accessor}' is no name of a {prefix}ter: {fault}")
+        for name in ("key", "older_key", "caption", "group", "note"):
+            if fault := fault_of_text(name, entry.get(name, "")):
+                self.problem(line, f"'{name}' {fault}")
         if (setting.kind == "real") != ("decimals" in entry):
             self.problem(line, "missing field 'decimals'" if setting.kind == "real"
                          else "'decimals' is for real settings only")
         setting.decimals = entry.get("decimals")
+        if setting.kind == "real" and setting.decimals is not None:
+            if setting.decimals not in DECIMALS:
+                self.problem(line, f"decimals {setting.decimals} are not from -2 to 15")
         setting.code = entry.get("code", USUAL_CODE.get(value, ENUMERATION_CODE))
         if setting.code not in CODES:
             self.problem(line, f"unknown type code {setting.code}")
@@ -333,6 +366,7 @@ class Reader:
         setting.set_guard = entry.get("set_guard", 0)
         setting.older_key = entry.get("older_key", "")
         setting.shares_key = entry.get("shares_key", False)
+        setting.note = entry.get("note", "")
         return setting if len(self.problems.lines) == count else None
 
     def expect_types(self, line, entry):
@@ -343,8 +377,13 @@ class Reader:
             wrong_bool = isinstance(value, bool) and kind is not bool
             if name in SETTING_FIELDS and (wrong_bool or not isinstance(value, kind)):
                 self.problem(line, f"'{name}' has a value of the wrong type")
-            elif name in ("guard", "set_guard") and value <= 0:
-                self.problem(line, f"'{name}' is no error number")
+            elif name in ("guard", "set_guard"):
+                self.check_number(line, name, value, ACCESSOR_NUMBERS)
+
+    def check_number(self, line, name, value, own):
+        if not any(value in numbers for numbers in (OLDER_NUMBERS, own, SAMPLE_NUMBERS)):
+            self.problem(line, f"'{name}' is no error number: those of our own are {own.start} "
+                               f"to {own.stop - 1}; --next-numbers tells the next free one")
 
     def check_value(self, line, setting, value, what):
         number = isinstance(value, (int, float)) and not isinstance(value, bool)
@@ -357,6 +396,7 @@ class Reader:
             good = good and (setting.kind != "flag" or value in (0, 1))
         if not good:
             self.problem(line, f"{what} is no value of type '{setting.value}'")
+        return good
 
     # --- the class as a whole ------------------------------------------------------------------
 
@@ -374,7 +414,7 @@ class Reader:
                                                f"first in line {accessors[accessor]}")
                 accessors.setdefault(accessor, setting.line)
         for setting in result.settings:
-            if setting.shares_key and setting.key not in keys:
+            if setting.shares_key and setting.key not in keys.keys() | result.rejected:
                 self.problem(setting.line, f"no other setting has the key '{setting.key}'")
 
     def defaults(self, result, raw_defaults):
@@ -386,20 +426,32 @@ class Reader:
             if set(entry) not in ({"set", "to"}, {"key", "to"}):
                 self.problem(line, "a constructor entry has 'to', and 'set' or 'key'")
                 continue
-            named = entry.get("set", entry.get("key"))
+            named = str(entry.get("set", entry.get("key")))
             setting = by_setter.get(named) if "set" in entry else by_key.get(named)
             if setting is None:
-                self.problem(line, f"constructor entry without a setting: '{named}'")
+                if named not in (self.rejected_setters if "set" in entry else result.rejected):
+                    self.problem(line, f"constructor entry without a setting: '{named}'")
                 continue
             if named in constructed:
                 self.problem(line, f"repeated constructor entry '{named}'")
             constructed.add(named)
-            self.check_value(line, setting, entry["to"], f"the value of '{named}'")
+            if self.check_value(line, setting, entry["to"], f"the value of '{named}'"):
+                self.check_digits(line, setting, entry["to"])
             result.constructor.append(Default(setting, entry["to"]))
         for setting in by_key.values():
             if setting.key not in constructed:
                 self.problem(setting.line, f"nothing ever creates '{setting.key}'")
 
+    def check_digits(self, line, setting, value):
+        """A default that is cut when it is stored would never be read again as it stands here."""
+        if setting.kind != "real" or setting.decimals == -2:
+            return
+        value = float(value)
+        kept = float(f"{value:.15g}") if setting.decimals == -1 else round(value, setting.decimals)
+        if kept != value:
+            digits = "15 digits" if setting.decimals == -1 else f"{setting.decimals} decimals"
+            self.problem(line, f"the value of '{setting.set or setting.key}' is stored with "
+                               f"{digits}, as {kept!r}")
 
     def reset_order(self, result, data, from_blocks):
         own = data.get("reset")
@@ -419,12 +471,15 @@ class Reader:
         for key in sorted({key for key in keys if keys.count(key) > 1}):
             self.problem(line, f"repeated key '{key}' in 'reset'")
         for key in dict.fromkeys(keys):
-            if key not in known:
+            if key not in known and key not in result.rejected:
                 self.problem(line, f"unknown key '{key}' in 'reset'")
         for key in data.get("reset_only", []):
             if key not in keys:
                 self.problem(self.lines.of("reset_only"), f"'reset' does not list '{key}'")
-        if not isinstance(data.get("reset_error"), int):
+        if "reset_error" in data:
+            self.check_number(self.lines.of("reset_error"), "reset_error", data["reset_error"],
+                              RESET_NUMBERS)
+        elif "reset_error" not in self.lines.fields:
             self.problem(line, "missing field 'reset_error'")
         result.reset = keys
         result.reset_error = data.get("reset_error", 0)
@@ -460,6 +515,16 @@ class Template:
         self.parameters = content.get("parameters", [])
 
     def check(self, problems):
+        for name in check_field_types(self.content, self.shown, self.lines, self.prefix, problems):
+            del self.content[name]
+            self.parameters = []
+        for name, kind in (("setting", dict), ("constructor", dict), ("reset", str)):
+            entries = self.content.get(name, [])
+            if not isinstance(entries, list) or not all(isinstance(each, kind)
+                                                        for each in entries):
+                problems.add(self.shown, self.lines.of(self.prefix + name), f"'{name}' is no list "
+                             f"of {'keys' if kind is str else 'tables'}")
+                self.content[name] = []
         for name in self.content:
             if name not in TEMPLATE_FIELDS:
                 problems.add(self.shown, self.lines.of(self.prefix + name),
@@ -480,7 +545,13 @@ def text_of(text):
 
 
 def load(path, shown, problems):
-    text = path.read_text(encoding="utf-8")
+    data = path.read_bytes()
+    try:
+        text = data.decode("utf-8").replace("\r\n", "\n")
+    except UnicodeDecodeError as error:
+        problems.add(shown, data.count(b"\n", 0, error.start) + 1,
+                     f"no UTF-8: byte 0x{data[error.start]:02X}; save the file as UTF-8")
+        return None, None
     try:
         return tomllib.loads(text), Lines(text)
     except tomllib.TOMLDecodeError as error:
@@ -496,66 +567,27 @@ def read_enumerations(header):
                           re.MULTILINE))
 
 
-def check_across_classes(classes, problems):
-    """Error numbers identify one operation; names and elements one class."""
-    numbers, names, elements = {}, {}, {}
-
-    def once(table, what, value, path, line):
-        if value in table:
-            problems.add(path, line, f"repeated {what} {value}, first in {table[value]}")
-        table.setdefault(value, f"{path}:{line}")
-
-    for each in classes:
-        once(names, "class", each.name, each.path, 1)
-        if each.shape == "configuration":
-            once(elements, "element name", each.element_name, each.path, 1)
-        if each.reset_error:
-            once(numbers, "error number", each.reset_error, each.path, 1)
-        for setting in each.settings:
-            for number in filter(None, (setting.guard, setting.set_guard)):
-                once(numbers, "error number", number, each.path, setting.line)
-
-
-def find_columns(classes, problems):
-    """Tables and their headers have the cells of a row class as columns."""
-    rows = {each.name: each for each in classes if each.shape == "row"}
-    for each in classes:
-        if not each.row:
-            continue
-        if each.row not in rows:
-            problems.add(each.path, each.lines.of("row"), f"there is no row class '{each.row}'")
-            continue
-        cells = {cell.key: cell for cell in rows[each.row].settings}
-        for key in each.column_keys:
-            if key not in cells:
-                problems.add(each.path, each.lines.of("columns"),
-                             f"'{each.row}' has no cell '{key}'")
-            elif each.column_keys.count(key) > 1:
-                problems.add(each.path, each.lines.of("columns"), f"repeated column '{key}'")
-            else:
-                each.columns.append(cells[key])
-
-
 def read_schema(folder, enumerations, problems):
     """All classes of a schema folder: FAMILY/CLASS.toml, and templates/NAME.toml."""
     folder = folder.resolve()
     shown_from = PROJECT if folder.is_relative_to(PROJECT) else folder.parent
+    template_files, class_files = find_files(folder, shown_from, problems)
     templates = {}
-    for path in sorted((folder / "templates").glob("*.toml")):
+    for path in template_files:
         shown = path.relative_to(shown_from)
         content, lines = load(path, shown, problems)
         if content is not None:
             templates[path.stem] = Template(shown, content, lines, "")
             templates[path.stem].check(problems)
-    classes = []
-    for path in sorted(folder.glob("*/*.toml")):
-        if path.parent.name == "templates":
-            continue
+    classes, unread = [], set()
+    for path in class_files:
         reader = Reader(path, path.relative_to(shown_from), path.parent.name, templates,
                         enumerations, problems)
         result = reader.read()
         if result:
             classes.append(result)
-    check_across_classes(classes, problems)
-    find_columns(classes, problems)
+        else:
+            unread.add(path.stem)
+    check_across_classes(classes, folder == SCHEMA, problems)
+    find_columns(classes, unread, problems)
     return sorted(classes, key=lambda each: each.name)

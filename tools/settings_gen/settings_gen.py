@@ -6,12 +6,14 @@ output: every problem is printed with its file and line.
 """
 
 import argparse
+import difflib
 import sys
 import textwrap
 from dataclasses import replace
 from pathlib import Path
 
-from schema import BASES, Problems, read_enumerations, read_schema
+from schema import BASES, SCHEMA, Problems, read_enumerations, read_schema
+from schema_checks import ACCESSOR_NUMBERS, RESET_NUMBERS, next_numbers
 
 HERE = Path(__file__).resolve().parent
 SETTINGS = HERE.parent.parent / "kpx" / "settings"
@@ -80,15 +82,23 @@ def about_setting(setting):
         sentence += f" A failing getter reports {setting.guard}."
     if setting.set_guard:
         sentence += f" A failing setter reports {setting.set_guard}."
+    if setting.note:
+        sentence += f" {setting.note}"
     return sentence
 
 
 def about_behaviour(each):
     """What holds for all accessors of a class."""
     if each.columns:
-        xml = "the record header only" if each.shape == "table" else "all columns"
+        xml, rows = "all columns", ""
+        if each.shape == "table":
+            xml = "the record header only, neither columns nor rows"
+            rows = (" Rows are kept as plain `CFGRow` values: a row of another class is not "
+                    "refused. `FindCol` copies over what the given row holds, so cells that only "
+                    "it has remain; give it a new row.")
         return (f'As XML: element "{each.element_name}" with {xml}. The columns are those of '
-                f"`{each.row}`: " + ", ".join(f'"{cell.key}"' for cell in each.columns) + ".")
+                f"`{each.row}`: " + ", ".join(f'"{cell.key}"' for cell in each.columns) + "."
+                + rows)
     what = "cell" if each.shape == "row" else "column"
     xml = f'element "{each.element_name}"'
     if each.shape == "row":
@@ -285,35 +295,66 @@ def write_if_changed(path, text):
 
 
 def find(classes, name):
-    """Prints where an accessor or key is defined."""
-    found = False
+    """Prints where a class, key, accessor or error number is defined."""
+    hits, names = [], set(BASES)
+    if name in BASES:
+        hits.append(f"{BASES[name]}:1: {name}, written by hand")
     for each in classes:
+        of_class = {each.name, each.stored_name, str(each.reset_error)}
+        if each.shape == "configuration":
+            of_class.add(each.element_name)
+        names |= of_class
+        if name in of_class:
+            field = "reset_error" if name == str(each.reset_error) else "class"
+            what = f"ResetPos of {each.name}" if field == "reset_error" else (
+                f"{each.name}, {each.shape}, element \"{each.element_name}\"")
+            hits.append(f"{each.path}:{each.lines.of(field)}: {what}")
         for setting in each.settings:
-            if name in (setting.get, setting.set, setting.key):
-                print(f"{setting.path}:{setting.line}: {each.name}, key \"{setting.key}\"")
-                found = True
-    return 0 if found else 1
+            of_setting = {setting.get, setting.set, setting.key, setting.older_key,
+                          str(setting.guard), str(setting.set_guard)}
+            names |= of_setting
+            if name in of_setting:
+                note = f": {setting.note}" if setting.note else ""
+                hits.append(f"{setting.path}:{setting.line}: {each.name}, key \"{setting.key}\""
+                            f"{note}")
+    if hits and name not in ("", "0"):
+        print("\n".join(hits))
+        return 0
+    near = difflib.get_close_matches(name, sorted(names - {"", "0"}), 3, 0.75)
+    print(f"No class, key, accessor or error number of the schema is '{name}'."
+          + (f" Near it: {', '.join(near)}." if near else ""), file=sys.stderr)
+    return 1
 
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("--schema", type=Path, default=SETTINGS / "schema",
+    parser.add_argument("--schema", type=Path, default=SCHEMA,
                         help="folder with one folder for each family")
     parser.add_argument("--enumerations", type=Path, default=SETTINGS / "Enumerations.h",
                         help="header that declares the enumerated types")
     parser.add_argument("--output", type=Path, help="folder to write to; without it, only check")
     parser.add_argument("--stamp", type=Path, help="file to touch at the end")
     parser.add_argument("--find", metavar="NAME",
-                        help="print where an accessor or key is defined, and write nothing")
+                        help="print where a class, key, accessor or error number is defined, "
+                             "and write nothing")
+    parser.add_argument("--next-numbers", action="store_true",
+                        help="print the next free error numbers, and write nothing")
     arguments = parser.parse_args()
+
+    if arguments.next_numbers:
+        free = next_numbers(arguments.schema)
+        for what, number_, own in zip(("ResetPos: reset_error", "accessors: guard, set_guard"),
+                                      free, (RESET_NUMBERS, ACCESSOR_NUMBERS)):
+            print(f"{what} = {number_ if number_ in own else 'none is left'}")
+        return 0 if all(map(range.__contains__, (RESET_NUMBERS, ACCESSOR_NUMBERS), free)) else 1
 
     problems = Problems()
     classes = read_schema(arguments.schema, read_enumerations(arguments.enumerations), problems)
     if problems.lines:
-        print("\n".join(problems.lines), file=sys.stderr)
+        print("\n".join(problems.told()), file=sys.stderr)
         return 1
-    if arguments.find:
+    if arguments.find is not None:
         return find(classes, arguments.find)
     if arguments.output:
         folder = arguments.output / "kpx" / "settings"
