@@ -1,8 +1,9 @@
-#include <memory>
-#include <optional>
+#include <algorithm>
+#include <utility>
 
 #include "kpx/settings/ConfigFile.h"
 #include "kpx/settings/internal/ConfigWalk.h"
+#include "kpx/settings/internal/DefaultColumns.h"
 
 namespace kpx {
 namespace {
@@ -35,11 +36,12 @@ Candidates lookFor(const std::vector<DocumentConfiguration>& configurations,
       found.settingsClass = configuration.settingsClass;
       found.access = access;
     };
-    if (found.columns == 0) take();
+    if (found.columns + found.emptyColumns == 0) take();
     for (const DocumentSetting& setting : configuration.settings) {
       if (setting.key != key) continue;
       if (setting.valueOffset < 0) {
         ++found.emptyColumns;
+        if (found.columns == 0) take();
       } else {
         ++found.columns;
         take();
@@ -66,31 +68,69 @@ EditOutcome changeAt(CMarkup& document, const CString& key, EditResult& result) 
                                                             : EditOutcome::refused;
 }
 
-/// The column that the class has under the key: that of a new object, since where two setters share
-/// a key it is what files carry; else the one that a setter creates. Nothing if there is neither.
-std::optional<CFGCol> columnFor(const SettingsClass& settingsClass, const CString& key) {
-  const std::unique_ptr<CFGConfig> object = settingsClass.create();
-  if (const CFGCol* const own = object ? object->Class.find(key.view()) : nullptr) return *own;
-  for (const SettingAccess& access : settingsClass.settings) {
-    if (access.key() != key.view()) continue;
-    std::optional<CFGCol> column = columnCreatedBy(settingsClass, access);
-    if (column && column->Name == key) return column;
+/// Gives the column of the key that lacks a value one.
+EditOutcome giveValue(CMarkup& document, const CString& key, const EditResult& result) {
+  goTo(document, result.number);
+  bool hasElement = false;
+  detail::visitColumns(document, [&](bool hasValue) {
+    hasElement = hasValue;
+    return !(document.GetAttrib(u"Name") == key &&
+             !(hasValue && document.HasChildAttrib(u"Value")));
+  });
+  if (hasElement) {
+    return document.SetChildAttrib(u"Value", result.newValue) ? EditOutcome::added
+                                                              : EditOutcome::refused;
   }
-  return std::nullopt;
+  CFGValue value;
+  value.Value = result.newValue;
+  document.IntoElem();
+  return value.serializeXML(&document) == 1 ? EditOutcome::added : EditOutcome::refused;
 }
 
-EditOutcome addTo(CMarkup& document, const SettingsClass& settingsClass, const CString& key,
-                  const EditResult& result) {
-  std::optional<CFGCol> column = columnFor(settingsClass, key);
-  if (!column) return EditOutcome::notInFile;
-  column->Value.Value = result.newValue;
+EditOutcome addColumn(CMarkup& document, const SettingsClass& settingsClass, const CString& key,
+                      const EditResult& result) {
+  detail::DefaultColumns columns;
+  const CFGCol* const usual = columns.find(settingsClass, key);
+  if (!usual) return EditOutcome::notInFile;
+  CFGCol column = *usual;
+  column.Value.Value = result.newValue;
   goTo(document, result.number);
   document.ResetChildPos();
   if (!document.FindChildElem(u"CFGClass")) return EditOutcome::refused;
   document.IntoElem();
   document.ResetChildPos();
   document.IntoElem();
-  return column->serializeXML(&document) == 1 ? EditOutcome::added : EditOutcome::refused;
+  return column.serializeXML(&document) == 1 ? EditOutcome::added : EditOutcome::refused;
+}
+
+/// Gives what was added the line ends of the file, which the elements are not written with.
+/// Requires the text from before; behind ">" there is no value.
+void takeOverLineEnds(CMarkup& document, const CString& before) {
+  const int lineEnd = before.Find(u'\n');
+  if (lineEnd < 0 || (lineEnd > 0 && before[lineEnd - 1] == u'\r')) return;
+  const std::u16string_view old = before.view();
+  const std::u16string_view all = document.GetDoc().view();
+  const auto same = std::ranges::mismatch(old, all);
+  const auto begin = static_cast<std::size_t>(same.in2 - all.begin());
+  const std::size_t end = begin + (all.size() - old.size());
+  CString added(all.substr(begin, end - begin));
+  // What was added may begin like what stands behind it, so the piece may be cut anywhere.
+  if (begin > 0 && all[begin - 1] == u'>' && added.StartsWith(u"\r\n")) added.Delete(0);
+  added.Replace(u">\r\n", u">\n");
+  CString text(all.substr(0, begin));
+  text += added;
+  text += all.substr(end);
+  document.SetDoc(std::move(text));
+}
+
+EditOutcome addTo(CMarkup& document, const Candidates& found, const CString& key,
+                  const EditResult& result) {
+  const CString before = document.GetDoc();
+  const EditOutcome outcome = found.emptyColumns > 0
+                                  ? giveValue(document, key, result)
+                                  : addColumn(document, *found.settingsClass, key, result);
+  if (outcome == EditOutcome::added) takeOverLineEnds(document, before);
+  return outcome;
 }
 
 EditOutcome outcomeBefore(const Candidates& found, MissingKey missingKey) {
@@ -99,7 +139,10 @@ EditOutcome outcomeBefore(const Candidates& found, MissingKey missingKey) {
   if (found.knowTheKey == 0) return EditOutcome::unknownKey;
   if (found.columns > 1) return EditOutcome::severalCandidates;
   if (found.columns == 1) return EditOutcome::changed;
-  if (missingKey == MissingKey::refuse || found.emptyColumns > 0) return EditOutcome::notInFile;
+  if (missingKey == MissingKey::refuse) return EditOutcome::notInFile;
+  if (found.emptyColumns > 0) {
+    return found.emptyColumns == 1 ? EditOutcome::added : EditOutcome::severalCandidates;
+  }
   return found.knowTheKey == 1 ? EditOutcome::added : EditOutcome::severalCandidates;
 }
 
@@ -120,7 +163,7 @@ EditResult setValueInDocument(CMarkup& document, const ConfigurationChoice& choi
     } else if (result.outcome == EditOutcome::changed) {
       result.outcome = changeAt(document, key, result);
     } else {
-      result.outcome = addTo(document, *found.settingsClass, key, result);
+      result.outcome = addTo(document, found, key, result);
     }
   }
   document.ResetPos();

@@ -94,14 +94,22 @@ KPX_API ConfigDifference changedFromDefaults(const DocumentConfiguration& config
 // -------------------------------------------------------------------------------------
 
 enum class FindingKind : std::uint8_t {
-  unknownClass,   // a configuration that the catalogue does not know
-  unknownKey,     // reading passes over it
-  missingKey,     // reading keeps the default
-  duplicateKey,   // the last one counts
-  missingValue,   // a column without a value: reading empties it
-  badValue,       // the value does not read as its type
-  thousandsMark,  // the value would be read as another number
-  lineBreak,      // other XML programs turn it into a blank
+  unknownClass,       // a configuration that the catalogue does not know
+  missingClass,       // no "CFGClass": reading keeps all defaults
+  renamingClass,      // its "CFGClass" has another name, which saving makes the element's
+  unknownKey,         // reading passes over it
+  missingKey,         // reading keeps the default
+  duplicateKey,       // the last one counts
+  missingValue,       // a column without a value: reading empties it
+  badValue,           // the value does not read as its type
+  thousandsMark,      // the value would be read as another number
+  notAsWritten,       // the value is read well, and the next setter call writes it otherwise
+  lineBreak,          // other XML programs turn it into a blank
+  wrongType,          // the type of the column is not the one that its class gives it
+  badAttribute,       // what has to be a number or a time is none
+  repeatedAttribute,  // the first one counts
+  foreignAttribute,   // saving drops it
+  foreignMarkup,      // so too another element, a comment or text
 };
 
 struct ConfigFinding {
@@ -111,15 +119,19 @@ struct ConfigFinding {
   CString value;
   int offset = 0;
   ValueProblem problem = ValueProblem::none;  // why a value is bad
+  CString detail = {};  // of a value what programs read; else what the finding is about
 };
 
 /// What in a document's configurations is not as the suite writes it, in the order of the document.
-/// Looks no further at the configuration after which there are `enough` findings.
+/// Attributes that are absent are none: reading keeps what a new object has. Of an unknown class
+/// nothing more is said. Looks no further at the configuration after which there are `enough`
+/// findings.
 KPX_API std::vector<ConfigFinding> validateConfigurations(CMarkup& document,
                                                           std::size_t enough = 100'000);
 
-/// A kind as the end of a sentence: "is not known to this class".
-KPX_API const char* describe(FindingKind kind) noexcept;
+/// A finding as a sentence without its subject, which is the class and the key: "has a value that
+/// is not a whole number: "4.5" is read as 4". Texts of the document stand in it as they are.
+KPX_API CString describe(const ConfigFinding& finding);
 
 // --- changing one value
 // ---------------------------------------------------------------------------
@@ -151,8 +163,9 @@ enum class MissingKey : std::uint8_t {
   add,  // behind the others, with the caption, group and type that a new object gives it
 };
 
-/// Changes one value of one configuration, and no other unit of the document. A key is not added
-/// where its column stands without a value, nor under an older name that only reading knows.
+/// Changes one value of one configuration, and no other unit of the document. Where a column stands
+/// without a value, adding gives it one; what is added has the line ends of the document. A key is
+/// not added under an older name that only reading knows.
 KPX_API EditResult setValueInDocument(CMarkup& document, const ConfigurationChoice& choice,
                                       const CString& key, const CString& text,
                                       MissingKey missingKey = MissingKey::refuse);

@@ -1,6 +1,8 @@
 #include "kpx/settings/ConfigParts.h"
 
 #include "kpx/settings/internal/ConfigWalk.h"
+#include "kpx/text/NumberText.h"
+#include "kpx/text/TimeValue.h"
 
 namespace kpx {
 namespace {
@@ -64,11 +66,10 @@ class PartsReader {
   }
 
   void noteForeign(int kind) {
-    if (parts_.foreign) return;
-    parts_.foreign.emplace();
+    ForeignMarkup& foreign = parts_.foreign.emplace_back();
     int end = 0;
-    document_.GetOffsets(parts_.foreign->offset, end);
-    CString& what = parts_.foreign->what;
+    document_.GetOffsets(foreign.offset, end);
+    CString& what = foreign.what;
     if (kind == MarkupNode::element) {
       what.Format(u"the element '%s'", document_.GetTagName());
     } else if (kind == MarkupNode::comment) {
@@ -85,6 +86,12 @@ class PartsReader {
 };
 
 }  // namespace
+
+bool isAsWritten(AttributeKind kind, const CString& text) {
+  if (kind == AttributeKind::integer) return utlLongAsText(utlTextAsLong(text)) == text;
+  if (kind == AttributeKind::time) return timeDoubleText(timeDoubleOf(text)) == text;
+  return true;
+}
 
 std::vector<ConfigParts> configPartsOf(CMarkup& document) {
   std::vector<ConfigParts> all;

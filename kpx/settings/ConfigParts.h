@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
+#include <string_view>
 #include <vector>
 
 #include "kpx/report/Export.h"
@@ -31,19 +33,84 @@ struct ForeignMarkup {
   CString what;  // "the element 'x'", "a comment"
 };
 
-/// One configuration. `foreign` is the first thing in it that is no part of the others: text, a
-/// comment, another element, or one that stands a second time where reading takes only one.
+/// One configuration. `foreign` is what is no part of the others: text, a comment, another element,
+/// or one that stands a second time where reading takes only one.
 struct ConfigParts {
   CString elementName;
   int length = 0;  // of its element, in UTF-16 units
   ConfigElement element;
   std::optional<ConfigElement> keyedClass;  // its "CFGClass"
   std::vector<ConfigColumnParts> columns;   // in the document's order
-  std::optional<ForeignMarkup> foreign;
+  std::vector<ForeignMarkup> foreign;       // in the document's order
 };
 
 /// The parts of all configurations of a document, which are those that `findConfigurations` finds.
 /// Moves the position of the document to its start.
 KPX_API std::vector<ConfigParts> configPartsOf(CMarkup& document);
+
+// --- the attributes that the suite writes
+// ---------------------------------------------------------
+
+enum class AttributeKind : std::uint8_t { integer, time, text };
+
+struct ConfigAttribute {
+  std::u16string_view name;
+  AttributeKind kind = AttributeKind::integer;
+};
+
+// Of each element, in the order in which they are written.
+inline constexpr ConfigAttribute configurationAttributes[] = {
+    {u"ObjectID"},
+    {u"UserChangedID"},
+    {u"UserCreatedID"},
+    {u"changed", AttributeKind::time},
+    {u"created", AttributeKind::time},
+    {u"TransID"},
+    {u"Name", AttributeKind::text},
+    {u"ClassID"},
+};
+inline constexpr ConfigAttribute keyedClassAttributes[] = {
+    {u"ObjectID"},
+    {u"UserChangedID"},
+    {u"UserCreatedID"},
+    {u"changed", AttributeKind::time},
+    {u"created", AttributeKind::time},
+    {u"TransID"},
+    {u"Name", AttributeKind::text},
+};
+inline constexpr ConfigAttribute columnAttributes[] = {
+    {u"ObjectID"},
+    {u"UserChangedID"},
+    {u"UserCreatedID"},
+    {u"changed", AttributeKind::time},
+    {u"created", AttributeKind::time},
+    {u"TransID"},
+    {u"ClassID"},
+    {u"Type"},
+    {u"Name", AttributeKind::text},
+    {u"Caption", AttributeKind::text},
+    {u"Category", AttributeKind::text},
+    {u"Length"},
+    {u"Prec"},
+    {u"Nullable"},
+    {u"Empty"},
+    {u"Default", AttributeKind::text},
+    {u"Unit"},
+};
+inline constexpr ConfigAttribute valueAttributes[] = {
+    {u"ObjectID"},
+    {u"UserChangedID"},
+    {u"UserCreatedID"},
+    {u"changed", AttributeKind::time},
+    {u"created", AttributeKind::time},
+    {u"TransID"},
+    {u"Value", AttributeKind::text},
+    {u"ColID"},
+    {u"RowID"},
+    {u"Data"},
+};
+
+/// Whether a text is how the suite writes such an attribute: "7", not "007".
+KPX_API bool isAsWritten(AttributeKind kind, const CString& text);
 
 }  // namespace kpx

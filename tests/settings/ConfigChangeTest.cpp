@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "kpx/settings/ConfigFile.h"
 #include "kpx/settings/ConfigParts.h"
 #include "tests/common/TextPrinter.h"
@@ -37,8 +39,9 @@ TEST(ConfigChange, TakesTheConfigurationThatIsMeant) {
       {{u"", 4}, u"Class", MissingKey::add, noConfiguration, 0},
       {{u"CFGConfigX", 1}, u"Class", MissingKey::add, noConfiguration, 0},
       {{u"", 1}, u"Klasse", MissingKey::add, unknownKey, 0},
-      // Without a value it would stand twice, and with two owners nobody knows where.
-      {{u"", 3}, u"Description", MissingKey::add, notInFile, 3},
+      // Its column gets the value: a second column would make the key stand twice.
+      {{u"", 3}, u"Description", MissingKey::refuse, notInFile, 3},
+      {{u"", 3}, u"Description", MissingKey::add, added, 3},
   };
   for (const auto& each : cases) {
     CMarkup document;
@@ -52,7 +55,10 @@ TEST(ConfigChange, TakesTheConfigurationThatIsMeant) {
     if (!edited) continue;
     const auto settings =
         findConfigurations(document)[static_cast<std::size_t>(each.number) - 1].settings;
-    EXPECT_EQ(settings[0].value, u"b");
+    const auto meant = std::ranges::find(settings, CString(each.key), &DocumentSetting::key);
+    ASSERT_NE(meant, settings.end());
+    EXPECT_EQ(meant->value, u"b");
+    EXPECT_EQ(std::ranges::count(settings, CString(each.key), &DocumentSetting::key), 1);
   }
   CMarkup document;
   ASSERT_TRUE(document.SetDoc(u"<r><CFGConfigCFGClassHeader/><CFGConfigCFGClassHeader/></r>"));
@@ -81,6 +87,22 @@ TEST(ConfigChange, AddsEveryKeyOfEveryClassAsANewObjectHasIt) {
   }
 }
 
+TEST(ConfigChange, AddedMarkupHasTheLineEndsOfTheFile) {
+  for (const CString column :
+       {u"", u"<CFGCol Name='Class'/>\n", u"<CFGCol Name='Class'>\n</CFGCol>"}) {
+    CMarkup document;
+    ASSERT_TRUE(document.SetDoc(u"<CFGConfigCFGClassHeader>\n<CFGClass>\n" + column +
+                                u"</CFGClass>\n</CFGConfigCFGClassHeader>\n"));
+    // A line break in the value is content.
+    const EditResult result =
+        setValueInDocument(document, {}, u"Class", u"a>\r\nb", MissingKey::add);
+    ASSERT_EQ(result.outcome, EditOutcome::added);
+    EXPECT_EQ(findConfigurations(document)[0].settings[0].value, u"a>\r\nb");
+    CString text = document.GetDoc();
+    EXPECT_EQ(text.Remove(u'\r'), 1) << text.utf8();
+  }
+}
+
 TEST(ConfigParts, ShowsEveryAttributeInItsPlace) {
   CMarkup document;
   ASSERT_TRUE(document.SetDoc(
@@ -89,7 +111,7 @@ TEST(ConfigParts, ShowsEveryAttributeInItsPlace) {
   const auto all = configPartsOf(document);
   ASSERT_EQ(all.size(), 1u);
   const ConfigParts& parts = all[0];
-  EXPECT_FALSE(parts.foreign);
+  EXPECT_TRUE(parts.foreign.empty());
   EXPECT_EQ(document.GetDoc().Mid(parts.element.offset, parts.length).Right(13), u"</CFGConfigX>");
   ASSERT_EQ(parts.columns.size(), 2u);
   EXPECT_FALSE(parts.columns[1].value);
@@ -118,8 +140,8 @@ TEST(ConfigParts, TellsWhatDoesNotBelongThere) {
     CMarkup document;
     ASSERT_TRUE(document.SetDoc(u"<CFGConfigX>" + CString(each.inside) + u"</CFGConfigX>"));
     const auto all = configPartsOf(document);
-    ASSERT_TRUE(all.size() == 1 && all[0].foreign) << CString(each.inside).utf8();
-    EXPECT_EQ(all[0].foreign->what, each.what);
+    ASSERT_TRUE(all.size() == 1 && all[0].foreign.size() == 1) << CString(each.inside).utf8();
+    EXPECT_EQ(all[0].foreign[0].what, each.what);
   }
 }
 

@@ -162,7 +162,7 @@ TEST(ConfigFile, ManyEmptyConfigurationsDoNotGiveEndlessFindings) {
   for (int i = 0; i < 20'000; ++i) text += u"<CFGConfigCFGGeneralSettings/>";
   CMarkup document;
   ASSERT_TRUE(document.SetDoc(text + CString(u"</r>")));
-  EXPECT_EQ(validateConfigurations(document, 1000).size(), 1100u);
+  EXPECT_EQ(validateConfigurations(document, 1000).size(), 1000u);
 }
 
 TEST(ConfigFile, NewFileHasNoFindings) {
@@ -196,10 +196,79 @@ TEST(ConfigFile, ValidationFindsEachFaultAtItsPlace) {
     auto findings = validateConfigurations(document);
     std::erase_if(findings, [](const auto& finding) { return finding.kind == missingKey; });
     ASSERT_EQ(findings.size(), 1u) << CString(each.columns).utf8();
-    EXPECT_EQ(findings[0].kind, each.kind) << describe(findings[0].kind);
+    EXPECT_EQ(findings[0].kind, each.kind) << describe(findings[0]).utf8();
     EXPECT_EQ(findings[0].key, each.key);
     EXPECT_EQ(findings[0].className, u"CFGGeneralSettings");
     EXPECT_TRUE(document.GetDoc().Mid(findings[0].offset).StartsWith(each.at));
+  }
+}
+
+TEST(ConfigFile, ValidationFindsWhatSavingWouldLose) {
+  using enum FindingKind;
+  const auto with = [](CString text, const CString& from, const CString& to) {
+    // The first of them only.
+    const int at = text.Find(from);
+    EXPECT_GE(at, 0) << from.utf8();
+    return text.Left(at) + to + text.Mid(at + from.GetLength());
+  };
+  const CString good = fileText();
+  const struct {
+    const char16_t* from;
+    const char16_t* to;
+    FindingKind kind;
+  } cases[] = {
+      {u" Name=\"CFGGeneralSettings\"", u" Name=\"CFGConfigPoly\"", renamingClass},
+      {u" Name=\"CFGGeneralSettings\"", u" Name=\"\"", renamingClass},
+      {u"Type=\"1\" Name=\"FB_HG\"", u"Type=\"4\" Name=\"FB_HG\"", wrongType},
+      {u"Type=\"1\" Name=\"FB_HG\"", u"Type=\"x\" Name=\"FB_HG\"", badAttribute},
+      {u"ObjectID=\"0\"", u"ObjectID=\"abc\"", badAttribute},
+      {u"changed=\"00.00.0000-00:00:00\"", u"changed=\"gestern\"", badAttribute},
+      {u"ObjectID=\"0\"", u"ObjectID=\"0\" Colour=\"1\"", foreignAttribute},
+      {u"ObjectID=\"0\"", u"ObjectID=\"0\" ObjectID=\"0\"", repeatedAttribute},
+      {u"<CFGCol", u"<!-- x --><CFGCol", foreignMarkup},
+      {u"<CFGCol", u"<Other/><CFGCol", foreignMarkup},
+  };
+  for (const auto& each : cases) {
+    CMarkup document;
+    ASSERT_TRUE(document.SetDoc(with(good, each.from, each.to)));
+    const auto findings = validateConfigurations(document);
+    ASSERT_EQ(findings.size(), 1u) << CString(each.to).utf8();
+    EXPECT_EQ(findings[0].kind, each.kind) << describe(findings[0]).utf8();
+  }
+  CMarkup classless;
+  ASSERT_TRUE(classless.SetDoc(u"<CFGConfigCFGGeneralSettings>" + columnText(u"FB_HG", u"1") +
+                               u"</CFGConfigCFGGeneralSettings>"));
+  const auto findings = validateConfigurations(classless);
+  ASSERT_EQ(findings.size(), 1u);
+  EXPECT_EQ(findings[0].kind, missingClass);
+}
+
+TEST(ConfigFile, ValidationSaysWhatProgramsRead) {
+  const struct {
+    const char16_t* key;
+    const char16_t* value;
+    const char16_t* sentence;
+  } cases[] = {
+      {u"FB_HG", u"4.5", u"has a value that is not a whole number: \"4.5\" is read as 4"},
+      {u"FB_HG", u"", u"has a value that is empty: \"\" is read as 0"},
+      {u"FB_HG", u"99999999999",
+       u"has a value that is too large: \"99999999999\" is read as 2147483647"},
+      {u"FB_Tol_Z", u"0,0355",
+       u"has a value that is not as the suite writes it: \"0,0355\" is read as 0.0355 and written "
+       u"as 0.036"},
+      {u"FB_Tol_Z", u"---",
+       u"has a value that is not as the suite writes it: \"---\" is read as 8888.88888 and written "
+       u"as 8888.889"},
+      {u"FB_Tol_Z", u"1.234,56",
+       u"has a thousands mark in its value: \"1.234,56\" is read as 1.234"},
+  };
+  for (const auto& each : cases) {
+    CMarkup document;
+    ASSERT_TRUE(document.SetDoc(minimalText(columnText(each.key, each.value))));
+    auto findings = validateConfigurations(document);
+    std::erase_if(findings, [](const auto& f) { return f.kind == FindingKind::missingKey; });
+    ASSERT_EQ(findings.size(), 1u) << CString(each.value).utf8();
+    EXPECT_EQ(describe(findings[0]), each.sentence);
   }
 }
 

@@ -125,6 +125,45 @@ class ConfigTest(ToolTest):
         self.assertEqual(Path(str(self.file) + ".bak").read_bytes(), before)
         self.assertNotEqual(self.file.read_bytes(), before)
 
+    def test_a_backup_is_never_overwritten(self):
+        contents = []
+        for value in "789":
+            contents.append(self.file.read_bytes())
+            self.answers(0, "config", "set", self.file, "NIV_LG", value, "--backup")
+        for name, content in zip((".bak", ".bak2", ".bak3"), contents):
+            self.assertEqual(Path(str(self.file) + name).read_bytes(), content)
+
+    def test_a_key_that_is_not_there_is_explained(self):
+        text = self.file.read_text().replace('Name="NIV_LG"', 'Name="NIV_LZ"')
+        path = self.write("doubled.xml", text)
+        for verb in (("get",), ("set",)):
+            value = ("7",) if verb == ("set",) else ()
+            for key, words in (("NIV_LG", ("is a setting of CFGGeneralSettings", "--add")),
+                               ("niv_rgh", ("did you mean 'NIV_RgH'",)),
+                               ("NIV_RgHH", ("did you mean 'NIV_RgH'",)),
+                               ("Colour", ("nor a setting of CFGGeneralSettings",))):
+                with self.subTest(verb=verb, key=key):
+                    _, err = self.answers(1, "config", *verb, path, key, *value)
+                    for word in words:
+                        self.assertIn(word, err)
+        _, err = self.answers(2, "config", "set", path, "NIV_LZ", "7")
+        self.assertRegex(err, r"\(--index 1, lines \d+, \d+\)")
+        self.assertIn("more than once", self.answers(0, "config", "get", path, "NIV_LZ")[1])
+        strange = self.write("strange.xml", text.replace("CFGConfigCFGGeneral", "CFGConfigStrange"))
+        _, err = self.answers(2, "config", "set", strange, "NIV_RgH", "7")
+        self.assertIn("CFGConfigStrangeSettings", err)
+        # Nothing was compared, so it is not equal.
+        self.answers(1, "config", "diff", strange)
+
+    def test_show_tells_a_line_break_from_a_backslash(self):
+        header = kpx("config", "defaults", "CFGHeader")[1].encode()
+        shown = [self.answers(0, "config", "show", "-", "--changed",
+                              stdin=header.replace(b'Value=""', value, 1))[0]
+                 for value in (b'Value="a\nb"', b'Value="a\\nb"')]
+        self.assertIn("a\\nb", shown[0])
+        self.assertIn("a\\\\nb", shown[1])
+        self.assertEqual(self.answers(0, "config", "show", "CFGHeader", "--changed")[0], "")
+
     def test_diff_lists_exactly_what_was_changed(self):
         self.answers(0, "config", "diff", self.file)
         self.answers(0, "config", "set", self.file, "FDS_Tol_Z", "0.035")
@@ -328,6 +367,36 @@ class ConvertTest(ToolTest):
         self.assertEqual(attributes(again), attributes(path.read_bytes()))
         self.assertIn("\ud83d".encode("utf-16-le", "surrogatepass"), again)
 
+    def test_json_tells_when_the_spelling_is_not_kept(self):
+        general = self.file.read_bytes()
+        for old, new, kind in ((b"\r\n", b"\n", "line end"), (b'"', b"'", "quotes"),
+                               (b"\r\n<CFGCol", b"\r\n  <CFGCol", "spacing"),
+                               (b'Value="4"', b'Value="&#52;"', "reference")):
+            with self.subTest(kind=kind):
+                declaration, body = general.split(b"\r\n", 1)
+                path = self.write("odd.xml", declaration + b"\r\n" + body.replace(old, new))
+                _, err = self.answers(0, "config", "convert", path, "--to", "json")
+                self.assertEqual(len(err.splitlines()), 1, err)
+                self.assertIn(kind, err)
+        self.assertEqual(self.answers(0, "config", "convert", self.file, "--to", "json")[1], "")
+
+    def test_mistyped_values_in_json_are_told_with_their_place(self):
+        text = self.to_json(self.file)
+        for old, new, message in (('"0.020"', '"0.0355"', "0.036"), ('"0.020"', '"0,035"', "0.035"),
+                                  ('"0.020"', "null", "no value"), ('"4"', '"abc"', "read as 0")):
+            with self.subTest(new=new):
+                path = self.write("typo.json", text.replace(f'"value": {old}', f'"value": {new}', 1))
+                out, err = self.answers(0, "config", "convert", path, "--to", "xml")
+                self.assertIn("</CFGConfigCFGGeneralSettings>", out)
+                self.assertEqual(len(err.splitlines()), 1, err)
+                self.assertRegex(err, r"typo.json:\d+:\d+: /configurations/0/settings/\d+/value: ")
+                self.assertIn(message, err)
+                out, _ = self.answers(1, "config", "convert", path, "--to", "xml", "--strict")
+                self.assertEqual(out, "")
+        path = self.write("many.json", text.replace('"value": "0.020"', '"value": "0,02"'))
+        self.assertEqual(len(self.answers(0, "config", "convert", path, "--to", "xml")[1]
+                             .splitlines()), 6)
+
     def test_a_changed_value_comes_back(self):
         text = self.to_json(self.file)
         line = next(each for each in text.splitlines() if '"FDS_Tol_Z"' in each)
@@ -362,6 +431,8 @@ class ConvertTest(ToolTest):
                 ('"type": 4', '"type": 4, "type": 4', ":9:"),
                 ('"type": 4, ', "", "lacks the field 'type'"),
                 ('"value": ""', '"value": "\\u0000"', "settings/0/value"),
+                ('"value": ""', '"value": "a\\u0001b"', "settings/0/value: holds the character U+0001"),
+                ("}\n      ]", "},\n      ]", "comma"),
                 ('"value": ""', '"value": {"utf16": "d800"}', "UTF-8"),
                 ('"version": 1', '"version": 2', ":3:"),
                 ('"class": "CFGHeader"', '"class": "CFGGeneralSettings"', "configurations/0/element"),

@@ -158,31 +158,7 @@ bool isSameFile(const std::string& a, const std::string& b) {
                                      std::filesystem::path(given(b).units()), error);
 }
 
-/// Whether bytes begin like JSON: with a brace, behind white space and a byte-order mark.
-bool looksLikeJson(std::string_view bytes) {
-  if (bytes.starts_with("\xEF\xBB\xBF")) bytes.remove_prefix(3);
-  const std::size_t first = bytes.find_first_not_of(" \t\r\n");
-  return first != bytes.npos && bytes[first] == '{';
-}
-
-/// Values are converted as they are; what a person may have mistyped is told.
-void warnOfFindings(std::string_view xml, const std::string& source) {
-  CMarkup document;
-  document.SetDoc(decodeMarkupBytes(xml).text);
-  const std::vector<ConfigFinding> findings = validateConfigurations(document);
-  if (findings.empty()) return;
-  const ConfigFinding& first = findings.front();
-  std::string sentence = source + ": " + shown(first.className) +
-                         (first.key.IsEmpty() ? "" : "." + shownOnOneLine(first.key)) + " " +
-                         describe(first.kind);
-  if (findings.size() > 1) {
-    sentence += "; " + std::to_string(findings.size() - 1) +
-                " more like this, which kpx config validate names in the XML";
-  }
-  complain(sentence);
-}
-
-std::string xmlFrom(const std::string& file, const Selection& selection) {
+std::string xmlFrom(const std::string& file, const Selection& selection, bool strict) {
   if (!selection.none()) {
     throw Failure(Exit::usage, "--class and --index choose from XML; from JSON all is converted");
   }
@@ -191,27 +167,41 @@ std::string xmlFrom(const std::string& file, const Selection& selection) {
   if (first != std::string_view::npos && input.bytes()[first] == '<') {
     throw Failure(Exit::input, input.name + ": is XML already; --to xml reads JSON");
   }
-  std::string bytes = xmlBytesOf(input.bytes(), input.name);
-  warnOfFindings(bytes, input.name);
-  return bytes;
+  XmlFromJson result = xmlFromJson(input.bytes(), input.name);
+  for (const std::string& note : result.notes) complain(note);
+  if (const std::size_t more = result.noteCount - result.notes.size(); more > 0) {
+    complain(input.name + ": " + std::to_string(more) +
+             " more of these, which kpx config validate names in the XML");
+  }
+  if (strict && result.noteCount > 0) {
+    throw Failure(Exit::no, input.name + ": nothing was written, because of --strict");
+  }
+  return std::move(result.bytes);
+}
+
+std::string jsonFrom(Configurations& configurations, std::string_view bytes,
+                     const Selection& selection) {
+  std::string json = jsonOf(configurations);
+  const std::string difference = differenceFromJson(json, configurations, bytes, selection);
+  if (!difference.empty()) complain(difference);
+  return json;
 }
 
 std::string convertedFrom(const std::string& file, const Selection& selection,
                           const ConvertOptions& options) {
-  if (options.to == "xml") return xmlFrom(file, selection);
+  if (options.to == "xml") return xmlFrom(file, selection, options.strict);
   Configurations configurations;
-  if (findSettingsClass(CString::fromUtf8(file))) {
+  Input input;
+  if (findClassOf(file)) {
     configurations = readConfigurations(file, selection);
+    input.piped = configurations.document.GetDoc().utf8();
   } else {
-    const Input input = readInput(file);
-    if (looksLikeJson(input.bytes())) {
-      throw Failure(Exit::input,
-                    input.name + ": is JSON, not XML; use --to xml to convert it back");
-    }
+    input = readInput(file);
     configurations = configurationsOf(input, selection);
   }
   if (options.to == "csv") return csvOf(configurations, options);
-  return options.to == "ini" ? iniOf(configurations) : jsonOf(configurations);
+  if (options.to == "ini") return iniOf(configurations);
+  return jsonFrom(configurations, input.bytes(), selection);
 }
 
 }  // namespace
@@ -224,13 +214,22 @@ void addConvertOptions(CLI::App& command, ConvertOptions& options) {
                      "Write this file, whole or not at all, instead of standard output");
   command.add_option("--separator", options.separator, "Of CSV: , ; | or tab (default ,)")
       ->check(CLI::IsMember({",", ";", "|", "tab"}).description(""));
+  command.add_flag("--strict", options.strict,
+                   "To XML: answer 1 and write nothing where a key or value is not as the suite "
+                   "writes it");
   command.add_flag("--bom", options.mark,
                    "Begin CSV with a byte-order mark, without which Excel misreads umlauts");
   command.footer(
-      "json  keeps everything: --to xml gives the same file again, and a changed one after values\n"
-      "      were changed by hand. What stands around the configurations is kept as text; a\n"
+      "json  keeps all content: --to xml gives the same file again, and a changed one after "
+      "values\n"
+      "      were changed by hand. The spelling of a file that the suite did not write (line "
+      "ends,\n"
+      "      spacing, quotes, references) is not kept inside a configuration, and one line on\n"
+      "      standard error tells of it. What stands around the configurations is kept as text; a\n"
       "      comment, a foreign element or attribute inside one is refused. --class and --index\n"
       "      leave the other configurations out.\n"
+      "xml   from JSON. Keys and values that the suite would not read, or not write so, are told\n"
+      "      on standard error and written as they are, unless --strict forbids it.\n"
       "csv   one row for each setting, one way. UTF-8; quoted where needed.\n"
       "ini   one section for each configuration, one way. A line break in a value becomes \\n. A\n"
       "      key that is empty, stands twice, begins with ; or [, or has =, quotes, a line break\n"
@@ -242,6 +241,9 @@ void addConvertOptions(CLI::App& command, ConvertOptions& options) {
 Exit convert(const std::string& file, const Selection& selection, const ConvertOptions& options) {
   if (options.to != "csv" && (options.mark || !options.separator.empty())) {
     throw Failure(Exit::usage, "--separator and --bom are for --to csv");
+  }
+  if (options.strict && options.to != "xml") {
+    throw Failure(Exit::usage, "--strict is for --to xml");
   }
   if (!options.output.empty() && file != "-" && isSameFile(file, options.output)) {
     throw Failure(Exit::usage, options.output + ": is the input; nothing was changed");

@@ -12,6 +12,7 @@ struct ConvertOptions {
   std::string output;     // a file; empty for standard output
   std::string separator;  // of CSV: ",", ";", "|" or "tab"
   bool mark = false;      // CSV begins with a byte-order mark
+  bool strict = false;    // to XML: refuse what the suite would not write
 };
 
 /// Adds the options of `convert` to its verb.

@@ -5,6 +5,7 @@
 #include <map>
 #include <utility>
 
+#include "tools/kpx/Exit.h"
 #include "tools/kpx/Output.h"
 
 namespace kpx::tool {
@@ -18,6 +19,7 @@ class DifferenceReport {
   /// `owner` is the configuration as the messages call it.
   void add(const Configurations& all, const DocumentConfiguration& owner,
            const ConfigDifference& difference) {
+    compared_ = true;
     for (const ChangedValue& each : difference.changed) {
       add(all, owner, each.key, &each.valueA, &each.valueB);
     }
@@ -39,7 +41,7 @@ class DifferenceReport {
     } else {
       print(lines_);
     }
-    return list_.empty() ? Exit::success : Exit::no;
+    return list_.empty() && compared_ ? Exit::success : Exit::no;
   }
 
  private:
@@ -69,6 +71,7 @@ class DifferenceReport {
   std::string b_;
   std::string lines_;
   Json list_ = Json::array();
+  bool compared_ = false;  // what was not compared is not equal
 };
 
 Exit diffFromDefaults(const std::string& file, const Selection& selection, bool json) {
@@ -90,7 +93,7 @@ Exit diffFromDefaults(const std::string& file, const Selection& selection, bool 
 Selection selectionInB(Selection selection, const DiffOptions& options) {
   if (options.otherIndex > 0) {
     selection.index = options.otherIndex;
-  } else if (findSettingsClass(CString::fromUtf8(options.other))) {
+  } else if (findClassOf(options.other)) {
     selection.index = 0;
   }
   return selection;
@@ -112,6 +115,9 @@ Exit diffConfigurations(const std::string& file, const Selection& selection,
       throw Failure(Exit::usage, "--other-index chooses in the file B, and there is none");
     }
     return diffFromDefaults(file, selection, json);
+  }
+  if (file == "-" && options.other == "-") {
+    throw Failure(Exit::usage, "standard input can be read only once, so A and B cannot both be -");
   }
   const Configurations a = readConfigurations(file, selection);
   const Configurations b = readConfigurations(options.other, selectionInB(selection, options));

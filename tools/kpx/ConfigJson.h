@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "tools/kpx/Configurations.h"
 
@@ -30,8 +31,21 @@ namespace kpx::tool {
 /// place.
 std::string jsonOf(Configurations& configurations);
 
-/// The bytes of the XML file that the JSON stands for. Anything wrong in it raises a Failure with
-/// its place.
-std::string xmlBytesOf(std::string_view json, const std::string& source);
+/// The XML that a JSON stands for, and what in it a person may have mistyped: keys and values that
+/// the suite would not read or not write so.
+struct XmlFromJson {
+  std::string bytes;
+  std::vector<std::string> notes;  // the first five, each with its place
+  std::size_t noteCount = 0;       // all of them
+};
+
+/// The XML file of a JSON. Anything wrong in it raises a Failure with its place.
+XmlFromJson xmlFromJson(std::string_view json, const std::string& source);
+
+/// How the XML that comes back from a JSON first differs from the file that the JSON was made
+/// from, as a sentence with its line; empty if it does not. The content is the same: spelling
+/// differs, since JSON does not keep it. Of a selection only the selected configurations count.
+std::string differenceFromJson(const std::string& json, Configurations& configurations,
+                               std::string_view bytes, const Selection& selection);
 
 }  // namespace kpx::tool

@@ -1,9 +1,10 @@
 #pragma once
 
-#include <cstdint>
-#include <span>
+#include <array>
+#include <cstddef>
 #include <string_view>
 
+#include "kpx/settings/ConfigParts.h"
 #include "kpx/text/CString.h"
 
 namespace kpx::tool {
@@ -16,7 +17,7 @@ inline constexpr std::u16string_view usualDeclaration =
     u"<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n";
 inline constexpr std::u16string_view usualLineEnd = u"\r\n";
 
-enum class FieldKind : std::uint8_t { integer, time, text };
+using FieldKind = AttributeKind;
 
 /// An attribute of an element and the member of a JSON object that it becomes.
 struct JsonField {
@@ -26,56 +27,36 @@ struct JsonField {
   bool always = false;  // it is written even if it is 0 or empty, and has to be there
 };
 
-// In the order in which the suite writes the attributes.
-inline constexpr JsonField configurationFields[] = {
-    {"object_id", u"ObjectID"},
-    {"user_changed_id", u"UserChangedID"},
-    {"user_created_id", u"UserCreatedID"},
-    {"changed", u"changed", FieldKind::time},
-    {"created", u"created", FieldKind::time},
-    {"trans_id", u"TransID"},
-    {"name", u"Name", FieldKind::text},
-    {"class_id", u"ClassID"},
-};
-inline constexpr std::span<const JsonField> classFields = std::span(configurationFields).first<7>();
-inline constexpr JsonField columnFields[] = {
-    {"object_id", u"ObjectID"},
-    {"user_changed_id", u"UserChangedID"},
-    {"user_created_id", u"UserCreatedID"},
-    {"changed", u"changed", FieldKind::time},
-    {"created", u"created", FieldKind::time},
-    {"trans_id", u"TransID"},
-    {"class_id", u"ClassID"},
-    {"type", u"Type", FieldKind::integer, true},
-    {"key", u"Name", FieldKind::text, true},
-    {"caption", u"Caption", FieldKind::text},
-    {"category", u"Category", FieldKind::text},
-    {"length", u"Length"},
-    {"prec", u"Prec"},
-    {"nullable", u"Nullable"},
-    {"empty", u"Empty"},
-    {"default", u"Default", FieldKind::text},
-    {"unit", u"Unit"},
-};
+/// The attributes of an element with the names of their members.
+template <std::size_t count>
+constexpr std::array<JsonField, count> jsonFields(const ConfigAttribute (&attributes)[count],
+                                                  const char* const (&names)[count]) {
+  std::array<JsonField, count> fields{};
+  for (std::size_t i = 0; i < count; ++i) {
+    const std::string_view name = names[i];
+    fields[i] = {names[i], attributes[i].name, attributes[i].kind,
+                 name == "type" || name == "key" || name == "value"};
+  }
+  return fields;
+}
+
+inline constexpr auto configurationFields =
+    jsonFields(configurationAttributes, {"object_id", "user_changed_id", "user_created_id",
+                                         "changed", "created", "trans_id", "name", "class_id"});
+inline constexpr auto classFields = jsonFields(
+    keyedClassAttributes,
+    {"object_id", "user_changed_id", "user_created_id", "changed", "created", "trans_id", "name"});
+inline constexpr auto columnFields = jsonFields(
+    columnAttributes, {"object_id", "user_changed_id", "user_created_id", "changed", "created",
+                       "trans_id", "class_id", "type", "key", "caption", "category", "length",
+                       "prec", "nullable", "empty", "default", "unit"});
 /// The attribute "Value" is the member "value" of the setting itself.
-inline constexpr JsonField valueFields[] = {
-    {"object_id", u"ObjectID"},
-    {"user_changed_id", u"UserChangedID"},
-    {"user_created_id", u"UserCreatedID"},
-    {"changed", u"changed", FieldKind::time},
-    {"created", u"created", FieldKind::time},
-    {"trans_id", u"TransID"},
-    {"value", u"Value", FieldKind::text, true},
-    {"col_id", u"ColID"},
-    {"row_id", u"RowID"},
-    {"data", u"Data"},
-};
+inline constexpr auto valueFields =
+    jsonFields(valueAttributes, {"object_id", "user_changed_id", "user_created_id", "changed",
+                                 "created", "trans_id", "value", "col_id", "row_id", "data"});
 
 /// The text of a field that is left out.
 std::u16string_view neutralText(FieldKind kind) noexcept;
-/// Whether a text is how the suite writes such a field, so that JSON can show it as what it is.
-bool isPlain(FieldKind kind, const CString& text);
-
 /// The name that the class of configuration of an element has, unless the JSON says another.
 CString usualClassName(const CString& elementName);
 

@@ -1,7 +1,9 @@
 #include <algorithm>
 #include <initializer_list>
+#include <iterator>
 #include <limits>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "kpx/settings/ConfigParts.h"
@@ -21,7 +23,7 @@ class Reader {
  public:
   Reader(std::string_view text, const std::string& source) : json_(text, source), source_(source) {}
 
-  std::string xmlBytes() {
+  XmlFromJson convert() {
     const Json& root = json_.root();
     requireObject(root, "", {},
                   {"format", "version", "encoding", "byte_order_mark", "configurations", "after"});
@@ -35,8 +37,11 @@ class Reader {
       appendConfiguration(configurations[i], "/configurations/" + std::to_string(i), i == 0);
     }
     out_ += root.contains("after") ? textOf(root["after"], "/after").view() : usualLineEnd;
-    requireReadable();
-    return encoded(encoding);
+    CMarkup document = requireReadable();
+    XmlFromJson result;
+    noteValues(document, result);
+    result.bytes = encoded(encoding);
+    return result;
   }
 
  private:
@@ -131,6 +136,7 @@ class Reader {
   }
 
   void appendColumn(const Json& setting, const std::string& at) {
+    columns_.push_back({at, static_cast<int>(out_.size())});
     requireObject(setting, at, columnFields, {"value", "value_record"});
     const Json& value = member(setting, at, "value");
     appendTag(u"CFGCol", setting, at, columnFields, {});
@@ -188,7 +194,7 @@ class Reader {
     }
     if (kind == FieldKind::integer) return integerText(node, at);
     CString text = textOf(node, at);
-    if (kind == FieldKind::time && !isPlain(kind, text)) {
+    if (kind == FieldKind::time && !isAsWritten(kind, text)) {
       json_.fail(at, "must be a time like \"05.03.2021-08:33:34\"");
     }
     return text;
@@ -222,8 +228,17 @@ class Reader {
     } else {
       json_.fail(at, "must be a text in quotes");
     }
-    if (text.Find(char16_t{0}) >= 0)
-      json_.fail(at, "holds the character 0, which XML cannot carry");
+    // Half a surrogate pair stays: files in UTF-16 carry it.
+    const auto isForbidden = [](char16_t unit) {
+      return (unit < 0x20 && unit != u'\t' && unit != u'\n' && unit != u'\r') || unit >= 0xFFFE;
+    };
+    const auto found = std::ranges::find_if(text, isForbidden);
+    if (found != text.end()) {
+      CString name;
+      name.Format(u"holds the character U+%04X, which XML cannot carry",
+                  static_cast<unsigned>(*found));
+      json_.fail(at, shown(name));
+    }
     return text;
   }
 
@@ -273,20 +288,52 @@ class Reader {
   // --- the result -------------------------------------------------------------------------
 
   /// What stands around the configurations is markup, and so must fit them.
-  void requireReadable() {
+  CMarkup requireReadable() {
     CMarkup document;
     document.SetDoc(CString(out_));
     const std::vector<ConfigParts> parts = configPartsOf(document);
     const bool found = std::ranges::equal(parts, elements_, [](const auto& a, const auto& b) {
       return a.elementName == b.name && a.element.offset == b.offset;
     });
-    if (found && document.IsWellFormed()) return;
+    if (found && document.IsWellFormed()) return document;
     throw Failure(Exit::input,
                   source_ + (elements_.size() > 1
                                  ? ": several configurations need one XML element around them, "
                                    "which \"before\" of the first opens and \"after\" closes"
                                  : ": what stands in \"before\" and \"after\" does not make a "
                                    "well-formed document around the configuration"));
+  }
+
+  /// Values are converted as they are; what a person may have mistyped is told.
+  void noteValues(CMarkup& document, XmlFromJson& result) {
+    constexpr std::size_t mostNotes = 5;
+    for (const ConfigFinding& finding : validateConfigurations(document)) {
+      if (!isTypingError(finding.kind)) continue;
+      if (++result.noteCount > mostNotes) continue;
+      const auto behind =
+          std::ranges::upper_bound(columns_, finding.offset, {}, &PlacedColumn::offset);
+      const std::string& at = std::prev(behind)->pointer;
+      const bool isKey =
+          finding.kind == FindingKind::unknownKey || finding.kind == FindingKind::duplicateKey;
+      result.notes.push_back(
+          json_.located(at + (isKey ? "/key" : "/value"), shown(finding.className) + "." +
+                                                              shownOnOneLine(finding.key) + " " +
+                                                              shownOnOneLine(describe(finding))));
+    }
+  }
+
+  static bool isTypingError(FindingKind kind) {
+    switch (kind) {
+      case FindingKind::unknownKey:
+      case FindingKind::duplicateKey:
+      case FindingKind::missingValue:
+      case FindingKind::badValue:
+      case FindingKind::thousandsMark:
+      case FindingKind::notAsWritten:
+        return true;
+      default:
+        return false;
+    }
   }
 
   std::string encoded(MarkupEncoding encoding) {
@@ -311,17 +358,23 @@ class Reader {
     int offset = 0;
   };
 
+  struct PlacedColumn {
+    std::string pointer;
+    int offset = 0;
+  };
+
   StrictJson json_;
   const std::string& source_;
   std::u16string out_;
   std::vector<PlacedElement> elements_;
+  std::vector<PlacedColumn> columns_;
   std::string valueAt_;  // where the value stands whose record is being written
 };
 
 }  // namespace
 
-std::string xmlBytesOf(std::string_view json, const std::string& source) {
-  return Reader(json, source).xmlBytes();
+XmlFromJson xmlFromJson(std::string_view json, const std::string& source) {
+  return Reader(json, source).convert();
 }
 
 }  // namespace kpx::tool

@@ -1,11 +1,11 @@
 #include <algorithm>
 #include <array>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "kpx/settings/ConfigParts.h"
 #include "kpx/text/NumberText.h"
-#include "kpx/text/TimeValue.h"
 #include "kpx/text/Utf.h"
 #include "tools/kpx/ConfigJson.h"
 #include "tools/kpx/ConfigJsonFields.h"
@@ -23,12 +23,6 @@ std::u16string_view neutralText(FieldKind kind) noexcept {
       break;
   }
   return {};
-}
-
-bool isPlain(FieldKind kind, const CString& text) {
-  if (kind == FieldKind::integer) return utlLongAsText(utlTextAsLong(text)) == text;
-  if (kind == FieldKind::time) return timeDoubleText(timeDoubleOf(text)) == text;
-  return true;
 }
 
 CString usualClassName(const CString& elementName) {
@@ -57,7 +51,7 @@ Json jsonOfText(const CString& text) {
 }
 
 Json jsonOfAttribute(FieldKind kind, const CString& text) {
-  if (!isPlain(kind, text)) return {{"text", jsonOfText(text)}};
+  if (!isAsWritten(kind, text)) return {{"text", jsonOfText(text)}};
   return kind == FieldKind::integer ? Json(utlTextAsLong(text)) : jsonOfText(text);
 }
 
@@ -130,7 +124,9 @@ class Writer {
 
   void appendConfiguration(const DocumentConfiguration& configuration, const ConfigParts& parts,
                            std::u16string_view before) {
-    if (parts.foreign) refuse(parts.foreign->offset, shown(parts.foreign->what));
+    if (!parts.foreign.empty()) {
+      refuse(parts.foreign[0].offset, shown(parts.foreign[0].what));
+    }
     const bool isFirst = &configuration == configurations_.list.data();
     Json head{{"class", nameOf(configuration)}, {"element", shown(parts.elementName)}};
     if (before != (isFirst ? usualDeclaration : usualLineEnd)) {

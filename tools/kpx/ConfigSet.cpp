@@ -5,6 +5,7 @@
 
 #include "kpx/platform/FileSystem.h"
 #include "kpx/text/NumberText.h"
+#include "tools/kpx/ConfigAbsent.h"
 #include "tools/kpx/Output.h"
 
 namespace kpx::tool {
@@ -71,17 +72,37 @@ std::string candidates(const Request& request) {
 std::string notInFile(const Request& request) {
   const CString key = CString::fromUtf8(request.key);
   for (const DocumentConfiguration& configuration : request.configurations.list) {
-    const SettingAccess* const access = accessOf(configuration, key);
-    if (!access) continue;
-    if (std::ranges::find(configuration.settings, key, &DocumentSetting::key) !=
-        configuration.settings.end()) {
-      return "stands in " + nameOf(configuration) + " without a value, so there is none to change";
-    }
-    if (access->key() != key.view()) {
-      return "is an older name of '" + shown(access->key()) + "' and is not in this file";
+    if (accessOf(configuration, key) &&
+        std::ranges::find(configuration.settings, key, &DocumentSetting::key) !=
+            configuration.settings.end()) {
+      return "stands in " + nameOf(configuration) + " without a value; --add gives it one";
     }
   }
-  return "is not in this file, and its default counts; --add writes it";
+  return whyAbsent(request.configurations, key);
+}
+
+/// A name for a backup that overwrites none: FILE.bak, FILE.bak2 and so on.
+std::string freeBackupName(const std::string& file) {
+  std::string name = file + ".bak";
+  for (int number = 2; fileSystem().exists(given(name)); ++number) {
+    name = file + ".bak" + std::to_string(number);
+  }
+  return name;
+}
+
+[[noreturn]] void failUnknownClass(const Request& request) {
+  const CString key = CString::fromUtf8(request.key);
+  for (const DocumentConfiguration& each : request.configurations.list) {
+    if (!each.settingsClass &&
+        std::ranges::find(each.settings, key, &DocumentSetting::key) != each.settings.end()) {
+      throw Failure(Exit::usage, request.source + ": '" + request.key + "' stands in " +
+                                     nameOf(each) +
+                                     ", a class that is not known, so its value cannot be checked");
+    }
+  }
+  throw Failure(Exit::no, request.source + ": '" + request.key +
+                              "' is not in this file, and the class of " +
+                              nameOf(request.configurations.list.front()) + " is not known");
 }
 
 [[noreturn]] void failEdit(const Request& request, const EditResult& result) {
@@ -92,9 +113,7 @@ std::string notInFile(const Request& request) {
     case EditOutcome::severalCandidates:
       throw Failure(Exit::usage, subject + candidates(request));
     case EditOutcome::unknownClass:
-      throw Failure(Exit::usage, subject +
-                                     "belongs to a class that is not known, so its value "
-                                     "cannot be checked");
+      failUnknownClass(request);
     case EditOutcome::notInFile:
       throw Failure(Exit::no, subject + notInFile(request));
     case EditOutcome::refused:
@@ -102,6 +121,11 @@ std::string notInFile(const Request& request) {
           Exit::notWritten,
           subject + "does not fit into the document" +
               (request.options.add ? ", or there is no CFGClass element to hold it" : ""));
+    case EditOutcome::unknownKey: {
+      const CString key = CString::fromUtf8(request.key);
+      if (isOfUnknownClass(request.configurations, key)) failUnknownClass(request);
+      throw Failure(Exit::no, subject + whyAbsent(request.configurations, key));
+    }
     default:
       throw Failure(Exit::no, subject + describe(result.outcome));
   }
@@ -148,8 +172,10 @@ Exit setValue(const std::string& file, const std::string& key, const Selection& 
   const bool write = changed && !options.dryRun && !toOutput;
   if (write) {
     if (options.backup) {
-      replaceOrFail(file + ".bak", input.bytes());
-      fileSystem().copyPermissions(given(file), given(file + ".bak"));
+      const std::string backup = freeBackupName(file);
+      replaceOrFail(backup, input.bytes());
+      fileSystem().copyPermissions(given(file), given(backup));
+      if (backup != file + ".bak") complain("the old file is kept as " + backup);
     }
     replaceOrFail(file, bytes);
   }
@@ -163,6 +189,9 @@ Exit setValue(const std::string& file, const std::string& key, const Selection& 
   if (textAsDouble(given(options.value)) != textAsDouble(result.newValue)) {
     complain(key + ": " + options.value + " is stored as " + shownOnOneLine(result.newValue) +
              ", with the decimals of this setting");
+  }
+  if (changed && result.newValue.FindOneOf(u"\r\n") >= 0) {
+    complain(key + ": the value holds a line break, which other programs turn into a blank");
   }
   if (toOutput && !options.dryRun) {
     print(bytes);

@@ -2,9 +2,10 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "kpx/settings/ConfigFile.h"
-#include "tools/kpx/Classes.h"
+#include "tools/kpx/ConfigAbsent.h"
 #include "tools/kpx/ConfigConvert.h"
 #include "tools/kpx/ConfigDiff.h"
 #include "tools/kpx/ConfigSet.h"
@@ -29,9 +30,14 @@ struct Arguments {
 // --- defaults -------------------------------------------------------------------------------
 
 Exit defaults(const Arguments& arguments) {
-  const CString text = defaultsAsXml(requireClass(arguments.file));
+  const SettingsClass* const known = findClassOf(arguments.file);
+  if (!known) {
+    throw Failure(Exit::usage, "there is no class '" + arguments.file + "'" +
+                                   nearClass(arguments.file) + "; kpx classes list shows them");
+  }
+  const CString text = defaultsAsXml(*known);
   if (arguments.json) {
-    printJson(Json{{"class", arguments.file}, {"xml", shown(text)}});
+    printJson(Json{{"class", shown(known->name)}, {"xml", shown(text)}});
   } else {
     print(text.utf8());
   }
@@ -60,11 +66,13 @@ Exit show(const Arguments& arguments) {
     const int line = places.at(configuration.offset).first;
     const std::map<CString, CString> defaultValues = defaultsOf(configuration);
     Json settings = Json::array();
-    text.AppendFormat(u"%s[%S]", text.IsEmpty() ? u"" : u"\n", nameOf(configuration));
+    CString heading;
+    heading.Format(u"%s[%S]", text.IsEmpty() ? u"" : u"\n", nameOf(configuration));
     if (configurations.count > 1) {
-      text.AppendFormat(u"   (--index %d, line %d)", configuration.number, line);
+      heading.AppendFormat(u"   (--index %d, line %d)", configuration.number, line);
     }
-    text += u'\n';
+    heading += u'\n';
+    if (!arguments.onlyChanged) text += std::exchange(heading, {});
     for (const DocumentSetting& setting : configuration.settings) {
       const auto found = defaultValues.find(setting.key);
       const bool changed = found == defaultValues.end() || found->second != setting.value;
@@ -72,6 +80,7 @@ Exit show(const Arguments& arguments) {
       Json entry{{"key", shown(setting.key)}, {"value", shown(setting.value)}};
       entry["default"] = found == defaultValues.end() ? Json(nullptr) : Json(shown(found->second));
       settings.push_back(std::move(entry));
+      text += std::exchange(heading, {});  // only above something
       text.AppendFormat(u"%-28s %s", setting.key, CString::fromUtf8(shownOnOneLine(setting.value)));
       if (found == defaultValues.end()) {
         text += configuration.settingsClass ? u"   (unknown key)" : u"";
@@ -121,12 +130,17 @@ Exit get(const Arguments& arguments) {
     }
   }
   if (!found) {
-    throw Failure(Exit::no, configurations.source + ": there is no setting '" + arguments.key +
-                                "'" + (arguments.selection.none() ? "" : " in what is selected"));
+    throw Failure(Exit::no, configurations.source + ": '" + arguments.key + "' " +
+                                whyAbsent(configurations, key) +
+                                (arguments.selection.none() ? "" : " (in what is selected)"));
   }
   if (candidates.count() > 1) {
     throw Failure(Exit::usage, configurations.source + ": '" + arguments.key + "' stands in " +
                                    candidates.sentence());
+  }
+  if (std::ranges::count(owner->settings, key, &DocumentSetting::key) > 1) {
+    complain(configurations.source + ": '" + arguments.key + "' stands in " + nameOf(*owner) +
+             " more than once; this is the last, which programs read");
   }
   if (arguments.json) {
     printJson(Json{{"class", nameOf(*owner)},
@@ -163,11 +177,7 @@ Exit validate(const Arguments& arguments) {
     const auto [line, column] = places.at(finding.offset);
     const std::string subject = labelOf(configurations, *owner) +
                                 (finding.key.IsEmpty() ? "" : "." + shownOnOneLine(finding.key));
-    std::string sentence = subject + " " + describe(finding.kind);
-    if (!finding.value.IsEmpty()) sentence += ": \"" + shownOnOneLine(finding.value) + "\"";
-    if (finding.problem != ValueProblem::none) {
-      sentence += std::string(" ") + describe(finding.problem);
-    }
+    const std::string sentence = subject + " " + shownOnOneLine(describe(finding));
     lines += placeOf(configurations.source, {line, column, sentence}) + "\n";
     report.push_back({{"line", line},
                       {"column", column},
@@ -198,7 +208,15 @@ Exit convertFile(const Arguments& arguments) {
 
 void addConfigVerbs(CLI::App& app, Action& chosen) {
   CLI::App* config = app.add_subcommand("config", "Show, change and compare configurations");
-  config->require_subcommand(1);
+  config->require_subcommand(0, 1);
+  config->allow_extras();
+  config->callback([config] {
+    if (!config->remaining().empty()) {
+      throw CLI::ExtrasError("kpx config", {config->remaining().front() + " is no verb; --help "
+                                                                          "names them"});
+    }
+    if (config->get_subcommands().empty()) throw CLI::RequiredError::Subcommand(1);
+  });
   const auto add = [&](const char* name, const char* description, Exit (*verb)(const Arguments&)) {
     auto arguments = std::make_shared<Arguments>();
     CLI::App* command = config->add_subcommand(name, description);
@@ -223,7 +241,7 @@ void addConfigVerbs(CLI::App& app, Action& chosen) {
   }
   {
     const auto [command, arguments] = add("get", "Print the value of one setting", &get);
-    command->add_option("FILE", arguments->file, fileOrClass)->required();
+    command->add_option("FILE|CLASS", arguments->file, fileOrClass)->required();
     command->add_option("KEY", arguments->key, "Key of the setting")->required();
     addSelection(*command, arguments->selection);
   }
@@ -236,9 +254,10 @@ void addConfigVerbs(CLI::App& app, Action& chosen) {
     command->add_option("VALUE", arguments->set.value, "Its new value")->required();
     addSelection(*command, arguments->selection);
     command->add_flag("--add", arguments->set.add,
-                      "Add the setting if the class knows it and the file lacks it");
+                      "Add the setting, or its value, if the class knows it and the file lacks it");
     command->add_flag("--dry-run", arguments->set.dryRun, "Only tell what would be changed");
-    command->add_flag("--backup", arguments->set.backup, "Keep the old file as FILE.bak");
+    command->add_flag("--backup", arguments->set.backup,
+                      "Keep the old file as FILE.bak, .bak2 ...");
   }
   {
     const auto [command, arguments] =
@@ -250,7 +269,7 @@ void addConfigVerbs(CLI::App& app, Action& chosen) {
   {
     const auto [command, arguments] =
         add("validate", "Name everything that is not as the suite writes it", &validate);
-    command->add_option("FILE", arguments->file, fileOrClass)->required();
+    command->add_option("FILE|CLASS", arguments->file, fileOrClass)->required();
     addSelection(*command, arguments->selection);
   }
   {
@@ -259,7 +278,7 @@ void addConfigVerbs(CLI::App& app, Action& chosen) {
         config->add_subcommand("convert", "Convert to JSON, CSV or INI, and JSON back to XML");
     command->callback(
         [&chosen, arguments] { chosen = [arguments] { return convertFile(*arguments); }; });
-    command->add_option("FILE", arguments->file, fileOrClass)->required();
+    command->add_option("FILE|CLASS", arguments->file, fileOrClass)->required();
     addConvertOptions(*command, arguments->convert);
     addSelection(*command, arguments->selection);
   }

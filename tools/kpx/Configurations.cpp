@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "tools/kpx/Classes.h"
+#include "tools/kpx/ConfigAbsent.h"
 #include "tools/kpx/Exit.h"
 
 namespace kpx::tool {
@@ -35,6 +36,13 @@ std::string namesOf(const std::vector<DocumentConfiguration>& list) {
   return text;
 }
 
+/// Whether bytes begin like JSON: with a brace, behind white space and a byte-order mark.
+bool looksLikeJson(std::string_view bytes) {
+  if (bytes.starts_with("\xEF\xBB\xBF")) bytes.remove_prefix(3);
+  const std::size_t first = bytes.find_first_not_of(" \t\r\n");
+  return first != bytes.npos && bytes[first] == '{';
+}
+
 /// Leaves the selected ones.
 void select(Configurations& all, const Selection& selection) {
   all.count = static_cast<int>(all.list.size());
@@ -57,7 +65,8 @@ void select(Configurations& all, const Selection& selection) {
   std::erase_if(all.list, [&](const auto& each) { return !choice.includes(each); });
   if (all.list.empty()) {
     throw Failure(Exit::no, all.source + ": holds no configuration of the class " +
-                                selection.className + ", but of " + names);
+                                selection.className + ", but of " + names +
+                                nearClass(selection.className));
   }
 }
 
@@ -90,7 +99,18 @@ CString defaultsAsXml(const SettingsClass& settingsClass) {
   return document.TakeDoc();
 }
 
+const SettingsClass* findClassOf(const std::string& name) {
+  const CString text = CString::fromUtf8(name);
+  const SettingsClass* const found = findSettingsClass(text);
+  return found ? found : findSettingsClassByElement(text);
+}
+
 Configurations configurationsOf(const Input& input, const Selection& selection) {
+  if (looksLikeJson(input.bytes())) {
+    throw Failure(Exit::input, input.name +
+                                   ": is JSON, not XML; kpx config convert --to xml makes XML of "
+                                   "what --to json wrote");
+  }
   ReadDocument read = requireWellFormed(input);
   Configurations result{input.name, std::move(read.document), read.encoding, read.storage, {}, 0};
   result.list = findConfigurations(result.document);
@@ -99,8 +119,16 @@ Configurations configurationsOf(const Input& input, const Selection& selection) 
 }
 
 Configurations readConfigurations(const std::string& fileOrClass, const Selection& selection) {
-  const SettingsClass* const known = findSettingsClass(CString::fromUtf8(fileOrClass));
-  if (!known) return configurationsOf(readInput(fileOrClass), selection);
+  const SettingsClass* const known = findClassOf(fileOrClass);
+  if (!known) {
+    try {
+      return configurationsOf(readInput(fileOrClass), selection);
+    } catch (const Failure& failure) {
+      const std::string near = nearClass(fileOrClass);
+      if (near.empty()) throw;
+      throw Failure(failure.code(), failure.what() + near);
+    }
+  }
   Configurations result{fileOrClass, {}, "UTF-8", {}, {}, 0};
   result.document.SetDoc(defaultsAsXml(*known));
   result.list = findConfigurations(result.document);
@@ -121,24 +149,36 @@ std::string labelOf(const Configurations& configurations,
 }
 
 void CandidateList::add(const DocumentConfiguration& configuration, int offset) {
-  const std::string name = nameOf(configuration);
-  if (++count_ == 1) {
-    firstName_ = name;
-    firstNumber_ = configuration.number;
+  ++count_;
+  if (owners_.empty() || owners_.back().number != configuration.number) {
+    owners_.push_back({nameOf(configuration), configuration.number, {}, 0});
   }
-  severalNames_ |= name != firstName_;
-  severalNumbers_ |= configuration.number != firstNumber_;
-  if (count_ > mostPlaces) return;
-  const int line = places_.at(offset).first;
-  names_ += (names_.empty() ? "" : ", ") + name + " (--index " +
-            std::to_string(configuration.number) + ", line " + std::to_string(line) + ")";
+  Owner& owner = owners_.back();
+  if (++owner.places > mostPlaces) return;
+  if (owner.places > 1) owner.lines += ", ";
+  owner.lines += owners_.size() > mostPlaces  ? ""
+                 : owner.places == mostPlaces ? "..."
+                                              : std::to_string(places_.at(offset).first);
 }
 
 std::string CandidateList::sentence() const {
-  const std::string names = names_ + (count_ > mostPlaces ? ", ..." : "");
-  if (!severalNumbers_) return names + ", so it is not clear which one is meant";
+  std::string names;
+  for (const Owner& owner : owners_) {
+    if (&owner - owners_.data() == mostPlaces) {
+      names += ", ...";
+      break;
+    }
+    names += (names.empty() ? "" : ", ") + owner.name + " (--index " +
+             std::to_string(owner.number) + (owner.places > 1 ? ", lines " : ", line ") +
+             owner.lines + ")";
+  }
+  if (owners_.size() == 1) {
+    return names + ": twice in one configuration, of which the last is read; remove the other";
+  }
+  const bool severalNames = std::ranges::any_of(
+      owners_, [&](const Owner& owner) { return owner.name != owners_.front().name; });
   return names +
-         (severalNames_ ? "; choose one with --class or --index" : "; choose one with --index");
+         (severalNames ? "; choose one with --class or --index" : "; choose one with --index");
 }
 
 }  // namespace kpx::tool

@@ -35,6 +35,9 @@ struct Configurations {
   int count = 0;                            // how many there are in the file
 };
 
+/// The class of the catalogue that a name of a class or of its element means; nullptr if none.
+const SettingsClass* findClassOf(const std::string& name);
+
 /// Reads what a name stands for: a class of the catalogue, "-", or a file. Raises a Failure when
 /// the file is unreadable, ill-formed or holds no configuration that is selected.
 Configurations readConfigurations(const std::string& fileOrClass, const Selection& selection = {});
@@ -63,14 +66,16 @@ class CandidateList {
 
  private:
   static constexpr int mostPlaces = 10;
+  struct Owner {
+    std::string name;
+    int number = 0;
+    std::string lines;
+    int places = 0;
+  };
 
   PlaceCounter places_;
-  std::string names_;
+  std::vector<Owner> owners_;
   int count_ = 0;
-  int firstNumber_ = 0;
-  std::string firstName_;
-  bool severalNames_ = false;
-  bool severalNumbers_ = false;
 };
 
 }  // namespace kpx::tool

@@ -36,6 +36,8 @@ std::string shownOnOneLine(const CString& text) {
       line += "\\r";
     } else if (byte == '\t') {
       line += "\\t";
+    } else if (byte == '\\') {
+      line += "\\\\";
     } else if (code < 0x20 || code == 0x7f) {
       static constexpr char digits[] = "0123456789abcdef";
       line += {'\\', 'x', digits[code >> 4], digits[code & 15]};

@@ -16,7 +16,8 @@ using Json = nlohmann::ordered_json;
 /// is printed is always valid.
 std::string shown(const CString& text);
 
-/// The same on one line: line breaks, tabs and other control characters as escapes.
+/// The same on one line: line breaks, tabs and other control characters as escapes, and so a
+/// backslash as two.
 std::string shownOnOneLine(const CString& text);
 
 /// An argument of the command line as text. Raises a Failure (wrong usage) if it is no UTF-8.

@@ -165,11 +165,16 @@ class Builder : public nlohmann::json_sax<Json> {
   std::size_t place_ = 0;
 };
 
-[[noreturn]] void failAt(const std::string& source, std::string_view text, std::size_t offset,
-                         const std::string& sentence) {
-  // A name in the document may hold anything.
-  const std::string line = shownOnOneLine(CString::fromUtf8(sentence));
-  throw Failure(Exit::input, placeOf(source, atByte(text, offset, line)));
+std::string locatedAt(const std::string& source, std::string_view text, std::size_t offset,
+                      const std::string& sentence) {
+  return placeOf(source, atByte(text, offset, sentence));
+}
+
+/// Whether the bracket at a byte follows a comma, which parsers tell as a missing value.
+bool followsComma(std::string_view text, std::size_t at) {
+  if (at >= text.size() || (text[at] != ']' && text[at] != '}')) return false;
+  const std::size_t before = text.substr(0, at).find_last_not_of(" \t\r\n");
+  return before != text.npos && text[before] == ',';
 }
 
 }  // namespace
@@ -178,14 +183,26 @@ StrictJson::StrictJson(std::string_view text, std::string source)
     : text_(text), source_(std::move(source)) {
   if (text_.empty()) throw Failure(Exit::input, source_ + ": is empty");
   Builder builder(text_, &root_, nullptr);
-  if (!builder.parse()) failAt(source_, text_, builder.place(), builder.problem());
+  if (builder.parse()) return;
+  // A name in the document may hold anything.
+  const std::string sentence =
+      followsComma(text_, builder.place())
+          ? "is no JSON: there is a comma behind the last one, before this bracket"
+          : shownOnOneLine(CString::fromUtf8(builder.problem()));
+  throw Failure(Exit::input, locatedAt(source_, text_, builder.place(), sentence));
 }
 
-void StrictJson::fail(const std::string& pointer, const std::string& sentence) const {
+std::string StrictJson::located(const std::string& pointer, const std::string& sentence) const {
   Json unused;
   Builder search(text_, &unused, &pointer);
   search.parse();
-  failAt(source_, text_, search.place(), pointer.empty() ? sentence : pointer + ": " + sentence);
+  const std::string shownPointer = shownOnOneLine(CString::fromUtf8(pointer));
+  return locatedAt(source_, text_, search.place(),
+                   pointer.empty() ? sentence : shownPointer + ": " + sentence);
+}
+
+void StrictJson::fail(const std::string& pointer, const std::string& sentence) const {
+  throw Failure(Exit::input, located(pointer, sentence));
 }
 
 }  // namespace kpx::tool

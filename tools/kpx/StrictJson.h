@@ -16,8 +16,10 @@ class StrictJson {
 
   const Json& root() const noexcept { return root_; }
 
-  /// Raises a Failure about the value at a JSON pointer ("/configurations/0/class"), with its line
-  /// and column in the text. The place is looked for only now, since most documents are right.
+  /// A sentence about the value at a JSON pointer ("/configurations/0/class"), with its line and
+  /// column in the text. The place is looked for only now, since most documents are right.
+  std::string located(const std::string& pointer, const std::string& sentence) const;
+  /// Raises a Failure that says it.
   [[noreturn]] void fail(const std::string& pointer, const std::string& sentence) const;
 
  private:
