@@ -10,15 +10,15 @@
 namespace kpx {
 
 CString CFGClass::GetElementName() const {
-  return Guarded(42898, CString(), [] { return CString(u"CFGClass"); });
+  return Guarded("CFGClass::GetElementName", CString(), [] { return CString(u"CFGClass"); });
 }
 
 int CFGClass::serializeXML(CMarkup* document) const {
-  return Guarded(42893, 0, [&] { return detail::addElement(document, *this); });
+  return Guarded("CFGClass::serializeXML", 0, [&] { return detail::addElement(document, *this); });
 }
 
 int CFGClass::loadByXML(CMarkup* document) {
-  return Guarded(42892, 0, [&] {
+  return Guarded("CFGClass::loadByXML", 0, [&] {
     detail::ElementReader reader(document, *this);
     if (!reader.matches()) return 0;
     reader.header(*this);

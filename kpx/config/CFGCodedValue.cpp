@@ -7,15 +7,17 @@
 namespace kpx {
 
 CString CFGCodedValue::GetElementName() const {
-  return Guarded(42838, CString(), [] { return CString(u"CFGCodedValue"); });
+  return Guarded("CFGCodedValue::GetElementName", CString(),
+                 [] { return CString(u"CFGCodedValue"); });
 }
 
 int CFGCodedValue::serializeXML(CMarkup* document) const {
-  return Guarded(42840, 0, [&] { return detail::addElement(document, *this); });
+  return Guarded("CFGCodedValue::serializeXML", 0,
+                 [&] { return detail::addElement(document, *this); });
 }
 
 int CFGCodedValue::loadByXML(CMarkup* document) {
-  return Guarded(42841, 0, [&] {
+  return Guarded("CFGCodedValue::loadByXML", 0, [&] {
     detail::ElementReader reader(document, *this);
     if (!reader.matches()) return 0;
     reader.header(*this);

@@ -7,15 +7,15 @@
 namespace kpx {
 
 CString CFGCol::GetElementName() const {
-  return Guarded(42913, CString(), [] { return CString(u"CFGCol"); });
+  return Guarded("CFGCol::GetElementName", CString(), [] { return CString(u"CFGCol"); });
 }
 
 int CFGCol::serializeXML(CMarkup* document) const {
-  return Guarded(42905, 0, [&] { return detail::addElement(document, *this); });
+  return Guarded("CFGCol::serializeXML", 0, [&] { return detail::addElement(document, *this); });
 }
 
 int CFGCol::loadByXML(CMarkup* document) {
-  return Guarded(42904, 0, [&] {
+  return Guarded("CFGCol::loadByXML", 0, [&] {
     detail::ElementReader reader(document, *this);
     if (!reader.matches()) return 0;
     reader.header(*this);

@@ -7,15 +7,16 @@
 namespace kpx {
 
 CString CFGCommand::GetElementName() const {
-  return Guarded(42846, CString(), [] { return CString(u"CFGCommand"); });
+  return Guarded("CFGCommand::GetElementName", CString(), [] { return CString(u"CFGCommand"); });
 }
 
 int CFGCommand::serializeXML(CMarkup* document) const {
-  return Guarded(42848, 0, [&] { return detail::addElement(document, *this); });
+  return Guarded("CFGCommand::serializeXML", 0,
+                 [&] { return detail::addElement(document, *this); });
 }
 
 int CFGCommand::loadByXML(CMarkup* document) {
-  return Guarded(42926, 0, [&] {
+  return Guarded("CFGCommand::loadByXML", 0, [&] {
     detail::ElementReader reader(document, *this);
     if (!reader.matches()) return 0;
     reader.header(*this);

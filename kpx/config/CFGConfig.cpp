@@ -10,7 +10,7 @@
 namespace kpx {
 
 CString CFGConfig::GetElementName() const {
-  return Guarded(42927, CString(), [&] {
+  return Guarded("CFGConfig::GetElementName", CString(), [&] {
     constexpr std::u16string_view prefix = u"CFGConfig";
     if (Class.Name.StartsWith(prefix)) return Class.Name;
     CString name(prefix);
@@ -20,11 +20,11 @@ CString CFGConfig::GetElementName() const {
 }
 
 int CFGConfig::serializeXML(CMarkup* document) const {
-  return Guarded(42885, 0, [&] { return detail::addElement(document, *this); });
+  return Guarded("CFGConfig::serializeXML", 0, [&] { return detail::addElement(document, *this); });
 }
 
 int CFGConfig::loadByXML(CMarkup* document) {
-  return Guarded(42884, 0, [&] {
+  return Guarded("CFGConfig::loadByXML", 0, [&] {
     detail::ElementReader reader(document, *this);
     if (!reader.matches()) return 0;
     reader.header(*this);
@@ -41,13 +41,13 @@ void CFGConfig::ResetPos() {}
 void CFGConfig::AddSetting(const CString& value, const CString& key, const CString& groupText,
                            std::int32_t type, const CString& caption, std::int32_t param1,
                            std::int32_t prec, std::int32_t param5) {
-  Guarded(42886, [&] {
+  Guarded("CFGConfig::AddSetting", [&] {
     Class.AddCol(CFGCol(value, key, groupText, type, caption, param1, prec, param5));
   });
 }
 
 void CFGConfig::AddColumn(CFGCol column) {
-  Guarded(42887, [&] { Class.AddCol(std::move(column)); });
+  Guarded("CFGConfig::AddColumn", [&] { Class.AddCol(std::move(column)); });
 }
 
 void detail::appendElement(ElementWriter& writer, const CFGConfig& object) {

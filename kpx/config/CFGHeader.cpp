@@ -32,7 +32,7 @@ CFGHeader::CFGHeader() {
 }
 
 void CFGHeader::ResetPos() {
-  Guarded(42857, [&] {
+  Guarded("CFGHeader::ResetPos", [&] {
     Class.SetKeyCount(0);
     Class.SetKeyAt(0, classKey.text());
     Class.SetKeyAt(1, descriptionKey.text());

@@ -7,15 +7,15 @@
 namespace kpx {
 
 CString CFGRange::GetElementName() const {
-  return Guarded(42830, CString(), [] { return CString(u"CFGRange"); });
+  return Guarded("CFGRange::GetElementName", CString(), [] { return CString(u"CFGRange"); });
 }
 
 int CFGRange::serializeXML(CMarkup* document) const {
-  return Guarded(42832, 0, [&] { return detail::addElement(document, *this); });
+  return Guarded("CFGRange::serializeXML", 0, [&] { return detail::addElement(document, *this); });
 }
 
 int CFGRange::loadByXML(CMarkup* document) {
-  return Guarded(42833, 0, [&] {
+  return Guarded("CFGRange::loadByXML", 0, [&] {
     detail::ElementReader reader(document, *this);
     if (!reader.matches()) return 0;
     reader.header(*this);

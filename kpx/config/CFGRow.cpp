@@ -7,20 +7,20 @@
 namespace kpx {
 
 CString CFGRow::GetElementName() const {
-  return Guarded(42878, CString(), [] { return CString(u"CFGRow"); });
+  return Guarded("CFGRow::GetElementName", CString(), [] { return CString(u"CFGRow"); });
 }
 
 int CFGRow::serializeXML(CMarkup* document) const {
-  return Guarded(42873, 0, [&] { return detail::addElement(document, *this); });
+  return Guarded("CFGRow::serializeXML", 0, [&] { return detail::addElement(document, *this); });
 }
 
 int CFGRow::loadByXML(CMarkup* document) {
-  return Guarded(42872, 0, [&] { return detail::readHeaderOnly(document, *this); });
+  return Guarded("CFGRow::loadByXML", 0, [&] { return detail::readHeaderOnly(document, *this); });
 }
 
 void CFGRow::AddCell(const CString& value, const CString& key, const CString& category,
                      std::int32_t type, const CString& caption) {
-  Guarded(42874, [&] { Cells.set(key, CFGCol(value, key, category, type, caption)); });
+  Guarded("CFGRow::AddCell", [&] { Cells.set(key, CFGCol(value, key, category, type, caption)); });
 }
 
 bool CFGRow::FindCol(const CString& key, CFGCol& cell) const {

@@ -9,26 +9,27 @@
 namespace kpx {
 
 CString CFGTable::GetElementName() const {
-  return Guarded(42866, CString(), [] { return CString(u"CFGTable"); });
+  return Guarded("CFGTable::GetElementName", CString(), [] { return CString(u"CFGTable"); });
 }
 
 int CFGTable::serializeXML(CMarkup* document) const {
-  return Guarded(42861, 0, [&] { return detail::addElement(document, *this); });
+  return Guarded("CFGTable::serializeXML", 0, [&] { return detail::addElement(document, *this); });
 }
 
 int CFGTable::loadByXML(CMarkup* document) {
-  return Guarded(42860, 0, [&] { return detail::readHeaderOnly(document, *this); });
+  return Guarded("CFGTable::loadByXML", 0, [&] { return detail::readHeaderOnly(document, *this); });
 }
 
 void CFGTable::ResetPos() {}
 
 void CFGTable::AddColDef(const CString& value, const CString& key, const CString& category,
                          std::int32_t type, const CString& caption) {
-  Guarded(42863, [&] { Class.AddCol(CFGCol(value, key, category, type, caption)); });
+  Guarded("CFGTable::AddColDef",
+          [&] { Class.AddCol(CFGCol(value, key, category, type, caption)); });
 }
 
 void CFGTable::AddColumn(CFGCol column) {
-  Guarded(42864, [&] { Class.AddCol(std::move(column)); });
+  Guarded("CFGTable::AddColumn", [&] { Class.AddCol(std::move(column)); });
 }
 
 bool CFGTable::FindCol(const CString& key, CFGRow& row) const {

@@ -7,15 +7,15 @@
 namespace kpx {
 
 CString CFGValue::GetElementName() const {
-  return Guarded(42922, CString(), [] { return CString(u"CFGValue"); });
+  return Guarded("CFGValue::GetElementName", CString(), [] { return CString(u"CFGValue"); });
 }
 
 int CFGValue::serializeXML(CMarkup* document) const {
-  return Guarded(42920, 0, [&] { return detail::addElement(document, *this); });
+  return Guarded("CFGValue::serializeXML", 0, [&] { return detail::addElement(document, *this); });
 }
 
 int CFGValue::loadByXML(CMarkup* document) {
-  return Guarded(42919, 0, [&] {
+  return Guarded("CFGValue::loadByXML", 0, [&] {
     detail::ElementReader reader(document, *this);
     if (!reader.matches()) return 0;
     reader.header(*this);

@@ -81,6 +81,9 @@ class KeyedCollection {
   auto begin() const noexcept { return Iterator<const Entry>(entries_.data()); }
   auto end() const noexcept { return Iterator<const Entry>(entries_.data() + entries_.size()); }
 
+  /// The entry at a place in that order. Requires position < size().
+  const Entry& entryAt(std::size_t position) const noexcept { return *entries_[position]; }
+
   /// The value under the key, or nullptr if there is none.
   const Value* find(std::u16string_view key) const noexcept { return find(key, textHash(key)); }
   const Value* find(const KeyLiteral& key) const noexcept { return find(key.text(), key.hash()); }

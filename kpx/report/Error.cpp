@@ -14,15 +14,17 @@ constinit thread_local bool reporting = false;
 
 }  // namespace
 
-void kpxError(int number) noexcept {
+detail::ReportScope::ReportScope() noexcept : nested_(reporting) {
   reportedCount.fetch_add(1, std::memory_order_relaxed);
-  if (reporting) {
-    droppedCount.fetch_add(1, std::memory_order_relaxed);
-    return;
-  }
+  if (nested_) droppedCount.fetch_add(1, std::memory_order_relaxed);
   reporting = true;
-  currentSink.load(std::memory_order_acquire)(number);
-  reporting = false;
+}
+
+detail::ReportScope::~ReportScope() { reporting = nested_; }
+
+void kpxError(int number) noexcept {
+  const detail::ReportScope scope;
+  if (!scope.isNested()) currentSink.load(std::memory_order_acquire)(number);
 }
 
 ErrorSink setErrorSink(ErrorSink sink) noexcept {

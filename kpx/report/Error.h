@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <utility>
 
+#include "kpx/report/ErrorTable.h"
 #include "kpx/report/Export.h"
 
 namespace kpx {
@@ -28,25 +29,46 @@ struct ErrorCounts {
 };
 KPX_API ErrorCounts errorCounts() noexcept;
 
+namespace detail {
+
+/// Marks that this thread is reporting. Where it does so already, the new report has to be dropped,
+/// which is counted.
+class KPX_API ReportScope {
+ public:
+  ReportScope() noexcept;
+  ~ReportScope();
+  ReportScope(const ReportScope&) = delete;
+  ReportScope& operator=(const ReportScope&) = delete;
+
+  bool isNested() const noexcept { return nested_; }
+
+ private:
+  bool nested_;
+};
+
+}  // namespace detail
+
 /// Runs `body` and returns its result. When it throws, whatever it throws, the failure is
-/// reported under `number` and `neutral` is returned.
+/// reported under the number of the operation and `neutral` is returned:
+///
+///     return Guarded("CFGCol::serializeXML", 0, [&] { ... });
 template <class Result, class Body>
-Result Guarded(int number, Result neutral, Body&& body) {
+Result Guarded(OperationNumber operation, Result neutral, Body&& body) {
   try {
     return std::forward<Body>(body)();
   } catch (...) {
-    kpxError(number);
+    kpxError(operation.value());
     return neutral;
   }
 }
 
 /// The same for operations without a result.
 template <class Body>
-void Guarded(int number, Body&& body) {
+void Guarded(OperationNumber operation, Body&& body) {
   try {
     std::forward<Body>(body)();
   } catch (...) {
-    kpxError(number);
+    kpxError(operation.value());
   }
 }
 

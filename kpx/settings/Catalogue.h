@@ -50,6 +50,7 @@ struct SettingsClass {
   std::span<const SettingAccess> settings;
   ClassShape shape;
   std::unique_ptr<CDBObject> (*make)();
+  int resetError = 0;  // reported when ResetPos fails; 0: there is no such number
 
   /// Whether objects are configurations, which carry their settings through XML.
   constexpr bool isConfiguration() const noexcept { return shape == ClassShape::configuration; }

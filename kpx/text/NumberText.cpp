@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "kpx/report/Error.h"
-#include "kpx/report/ErrorNumbers.h"
 #include "kpx/report/Exceptions.h"
 #include "kpx/text/Formatter.h"
 #include "kpx/text/internal/DecimalText.h"
@@ -202,7 +201,7 @@ double kpxRunde(double value, int decimals) noexcept {
 
 CString utlDoubleAsText(double value, int decimals, char16_t separator) {
   if (ShortText text; writeFast(text, value, decimals, separator)) {
-    return Guarded(ErrorNumber::doubleAsText, CString(), [&] { return CString(text.view()); });
+    return Guarded("utlDoubleAsText", CString(), [&] { return CString(text.view()); });
   }
   CString result;
   doubleAsTextInto(result, value, decimals, separator);
@@ -210,7 +209,7 @@ CString utlDoubleAsText(double value, int decimals, char16_t separator) {
 }
 
 void doubleAsTextInto(CString& out, double value, int decimals, char16_t separator) {
-  Guarded(ErrorNumber::doubleAsText, [&] {
+  Guarded("utlDoubleAsText", [&] {
     if (ShortText text; writeFast(text, value, decimals, separator)) {
       out.Assign(text.view());
       return;

@@ -122,7 +122,7 @@ int CMarkup::UTF16To8(char* out, const char16_t* in, int outBytes) {
 }
 
 bool CMarkup::DetectUTF8(const char* in, int bytes, int* nonAscii, bool* cutShort) {
-  return Guarded(70311, false, [&] {
+  return Guarded("CMarkup::DetectUTF8", false, [&] {
     if (nonAscii != nullptr) *nonAscii = 0;
     if (cutShort != nullptr) *cutShort = false;
     if (in == nullptr) return true;

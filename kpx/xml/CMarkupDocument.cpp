@@ -12,9 +12,6 @@
 namespace kpx {
 namespace {
 
-constexpr int parseError = 75068;
-constexpr int copyError = 70306;
-
 // States of the document flags in which the text is a window on a file.
 constexpr int readingStream = 16;
 constexpr int writingStream = 32;
@@ -42,7 +39,7 @@ CMarkup::~CMarkup() = default;
 
 CMarkup& CMarkup::operator=(const CMarkup& other) {
   if (this == &other || ((docFlags_ | other.docFlags_) & streaming)) return *this;
-  Guarded(copyError, [&] {
+  Guarded("CMarkup::operator=", [&] {
     // Whatever can fail comes first, so that a failure leaves the target as it was.
     CString doc = other.doc_;
     CString result = other.result_;
@@ -102,7 +99,7 @@ bool CMarkup::SetDoc(const CString& text) {
     doc_ = text;
     return true;
   };
-  if (!Guarded(parseError, false, copyText)) return false;
+  if (!Guarded("CMarkup::x_ParseDoc", false, copyText)) return false;
   result_.Empty();
   loaded_ = {};
   return x_ParseDoc();
@@ -131,7 +128,7 @@ CString CMarkup::TakeDoc() {
 bool CMarkup::x_ParseDoc() {
   x_SetPos(0, 0, 0);
   savedPositions_.clear();
-  Guarded(parseError, [&] {
+  Guarded("CMarkup::x_ParseDoc", [&] {
     index_.reset();
     detail::ParseReport report(doc_, result_, problemSink_);
     if (doc_.view().size() > static_cast<std::size_t>(std::numeric_limits<int>::max())) {
@@ -156,7 +153,7 @@ bool CMarkup::x_ParseDoc() {
 int CMarkup::x_ParseElem(int parent, detail::TokenPos& token) {
   const int first = index_.usedCount();
   bool complete = false;
-  Guarded(parseError, [&] {
+  Guarded("CMarkup::x_ParseDoc", [&] {
     detail::ParseReport report(token.text, result_, problemSink_);
     detail::ElementParser parser(token.text, token.docFlags, index_, report);
     parser.parse(parent, token.end);

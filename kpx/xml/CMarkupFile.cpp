@@ -3,7 +3,6 @@
 
 #include "kpx/platform/FileSystem.h"
 #include "kpx/report/Error.h"
-#include "kpx/report/ErrorNumbers.h"
 #include "kpx/xml/CMarkup.h"
 #include "kpx/xml/Encoding.h"
 #include "kpx/xml/internal/Outcome.h"
@@ -86,7 +85,7 @@ CString refusalSentence(DecodingRefusal refusal) {
 }  // namespace
 
 bool CMarkup::Load(const CString& path) {
-  return Guarded(ErrorNumber::loadDocument, false, [&] {
+  return Guarded("CMarkup::Load", false, [&] {
     result_.Empty();
     FileBytes bytes;
     if (const FileResult read = fileSystem().read(path, bytes); !read) {
@@ -108,7 +107,7 @@ bool CMarkup::Load(const CString& path) {
 }
 
 bool CMarkup::Save(const CString& path) {
-  return Guarded(ErrorNumber::saveDocument, false, [&] {
+  return Guarded("CMarkup::Save", false, [&] {
     result_.Empty();
     const CString declared(declaredEncoding(doc_));
     MarkupEncoding encoding;

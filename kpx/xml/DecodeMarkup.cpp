@@ -8,11 +8,11 @@
 
 #include "kpx/platform/EncodingConverter.h"
 #include "kpx/platform/Memory.h"
+#include "kpx/text/ByteOrderMark.h"
+#include "kpx/text/internal/UnitKernels.h"
+#include "kpx/text/SingleByte.h"
 #include "kpx/text/Utf.h"
 #include "kpx/xml/Encoding.h"
-#include "kpx/xml/internal/ByteOrderMark.h"
-#include "kpx/xml/internal/SingleByte.h"
-#include "kpx/xml/internal/UnitKernels.h"
 
 namespace kpx {
 

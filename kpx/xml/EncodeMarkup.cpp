@@ -2,13 +2,13 @@
 #include <bit>
 
 #include "kpx/platform/EncodingConverter.h"
+#include "kpx/text/ByteOrderMark.h"
+#include "kpx/text/internal/UnitKernels.h"
+#include "kpx/text/SingleByte.h"
 #include "kpx/text/Utf.h"
 #include "kpx/xml/Encoding.h"
-#include "kpx/xml/internal/ByteOrderMark.h"
 #include "kpx/xml/internal/MarkupPlace.h"
 #include "kpx/xml/internal/Outcome.h"
-#include "kpx/xml/internal/SingleByte.h"
-#include "kpx/xml/internal/UnitKernels.h"
 
 namespace kpx {
 
@@ -66,7 +66,7 @@ struct MarkupEncoder::State {
     return codePage == CodePage::utf16LittleEndian || codePage == CodePage::utf16BigEndian;
   }
   bool isOwn() const noexcept {
-    return codePage == CodePage::utf8 || isUtf16() || detail::isSingleByte(codePage);
+    return codePage == CodePage::utf8 || isUtf16() || isSingleByte(codePage);
   }
   bool usable() const noexcept { return system == nullptr || system->usable(); }
 
@@ -81,7 +81,7 @@ struct MarkupEncoder::State {
       appendUtf16Bytes(bytes, part, codePage == CodePage::utf16LittleEndian);
       return part.size();
     }
-    if (system == nullptr) return detail::encodeSingleByte(codePage, part, bytes);
+    if (system == nullptr) return encodeSingleByte(codePage, part, bytes);
     return system->encode(part, bytes);
   }
 
@@ -123,7 +123,7 @@ struct MarkupEncoder::State {
   bool next(std::string& bytes) {
     bytes.clear();
     if (finished || !usable()) return false;
-    if (position == 0 && mark) bytes.append(detail::markOf(codePage));
+    if (position == 0 && mark) bytes.append(markOf(codePage));
     std::size_t end = std::min(position + pieceUnits, text.size());
     if (end < text.size() && isHighSurrogate(text[end - 1]) && isLowSurrogate(text[end])) ++end;
     while (position < end) {

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <iterator>
 #include <stdexcept>
 #include <vector>
 
@@ -26,11 +27,12 @@ struct SinkScope {
 
 TEST(Error, GuardReportsWhateverIsThrownAndAnswersTheNeutralResult) {
   SinkScope scope(&recordReport);
-  EXPECT_EQ(Guarded(1, 0, [] { return 7; }), 7);
-  EXPECT_EQ(Guarded(2, -1, []() -> int { throw std::runtime_error("no"); }), -1);
-  EXPECT_EQ(Guarded(3, -2, []() -> int { throw 42; }), -2);
-  Guarded(4, [] { throw 'x'; });
-  EXPECT_EQ(reported, (std::vector<int>{2, 3, 4}));
+  EXPECT_EQ(Guarded("CFGCol::loadByXML", 0, [] { return 7; }), 7);
+  EXPECT_EQ(Guarded("CFGCol::serializeXML", -1, []() -> int { throw std::runtime_error("no"); }),
+            -1);
+  EXPECT_EQ(Guarded("InitMLT", -2, []() -> int { throw 42; }), -2);
+  Guarded(OperationNumber::ofSetting(900001), [] { throw 'x'; });
+  EXPECT_EQ(reported, (std::vector<int>{42905, 71472, 900001}));
 }
 
 TEST(Error, ReportInsideAReportIsDroppedAndCounted) {
@@ -41,6 +43,13 @@ TEST(Error, ReportInsideAReportIsDroppedAndCounted) {
   EXPECT_EQ(reported, (std::vector<int>{10, 20}));
   EXPECT_EQ(errorCounts().reported - before.reported, 4u);
   EXPECT_EQ(errorCounts().dropped - before.dropped, 2u);
+}
+
+TEST(Error, OperationOfANumber) {
+  EXPECT_EQ(operationOf(71472), "InitMLT");
+  EXPECT_EQ(operationOf(std::begin(errorTable)->number), std::begin(errorTable)->operation);
+  EXPECT_EQ(operationOf(std::rbegin(errorTable)->number), std::rbegin(errorTable)->operation);
+  for (const int unknown : {0, -1, 42906, 900001, 2147483647}) EXPECT_EQ(operationOf(unknown), "");
 }
 
 std::vector<bool> traced;

@@ -192,6 +192,7 @@ def catalogue_entry(each):
             f"    .settings = {settings},\n"
             f"    .shape = ClassShape::{each.shape},\n"
             f"    .make = &makeObject<{each.name}>,\n"
+            f"    .resetError = {each.reset_error},\n"
             "};\n\n}  // namespace detail\n}  // namespace kpx\n")
 
 

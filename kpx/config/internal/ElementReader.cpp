@@ -12,8 +12,11 @@ bool isChildOfName(const CMarkup& document, const CString& name) {
 
 }  // namespace
 
-ElementReader::ElementReader(CMarkup* document, const CDBObject& object) {
-  if (!document || !isChildOfName(*document, object.GetElementName())) return;
+ElementReader::ElementReader(CMarkup* document, const CDBObject& object)
+    : ElementReader(document, document ? object.GetElementName() : CString()) {}
+
+ElementReader::ElementReader(CMarkup* document, const CString& elementName) {
+  if (!document || !isChildOfName(*document, elementName)) return;
   matches_ = true;
   attributes_ = document->ReadChildAttribs();
 }

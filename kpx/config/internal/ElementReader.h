@@ -18,8 +18,9 @@ class ElementReader {
  public:
   /// `document` may be nullptr: then nothing matches.
   ElementReader(CMarkup* document, const CDBObject& object);
+  ElementReader(CMarkup* document, const CString& elementName);
 
-  /// Whether the child element has the object's element name.
+  /// Whether the child element has the element name.
   bool matches() const noexcept { return matches_; }
 
   void header(CDBObject& object);

@@ -18,6 +18,9 @@ class CFGCommand;
 class CFGCol;
 class CFGClass;
 class CFGConfig;
+class CJob;
+class CProject;
+class CUser;
 class CFGRow;
 class CFGTable;
 }  // namespace kpx
@@ -60,6 +63,9 @@ void appendElement(ElementWriter& writer, const CFGCommand& command);
 void appendElement(ElementWriter& writer, const CFGCol& column);
 void appendElement(ElementWriter& writer, const CFGClass& object);
 void appendElement(ElementWriter& writer, const CFGConfig& object);
+void appendElement(ElementWriter& writer, const CJob& job);
+void appendElement(ElementWriter& writer, const CProject& project);
+void appendElement(ElementWriter& writer, const CUser& user);
 void appendElement(ElementWriter& writer, const CFGRow& row);
 void appendElement(ElementWriter& writer, const CFGTable& table);
 

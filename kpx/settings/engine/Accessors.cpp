@@ -24,7 +24,7 @@ const CString* storedText(const Columns& columns, const SettingDef& setting) {
 template <class Value, class Body>
 Value guardedGetter(const SettingDef& setting, Body&& body) {
   if (setting.getterError == 0) return body();
-  return Guarded(setting.getterError, Value(), body);
+  return Guarded(OperationNumber::ofSetting(setting.getterError), Value(), body);
 }
 
 Columns& columnsOf(CFGConfig& config) { return config.Class.Cols; }
@@ -53,7 +53,7 @@ int storeText(Owner& owner, const SettingDef& setting, Write&& write) {
   if (setting.setterError == 0) {
     store();
   } else {
-    Guarded(setting.setterError, store);
+    Guarded(OperationNumber::ofSetting(setting.setterError), store);
   }
   return 1;
 }
@@ -135,7 +135,7 @@ void defineColumns(CFGConfig& header, std::span<const SettingDef> columns) {
 }
 
 void resetKeyOrder(CFGConfig& config, std::span<const KeyLiteral> keys, int error) {
-  Guarded(error, [&] {
+  Guarded(OperationNumber::ofSetting(error), [&] {
     std::vector<CString> order;
     order.reserve(keys.size());
     for (const KeyLiteral& key : keys) order.emplace_back(key.text());

@@ -2,10 +2,11 @@
 
 #include <string_view>
 
-#include "kpx/xml/Encoding.h"
+#include "kpx/text/CodePage.h"
 
-namespace kpx::detail {
+namespace kpx {
 
+/// The bytes that say at the beginning of a file which encoding it is in.
 struct ByteOrderMark {
   int codePage;
   std::string_view bytes;
@@ -36,4 +37,4 @@ inline std::string_view markOf(int codePage) noexcept {
   return {};
 }
 
-}  // namespace kpx::detail
+}  // namespace kpx

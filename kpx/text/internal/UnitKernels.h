@@ -4,14 +4,18 @@
 #include <cstdint>
 #include <cstring>
 
-#include "kpx/xml/internal/UnitScan.h"
+// Every x86-64 processor has SSE2.
+#if defined(__SSE2__) || defined(_M_X64)
+#define KPX_UNIT_KERNELS_SSE2
+#include <emmintrin.h>
+#endif
 
 namespace kpx::detail {
 
 /// How many units or bytes the functions below work on at once.
 inline constexpr std::size_t kernelUnits = 16;
 
-#ifdef KPX_UNIT_SCAN_SSE2
+#ifdef KPX_UNIT_KERNELS_SSE2
 
 namespace kernel {
 inline __m128i load(const void* from) noexcept {

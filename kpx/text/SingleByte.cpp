@@ -1,12 +1,14 @@
-#include "kpx/xml/internal/SingleByte.h"
+#include "kpx/text/SingleByte.h"
 
 #include <algorithm>
 #include <iterator>
 
-#include "kpx/xml/Encoding.h"
-#include "kpx/xml/internal/UnitKernels.h"
+#include "kpx/text/CodePage.h"
+#include "kpx/text/internal/UnitKernels.h"
 
-namespace kpx::detail {
+namespace kpx {
+
+using namespace detail;
 
 namespace {
 
@@ -100,4 +102,4 @@ std::size_t encodeSingleByte(int codePage, std::u16string_view text, std::string
   return taken;
 }
 
-}  // namespace kpx::detail
+}  // namespace kpx
