@@ -67,6 +67,10 @@ CString FileResult::message() const {
       return u"there is no space left";
     case FileStatus::noMemory:
       return u"there is not enough memory";
+    case FileStatus::notOpen:
+      return u"no file is open for that";
+    case FileStatus::notEncodable:
+      return u"the file's encoding does not have one of the characters";
     case FileStatus::failed:
       break;
   }
@@ -74,7 +78,17 @@ CString FileResult::message() const {
 }
 
 OutputFile::~OutputFile() = default;
+InputFile::~InputFile() = default;
+UpdateFile::~UpdateFile() = default;
 FileSystem::~FileSystem() = default;
+
+FileResult FileSystem::openUpdate(const CString&, UpdateMode, std::unique_ptr<UpdateFile>&) {
+  return {FileStatus::failed, 0};
+}
+
+FileResult FileSystem::renameUnflushed(const CString& from, const CString& to) {
+  return rename(from, to);
+}
 
 bool FileSystem::exists(const CString& path) {
   FileInfo found;
@@ -113,7 +127,8 @@ FileResult FileSystem::openTemporary(const CString& target, unsigned permissions
   return result;
 }
 
-FileResult FileSystem::replaceFile(const CString& path, const ContentWriter& writeContent) {
+FileResult FileSystem::replaceFile(const CString& path, const ContentWriter& writeContent,
+                                   Durability durability) {
   CString target;
   if (const FileResult result = followLinks(path, target); !result) return result;
   FileInfo old;
@@ -125,6 +140,7 @@ FileResult FileSystem::replaceFile(const CString& path, const ContentWriter& wri
     if (!old.writable) return {FileStatus::noPermission, 0};
   }
 
+  const bool flushed = durability == Durability::flushed;
   CString temporary;
   std::unique_ptr<OutputFile> file;
   // Readable by nobody else until it has the old file's permissions.
@@ -138,11 +154,13 @@ FileResult FileSystem::replaceFile(const CString& path, const ContentWriter& wri
   };
   try {
     result = writeContent(*file);
-    if (result) result = file->flush();
+    if (result && flushed) result = file->flush();
     if (result) result = file->close();
     file.reset();
     if (result && found) result = copyPermissions(target, temporary);
-    if (result) result = rename(temporary, target);
+    if (result) {
+      result = flushed ? rename(temporary, target) : renameUnflushed(temporary, target);
+    }
   } catch (...) {
     giveUp();
     throw;

@@ -13,7 +13,18 @@ namespace kpx {
 /// lives.
 class FaultyFileSystem final : public FileSystem {
  public:
-  enum class Step { none, read, open, write, flush, close, copyPermissions, rename };
+  enum class Step {
+    none,
+    read,
+    openInput,
+    readAt,
+    open,
+    write,
+    flush,
+    close,
+    copyPermissions,
+    rename
+  };
 
   FaultyFileSystem() : real_(fileSystem()), before_(setFileSystem(this)) {}
   ~FaultyFileSystem() override { setFileSystem(before_); }
@@ -28,6 +39,12 @@ class FaultyFileSystem final : public FileSystem {
   FileResult read(const CString& path, FileBytes& bytes, std::uint64_t maxBytes) override {
     return fails(Step::read) ? failure : real_.read(path, bytes, maxBytes);
   }
+  FileResult openInput(const CString& path, std::unique_ptr<InputFile>& file) override {
+    if (fails(Step::openInput)) return failure;
+    const FileResult result = real_.openInput(path, file);
+    if (result) file = std::make_unique<Input>(*this, std::move(file));
+    return result;
+  }
   FileResult info(const CString& path, FileInfo& info) override { return real_.info(path, info); }
   FileResult open(const CString& path, OpenMode mode, std::unique_ptr<OutputFile>& file,
                   unsigned permissions) override {
@@ -36,11 +53,21 @@ class FaultyFileSystem final : public FileSystem {
     if (result) file = std::make_unique<File>(*this, std::move(file));
     return result;
   }
+  FileResult openUpdate(const CString& path, UpdateMode mode,
+                        std::unique_ptr<UpdateFile>& file) override {
+    if (fails(Step::open)) return failure;
+    const FileResult result = real_.openUpdate(path, mode, file);
+    if (result) file = std::make_unique<Update>(*this, std::move(file));
+    return result;
+  }
   FileResult copyPermissions(const CString& like, const CString& path) override {
     return fails(Step::copyPermissions) ? failure : real_.copyPermissions(like, path);
   }
   FileResult rename(const CString& from, const CString& to) override {
     return fails(Step::rename) ? failure : real_.rename(from, to);
+  }
+  FileResult renameUnflushed(const CString& from, const CString& to) override {
+    return fails(Step::rename) ? failure : real_.renameUnflushed(from, to);
   }
   FileResult remove(const CString& path) override { return real_.remove(path); }
   FileResult createFolder(const CString& path) override { return real_.createFolder(path); }
@@ -73,6 +100,43 @@ class FaultyFileSystem final : public FileSystem {
    private:
     FaultyFileSystem& owner_;
     std::unique_ptr<OutputFile> real_;
+  };
+
+  class Input final : public InputFile {
+   public:
+    Input(FaultyFileSystem& owner, std::unique_ptr<InputFile> real)
+        : owner_(owner), real_(std::move(real)) {}
+    std::uint64_t size() const noexcept override { return real_->size(); }
+    FileResult readAt(std::uint64_t offset, char* to, std::size_t count,
+                      std::size_t& done) override {
+      return owner_.fails(Step::readAt) ? failure : real_->readAt(offset, to, count, done);
+    }
+
+   private:
+    FaultyFileSystem& owner_;
+    std::unique_ptr<InputFile> real_;
+  };
+
+  class Update final : public UpdateFile {
+   public:
+    Update(FaultyFileSystem& owner, std::unique_ptr<UpdateFile> real)
+        : owner_(owner), real_(std::move(real)) {}
+    FileResult size(std::uint64_t& bytes) override { return real_->size(bytes); }
+    FileResult readAt(std::uint64_t offset, char* to, std::size_t count,
+                      std::size_t& done) override {
+      return owner_.fails(Step::readAt) ? failure : real_->readAt(offset, to, count, done);
+    }
+    FileResult writeAt(std::uint64_t offset, std::string_view bytes) override {
+      return owner_.fails(Step::write) ? failure : real_->writeAt(offset, bytes);
+    }
+    FileResult close() override {
+      const FileResult result = real_->close();
+      return owner_.fails(Step::close) ? failure : result;
+    }
+
+   private:
+    FaultyFileSystem& owner_;
+    std::unique_ptr<UpdateFile> real_;
   };
 
   bool fails(Step step) {

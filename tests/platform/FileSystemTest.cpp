@@ -4,6 +4,7 @@
 
 #include <cstring>
 #include <stdexcept>
+#include <tuple>
 
 #include "kpx/platform/EncodingConverter.h"
 #include "kpx/platform/Memory.h"
@@ -60,6 +61,29 @@ TEST(FileSystem, ReadingTellsWhyItFailed) {
         << testing::PrintToString(each.path);
     EXPECT_EQ(result.message().IsEmpty(), result.ok());
   }
+}
+
+TEST(FileSystem, OpenedInputReadsAnywhereButOnlyInRegularFiles) {
+  const TemporaryFolder folder;
+  folder.write("ten.txt", "0123456789");
+  std::unique_ptr<InputFile> file;
+  ASSERT_TRUE(fileSystem().openInput(folder / "ten.txt", file));
+  EXPECT_EQ(file->size(), 10u);
+  const std::tuple<std::uint64_t, std::size_t, std::string_view> cases[] = {
+      {7, 2, "78"},
+      {0, 10, "0123456789"},
+      {8, 5, "89"},
+      {10, 1, ""},
+      {~std::uint64_t{0} - 1, 5, ""}};
+  for (const auto& [offset, count, expected] : cases) {
+    char bytes[16];
+    std::size_t done = 99;
+    EXPECT_TRUE(file->readAt(offset, bytes, count, done));
+    EXPECT_EQ(std::string_view(bytes, done), expected);
+  }
+  EXPECT_EQ(fileSystem().openInput(folder / "missing", file).status, FileStatus::notFound);
+  EXPECT_EQ(fileSystem().openInput(folder / ".", file).status, FileStatus::isFolder);
+  EXPECT_EQ(fileSystem().openInput(u"/dev/null", file).status, FileStatus::notRegularFile);
 }
 
 TEST(FileSystem, FailureAtAnyStepLeavesTheOldFileAndNothingElse) {

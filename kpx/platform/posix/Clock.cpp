@@ -8,12 +8,13 @@
 #include <string>
 #include <string_view>
 
+#include "kpx/platform/posix/UnixTime.h"
 #include "kpx/text/CKpxCalendar.h"
 
 namespace kpx {
 namespace {
 
-constexpr std::int64_t secondsPerDay = 86400;
+using detail::secondsPerDay;
 
 bool isConvertible(const DateTime& fields) noexcept {
   return CKpxCalendar::isValid(fields) && fields.year >= Clock::firstYear &&
@@ -26,20 +27,8 @@ std::int64_t secondsOf(const DateTime& fields) noexcept {
 }
 
 std::optional<DateTime> fieldsOf(std::int64_t seconds) noexcept {
-  std::int64_t day = seconds / secondsPerDay;
-  std::int64_t rest = seconds % secondsPerDay;
-  if (rest < 0) {
-    rest += secondsPerDay;
-    --day;
-  }
   DateTime fields;
-  if (!CKpxCalendar::dateOfDayCount(day, fields.year, fields.month, fields.day) ||
-      !isConvertible(fields)) {
-    return std::nullopt;
-  }
-  fields.hour = static_cast<int>(rest / 3600);
-  fields.minute = static_cast<int>(rest / 60 % 60);
-  fields.second = static_cast<int>(rest % 60);
+  if (!detail::dateTimeOfUnixTime(seconds, fields) || !isConvertible(fields)) return std::nullopt;
   return fields;
 }
 

@@ -9,61 +9,20 @@
 #include <cerrno>
 #include <climits>
 #include <cstdio>
+#include <limits>
 #include <new>
 #include <string>
 #include <utility>
 
+#include "kpx/platform/posix/SystemCall.h"
 #include "kpx/text/Utf.h"
 
 namespace kpx {
 
+using detail::lastError;
+using detail::uninterrupted;
+
 namespace {
-
-FileResult resultOf(int code) noexcept {
-  switch (code) {
-    case 0:
-      return {};
-    case ENOENT:
-      return {FileStatus::notFound, code};
-    case EACCES:
-    case EPERM:
-    case EROFS:
-    case ETXTBSY:
-      return {FileStatus::noPermission, code};
-    case EEXIST:
-      return {FileStatus::exists, code};
-    case EISDIR:
-      return {FileStatus::isFolder, code};
-    case ENOTDIR:
-    case ENOTEMPTY:
-      return {FileStatus::notFolder, code};
-    case ENAMETOOLONG:
-    case ELOOP:
-    case EILSEQ:
-      return {FileStatus::badName, code};
-    case EFBIG:
-      return {FileStatus::tooLarge, code};
-    case ENOSPC:
-    case EDQUOT:
-      return {FileStatus::noSpace, code};
-    case ENOMEM:
-      return {FileStatus::noMemory, code};
-    default:
-      return {FileStatus::failed, code};
-  }
-}
-
-FileResult lastError() noexcept { return resultOf(errno); }
-
-/// Repeats a call that a signal interrupted.
-template <class Call>
-auto uninterrupted(Call call) {
-  decltype(call()) answer;
-  do {
-    answer = call();
-  } while (answer == -1 && errno == EINTR);
-  return answer;
-}
 
 /// A path as the system takes it.
 class SystemPath {
@@ -103,6 +62,12 @@ FileResult flushDescriptor(int number) noexcept {
   return errno == EINVAL || errno == ENOTSUP ? FileResult{} : lastError();
 }
 
+FileResult closeNow(Descriptor& descriptor) noexcept {
+  const int number = descriptor.release();
+  // After EINTR the descriptor is closed all the same.
+  return number == -1 || ::close(number) == 0 || errno == EINTR ? FileResult{} : lastError();
+}
+
 class PosixOutputFile final : public OutputFile {
  public:
   explicit PosixOutputFile(int number) noexcept : descriptor_(number) {}
@@ -119,11 +84,73 @@ class PosixOutputFile final : public OutputFile {
 
   FileResult flush() override { return flushDescriptor(descriptor_.get()); }
 
-  FileResult close() override {
-    const int number = descriptor_.release();
-    // After EINTR the descriptor is closed all the same.
-    return number == -1 || ::close(number) == 0 || errno == EINTR ? FileResult{} : lastError();
+  FileResult close() override { return closeNow(descriptor_); }
+
+ private:
+  Descriptor descriptor_;
+};
+
+FileResult readFrom(int number, std::uint64_t offset, char* to, std::size_t count,
+                    std::size_t& done) {
+  for (done = 0; done < count;) {
+    const std::uint64_t place = offset + done;
+    if (place < offset || place > static_cast<std::uint64_t>(std::numeric_limits<off_t>::max())) {
+      return {};  // behind the end of any file
+    }
+    const ssize_t got = uninterrupted(
+        [&] { return ::pread(number, to + done, count - done, static_cast<off_t>(place)); });
+    if (got < 0) return lastError();
+    if (got == 0) return {};
+    done += static_cast<std::size_t>(got);
   }
+  return {};
+}
+
+class PosixInputFile final : public InputFile {
+ public:
+  PosixInputFile(int number, std::uint64_t size) noexcept : descriptor_(number), size_(size) {}
+
+  std::uint64_t size() const noexcept override { return size_; }
+
+  FileResult readAt(std::uint64_t offset, char* to, std::size_t count, std::size_t& done) override {
+    return readFrom(descriptor_.get(), offset, to, count, done);
+  }
+
+ private:
+  Descriptor descriptor_;
+  std::uint64_t size_;
+};
+
+class PosixUpdateFile final : public UpdateFile {
+ public:
+  explicit PosixUpdateFile(int number) noexcept : descriptor_(number) {}
+
+  FileResult size(std::uint64_t& bytes) override {
+    struct stat status;
+    if (::fstat(descriptor_.get(), &status) != 0) return lastError();
+    bytes = static_cast<std::uint64_t>(status.st_size);
+    return {};
+  }
+
+  FileResult readAt(std::uint64_t offset, char* to, std::size_t count, std::size_t& done) override {
+    return readFrom(descriptor_.get(), offset, to, count, done);
+  }
+
+  FileResult writeAt(std::uint64_t offset, std::string_view bytes) override {
+    constexpr auto last = static_cast<std::uint64_t>(std::numeric_limits<off_t>::max());
+    if (offset > last || bytes.size() > last - offset) return {FileStatus::tooLarge, EFBIG};
+    while (!bytes.empty()) {
+      const ssize_t written = uninterrupted([&] {
+        return ::pwrite(descriptor_.get(), bytes.data(), bytes.size(), static_cast<off_t>(offset));
+      });
+      if (written < 0) return lastError();
+      offset += static_cast<std::uint64_t>(written);
+      bytes.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return {};
+  }
+
+  FileResult close() override { return closeNow(descriptor_); }
 
  private:
   Descriptor descriptor_;
@@ -167,6 +194,23 @@ class PosixFileSystem final : public FileSystem {
     }
   }
 
+  FileResult openInput(const CString& path, std::unique_ptr<InputFile>& file) override {
+    const SystemPath name(path);
+    if (!name.usable()) return badName;
+    // A pipe that nobody writes to must not hold the caller up.
+    Descriptor descriptor(uninterrupted(
+        [&] { return ::open(name.get(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK); }));
+    if (descriptor.get() == -1) return lastError();
+    struct stat status;
+    if (::fstat(descriptor.get(), &status) != 0) return lastError();
+    if (S_ISDIR(status.st_mode)) return {FileStatus::isFolder, EISDIR};
+    if (!S_ISREG(status.st_mode)) return {FileStatus::notRegularFile, 0};
+    file = std::make_unique<PosixInputFile>(descriptor.get(),
+                                            static_cast<std::uint64_t>(status.st_size));
+    descriptor.release();
+    return {};
+  }
+
   FileResult info(const CString& path, FileInfo& info) override {
     const SystemPath name(path);
     if (!name.usable()) return badName;
@@ -198,6 +242,24 @@ class PosixFileSystem final : public FileSystem {
     return {};
   }
 
+  FileResult openUpdate(const CString& path, UpdateMode mode,
+                        std::unique_ptr<UpdateFile>& file) override {
+    const SystemPath name(path);
+    if (!name.usable()) return badName;
+    const int flags = mode == UpdateMode::existing ? 0 : O_CREAT;
+    Descriptor descriptor(uninterrupted([&] {
+      return ::open(name.get(), O_RDWR | O_CLOEXEC | O_NOCTTY | O_NONBLOCK | flags, 0666);
+    }));
+    if (descriptor.get() == -1) return lastError();
+    struct stat status;
+    if (::fstat(descriptor.get(), &status) != 0) return lastError();
+    if (!S_ISREG(status.st_mode)) return {FileStatus::notRegularFile, 0};
+    if (mode == UpdateMode::emptied && ::ftruncate(descriptor.get(), 0) != 0) return lastError();
+    file = std::make_unique<PosixUpdateFile>(descriptor.get());
+    descriptor.release();
+    return {};
+  }
+
   FileResult copyPermissions(const CString& like, const CString& path) override {
     const SystemPath from(like);
     const SystemPath to(path);
@@ -220,14 +282,18 @@ class PosixFileSystem final : public FileSystem {
     return ::chmod(to.get(), permissions) == 0 ? FileResult{} : lastError();
   }
 
-  FileResult rename(const CString& from, const CString& to) override {
+  FileResult renameUnflushed(const CString& from, const CString& to) override {
     const SystemPath oldName(from);
     const SystemPath newName(to);
     if (!oldName.usable() || !newName.usable()) return badName;
-    if (std::rename(oldName.get(), newName.get()) != 0) return lastError();
+    return std::rename(oldName.get(), newName.get()) == 0 ? FileResult{} : lastError();
+  }
+
+  FileResult rename(const CString& from, const CString& to) override {
+    if (const FileResult result = renameUnflushed(from, to); !result) return result;
     // The new name is on the volume only when the folder is. The file itself is in place by now,
     // so a failure here is none of the rename.
-    std::string folder(newName.get());
+    std::string folder = utf8FromUtf16(to);
     folder.resize(folder.find_last_of('/') + 1);
     const Descriptor descriptor(
         ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));

@@ -1,0 +1,24 @@
+#include "kpx/platform/Processes.h"
+
+#include "kpx/text/CaseFold.h"
+
+namespace kpx {
+
+int endProcesses(const CString& name) {
+  int ended = 0;
+  for (const ProcessInfo& process : findProcesses(name)) ended += endProcess(process.id) ? 1 : 0;
+  return ended;
+}
+
+namespace detail {
+
+std::u16string_view withoutProgramEnding(std::u16string_view name) noexcept {
+  constexpr std::u16string_view ending = u".exe";
+  const bool has = name.size() > ending.size() &&
+                   compareTextNoCase(name.substr(name.size() - ending.size()), ending) == 0;
+  return has ? name.substr(0, name.size() - ending.size()) : name;
+}
+
+}  // namespace detail
+
+}  // namespace kpx

@@ -1,0 +1,93 @@
+#include "kpx/platform/ExclusiveFile.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <iterator>
+
+namespace kpx {
+namespace {
+
+FileResult resultOf(DWORD code) noexcept {
+  FileStatus status = FileStatus::failed;
+  switch (code) {
+    case ERROR_FILE_NOT_FOUND:
+    case ERROR_PATH_NOT_FOUND:
+      status = FileStatus::notFound;
+      break;
+    case ERROR_ACCESS_DENIED:
+    case ERROR_SHARING_VIOLATION:
+    case ERROR_LOCK_VIOLATION:
+    case ERROR_WRITE_PROTECT:
+      status = FileStatus::noPermission;
+      break;
+    case ERROR_DISK_FULL:
+    case ERROR_HANDLE_DISK_FULL:
+      status = FileStatus::noSpace;
+      break;
+    case ERROR_INVALID_NAME:
+    case ERROR_BAD_PATHNAME:
+      status = FileStatus::badName;
+      break;
+    default:
+      break;
+  }
+  return {status, static_cast<int>(code)};
+}
+
+HANDLE handleOf(std::intptr_t handle) noexcept { return reinterpret_cast<HANDLE>(handle); }
+
+}  // namespace
+
+FileResult ExclusiveFile::open(std::u16string_view path, Mode mode,
+                               std::chrono::milliseconds patience) noexcept {
+  close();
+  wchar_t name[4096];
+  if (path.empty() || path.size() >= std::size(name) || path.find(u'\0') != path.npos) {
+    return {FileStatus::badName, 0};
+  }
+  std::copy(path.begin(), path.end(), name);
+  name[path.size()] = L'\0';
+  const bool rewrites = mode == Mode::rewrite;
+  const DWORD access = rewrites ? GENERIC_WRITE : FILE_APPEND_DATA | FILE_READ_ATTRIBUTES;
+  // A link is opened as itself, so that the trace cannot be led to another file.
+  const DWORD flags = FILE_ATTRIBUTE_NORMAL | (rewrites ? FILE_FLAG_OPEN_REPARSE_POINT : 0);
+  const auto end = std::chrono::steady_clock::now() + patience;
+  for (DWORD pause = 1;; pause = std::min<DWORD>(pause * 2, 5)) {
+    const HANDLE handle =
+        ::CreateFileW(name, access, FILE_SHARE_READ, nullptr, OPEN_ALWAYS, flags, nullptr);
+    if (handle != INVALID_HANDLE_VALUE) {
+      BY_HANDLE_FILE_INFORMATION found;
+      if (rewrites && (!::GetFileInformationByHandle(handle, &found) ||
+                       (found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 ||
+                       !::SetEndOfFile(handle))) {
+        ::CloseHandle(handle);
+        return {FileStatus::noPermission, 0};
+      }
+      handle_ = reinterpret_cast<std::intptr_t>(handle);
+      return {};
+    }
+    const DWORD code = ::GetLastError();
+    if (code != ERROR_SHARING_VIOLATION || std::chrono::steady_clock::now() >= end) {
+      return resultOf(code);
+    }
+    ::Sleep(pause);
+  }
+}
+
+FileResult ExclusiveFile::write(std::string_view bytes) noexcept {
+  DWORD written = 0;
+  if (!::WriteFile(handleOf(handle_), bytes.data(), static_cast<DWORD>(bytes.size()), &written,
+                   nullptr)) {
+    return resultOf(::GetLastError());
+  }
+  return written == bytes.size() ? FileResult{} : FileResult{FileStatus::noSpace, 0};
+}
+
+void ExclusiveFile::close() noexcept {
+  if (isOpen()) ::CloseHandle(handleOf(handle_));
+  handle_ = none;
+}
+
+}  // namespace kpx
