@@ -3,6 +3,7 @@
 #include <atomic>
 
 #include "kpx/platform/Clock.h"
+#include "kpx/platform/FileTimes.h"
 #include "kpx/report/Error.h"
 #include "kpx/report/Exceptions.h"
 #include "kpx/text/TextTools.h"
@@ -28,6 +29,12 @@ double convertZone(double value, Conversion conversion) {
   return doubleOfTime(packTime(converted));
 }
 
+double localFileTime(const CString& path, DateTime FileTimes::*which) {
+  FileTimes times;
+  if (!readFileTimes(path, times)) return 0.0;
+  return convertZone(doubleOfTime(packTime(times.*which)), &Clock::utcToLocal);
+}
+
 }  // namespace
 
 double CKpxBaseObjectsUtil::Time2Double(const TIME& time) noexcept { return doubleOfTime(time); }
@@ -45,7 +52,7 @@ void CKpxBaseObjectsUtil::correctTimeSeconds(TIME& time) noexcept { kpx::correct
 CString CKpxBaseObjectsUtil::Date2Str(const TIME& time) { return dateText(time); }
 
 CString CKpxBaseObjectsUtil::Time2Str(const TIME& time) {
-  return Guarded(53428, CString(), [&] { return clockText(time); });
+  return Guarded("CKpxBaseObjectsUtil::Time2Str", CString(), [&] { return clockText(time); });
 }
 
 CString CKpxBaseObjectsUtil::TimeDouble2Str(double value) { return timeDoubleText(value); }
@@ -59,14 +66,15 @@ double CKpxBaseObjectsUtil::Str2TimeDouble(const CString& text) noexcept {
 }
 
 void CKpxBaseObjectsUtil::GetTimestamp(TIME* time) noexcept {
-  Guarded(53420, [&] {
+  Guarded("CKpxBaseObjectsUtil::GetTimestamp(TIME*)", [&] {
     if (!time) throw InvalidArgException();
     *time = packTime(currentClock().localNow());
   });
 }
 
 double CKpxBaseObjectsUtil::GetTimestamp() noexcept {
-  return Guarded(52040, 0.0, [] { return doubleOfTime(packTime(currentClock().localNow())); });
+  return Guarded("CKpxBaseObjectsUtil::GetTimestamp()", 0.0,
+                 [] { return doubleOfTime(packTime(currentClock().localNow())); });
 }
 
 double CKpxBaseObjectsUtil::LocalTimeDouble2UTCTimeDouble(double value) {
@@ -75,6 +83,21 @@ double CKpxBaseObjectsUtil::LocalTimeDouble2UTCTimeDouble(double value) {
 
 double CKpxBaseObjectsUtil::UTCTimeDouble2LocalTimeDouble(double value) {
   return convertZone(value, &Clock::utcToLocal);
+}
+
+double CKpxBaseObjectsUtil::GetCreationFileTime(const CString& path) noexcept {
+  return Guarded("CKpxBaseObjectsUtil::GetCreationFileTime", 0.0,
+                 [&] { return localFileTime(path, &FileTimes::created); });
+}
+
+double CKpxBaseObjectsUtil::GetLastAccessFileTime(const CString& path) noexcept {
+  return Guarded("CKpxBaseObjectsUtil::GetLastAccessFileTime", 0.0,
+                 [&] { return localFileTime(path, &FileTimes::accessed); });
+}
+
+double CKpxBaseObjectsUtil::GetLastWriteFileTime(const CString& path) noexcept {
+  return Guarded("CKpxBaseObjectsUtil::GetLastWriteFileTime", 0.0,
+                 [&] { return localFileTime(path, &FileTimes::written); });
 }
 
 double CKpxBaseObjectsUtil::TimeDouble2OleDate(double value) noexcept {

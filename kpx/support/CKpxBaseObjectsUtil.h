@@ -54,6 +54,15 @@ class KPX_API CKpxBaseObjectsUtil {
   static double LocalTimeDouble2UTCTimeDouble(double value);
   static double UTCTimeDouble2LocalTimeDouble(double value);
 
+  // --- files --------------------------------------------------------------------------------
+
+  /// When a file or folder was created, last read and last written, as a time double in local time;
+  /// UTC where the system knows no zone. 0.0 when there is no such file or its volume does not
+  /// keep that time. Errors 910228, 910229, 910230.
+  static double GetCreationFileTime(const CString& path) noexcept;
+  static double GetLastAccessFileTime(const CString& path) noexcept;
+  static double GetLastWriteFileTime(const CString& path) noexcept;
+
   // --- office dates -------------------------------------------------------------------------
 
   /// Days since 30.12.1899, the date type of office documents and databases; see TimeValue.h.

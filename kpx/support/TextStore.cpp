@@ -1,5 +1,6 @@
 #include "kpx/support/TextStore.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <unordered_map>
 #include <utility>
@@ -22,10 +23,7 @@ constinit OtherTexts* others = nullptr;
 /// Empties the store when the library is unloaded. The pointers themselves have no destructor, so
 /// that whoever asks still later finds an empty store.
 struct Release {
-  ~Release() {
-    for (CString*& block : blocks) delete[] std::exchange(block, nullptr);
-    delete std::exchange(others, nullptr);
-  }
+  ~Release() { detail::clearTexts(); }
 };
 const Release release;
 
@@ -41,19 +39,8 @@ const CString& noText() noexcept {
   return kept.text;
 }
 
-CString& place(std::int32_t id) {
-  const auto index = static_cast<std::uint32_t>(id);
-  if (index < endFlat) {
-    CString*& block = blocks[index / blockSize];
-    if (!block) block = new CString[blockSize];
-    return block[index % blockSize];
-  }
-  if (!others) others = new OtherTexts;
-  return (*others)[id];
-}
-
-std::u16string_view textOf(const detail::BuiltInText& entry) noexcept {
-  return {detail::builtInUnits + entry.offset, entry.length};
+std::u16string_view textOf(const char16_t* units, const detail::BuiltInText& entry) noexcept {
+  return {units + entry.offset, entry.length};
 }
 
 }  // namespace
@@ -70,20 +57,41 @@ const CString& GetMLT(std::int32_t id) noexcept {
   return found == others->end() ? noText() : found->second;
 }
 
-void AddMLT(std::int32_t id, CString text) { place(id) = std::move(text); }
+void AddMLT(std::int32_t id, CString text) { detail::textPlace(id) = std::move(text); }
 
 void addBuiltInTexts() {
-  for (std::size_t i = 0; i < detail::builtInTextCount; ++i) {
-    const detail::BuiltInText& entry = detail::builtInTexts[i];
-    AddMLT(entry.id, CString(textOf(entry)));
-  }
+  detail::addTexts(detail::builtInUnits, {detail::builtInTexts, detail::builtInTextCount});
 }
 
 std::u16string_view builtInText(std::int32_t id) noexcept {
-  for (std::size_t i = detail::builtInTextCount; i > 0; --i) {
-    if (detail::builtInTexts[i - 1].id == id) return textOf(detail::builtInTexts[i - 1]);
-  }
-  return {};
+  const std::span<const std::uint32_t> places(detail::builtInPlaces, detail::builtInIdCount);
+  const auto found = std::ranges::lower_bound(
+      places, id, {}, [](std::uint32_t place) { return detail::builtInTexts[place].id; });
+  if (found == places.end() || detail::builtInTexts[*found].id != id) return {};
+  return textOf(detail::builtInUnits, detail::builtInTexts[*found]);
 }
 
+namespace detail {
+
+void addTexts(const char16_t* units, std::span<const BuiltInText> texts) {
+  for (const BuiltInText& entry : texts) textPlace(entry.id).Assign(textOf(units, entry));
+}
+
+CString& textPlace(std::int32_t id) {
+  const auto index = static_cast<std::uint32_t>(id);
+  if (index < endFlat) {
+    CString*& block = blocks[index / blockSize];
+    if (!block) block = new CString[blockSize];
+    return block[index % blockSize];
+  }
+  if (!others) others = new OtherTexts;
+  return (*others)[id];
+}
+
+void clearTexts() noexcept {
+  for (CString*& block : blocks) delete[] std::exchange(block, nullptr);
+  delete std::exchange(others, nullptr);
+}
+
+}  // namespace detail
 }  // namespace kpx

@@ -26,7 +26,7 @@ KPX_API void AddMLT(std::int32_t id, CString text);
 KPX_API void addBuiltInTexts();
 
 /// The built-in German text of an id, whatever the store holds for it now; empty when there is
-/// none. Searches the whole table: for rare uses.
+/// none. Valid as long as the library is loaded.
 KPX_API std::u16string_view builtInText(std::int32_t id) noexcept;
 
 }  // namespace kpx

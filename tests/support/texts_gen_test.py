@@ -25,7 +25,8 @@ class TextsGen(unittest.TestCase):
 
     def test_bad_lines_are_named_and_nothing_is_written(self):
         bad = {"no tab": "7 text", "no id": "x\ttext", "beyond 32 bits": "2147483648\ttext",
-               "no text": "7\t", "unknown escape": "7\ta\\q", "open escape": "7\ta\\",
+               "no text": "7\t", "unknown escape": "7\ta\\q", "short number": "7\t\\u12",
+               "open escape": "7\ta\\",
                "raw tab": "7\ta\tb", "carriage return inside": "7\ta\rb"}
         for case, line in bad.items():
             with self.subTest(case):
@@ -40,14 +41,15 @@ class TextsGen(unittest.TestCase):
         rows, problems = [], []
         with tempfile.TemporaryDirectory() as folder:
             table = Path(folder) / "texts.tsv"
-            table.write_bytes("\ufeff# comment\r\n7\ta\\n\\\\n \r\n\n7\t# ä😀\n".encode())
+            table.write_bytes("\ufeff# comment\r\n7\ta\\n\\\\n \r\n\n7\t# ä😀\n-3\t\\uD83D\\r".encode())
             rows, problems = texts_gen.read_table(table)
         self.assertEqual(problems, [])
-        self.assertEqual(rows, [(7, "a\n\\n "), (7, "# ä😀")])
+        self.assertEqual(rows, [(7, "a\n\\n "), (7, "# ä😀"), (-3, "\ud83d\r")])
         source = texts_gen.cpp_source(rows)
         self.assertIn("{7, 0, 5}", source)
         self.assertIn("{7, 5, 5}", source)
-        self.assertIn("55357, 56832", source)
+        self.assertIn("55357, 56832, 55357, 13", source)
+        self.assertIn("builtInPlaces[] = {\n    2, 1,\n}", source)
 
 
 if __name__ == "__main__":

@@ -9,16 +9,18 @@ import re
 import sys
 from pathlib import Path
 
-ESCAPES = {"n": "\n", "t": "\t", "\\": "\\"}
+ESCAPES = {"n": "\n", "r": "\r", "t": "\t", "\\": "\\"}
 
 
 def unescape(text):
     """The text with its escapes resolved; ValueError for one that does not exist."""
     def replace(match):
+        if match.group(1).startswith("u") and len(match.group(1)) == 5:
+            return chr(int(match.group(1)[1:], 16))
         if match.group(1) not in ESCAPES:
             raise ValueError(f"unknown escape {match.group(0)!r}")
         return ESCAPES[match.group(1)]
-    return re.sub(r"\\(.?)", replace, text)
+    return re.sub(r"\\(u[0-9A-Fa-f]{4}|.?)", replace, text)
 
 
 def read_line(line):
@@ -59,7 +61,7 @@ def read_table(path):
 
 def units(text):
     """UTF-16 units."""
-    data = text.encode("utf-16-le")
+    data = text.encode("utf-16-le", "surrogatepass")
     return [int.from_bytes(data[i:i + 2], "little") for i in range(0, len(data), 2)]
 
 
@@ -78,12 +80,16 @@ def cpp_source(rows):
         shown = str(number) if number != -2**31 else "-2147483647 - 1"
         index.append(f"    {{{shown}, {len(all_units)}, {len(of_text)}}},\n")
         all_units += of_text
+    places = {number: place for place, (number, _) in enumerate(rows)}
+    places = [str(places[number]) for number in sorted(places)]
     return ("// Generated from the table of texts; changes here are lost.\n"
             '#include "kpx/support/internal/BuiltInTexts.h"\n\n'
             "namespace kpx::detail {\n\n"
             "const char16_t builtInUnits[] = {\n" + lines_of([str(unit) for unit in all_units]) +
             "};\n\nconst BuiltInText builtInTexts[] = {\n" + "".join(index) + "};\n\n"
             f"const std::size_t builtInTextCount = {len(index)};\n\n"
+            "const std::uint32_t builtInPlaces[] = {\n" + lines_of(places) + "};\n\n"
+            f"const std::size_t builtInIdCount = {len(places)};\n\n"
             "}  // namespace kpx::detail\n")
 
 
