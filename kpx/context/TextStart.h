@@ -1,0 +1,43 @@
+#pragma once
+
+#include <string_view>
+
+#include "kpx/report/Export.h"
+#include "kpx/text/CString.h"
+
+namespace kpx {
+
+/// Fills the text store: the built-in German texts; the wording of the project's kind (see
+/// `useProjectWording`); and unless the user works in German, the English language file and that
+/// of the user's language over them. So an id that a translation lacks is shown in English, and
+/// one that English lacks, too, in German.
+///
+/// The language is the registry value "Language" under "Software\KPX\Settings", the user's before
+/// the machine's, for example "English [ENG.LNG]"; without one, or as "Deutsch [Default]", it is
+/// German. Language files lie in the folder "MLT" of the program folder (`kpxGetProgPath`); one
+/// that is missing is left out.
+///
+/// The application calls it once, on its main thread and before it builds a window. Calling it
+/// again gives the same texts. 1 on success. Any failure, such as a language file that ends early,
+/// is reported as 71472 and answered with 0; the texts up to then stay.
+KPX_API int InitMLT();
+
+/// The same for a language that the caller names in place of the registry.
+KPX_API int initTexts(const CString& language);
+
+/// The language that the registry names for this user; empty for none.
+KPX_API CString chosenLanguage();
+
+/// The file name that a language value has in square brackets. Empty without one, and for a name
+/// that leads out of the folder of the texts or to a device, since such a file counts as missing.
+KPX_API CString languageFileName(const CString& language);
+
+/// Where language files lie; empty when the program folder is not known.
+KPX_API CString textFolder();
+
+/// Gives the texts whose wording depends on the kind of the project the one of that kind: in ALKIS
+/// projects the terms of ALKIS. `InitMLT` asks the current internal project settings
+/// (`getIsAlkis`); without any, the project is not of that kind.
+KPX_API void useProjectWording(bool isAlkis);
+
+}  // namespace kpx

@@ -1,0 +1,136 @@
+#include "kpx/context/TextStart.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <thread>
+
+#include "kpx/settings/CFGProjectSettingsIntern.h"
+#include "kpx/support/internal/BuiltInTexts.h"
+#include "kpx/support/LanguageFile.h"
+#include "kpx/support/TextStore.h"
+#include "kpx/support/TextTemplate.h"
+#include "tests/common/TextPrinter.h"
+#include "tests/context/ContextScope.h"
+
+namespace kpx {
+namespace {
+
+/// A program folder with an English file for the texts 1 and 12 and a Danish one for 12.
+class TextStart : public testing::Test {
+ protected:
+  TextStart() {
+    detail::clearTexts();
+    kpxSetProgPath(scope.folder / "programs");
+    std::filesystem::create_directories(scope.folder.path() / "programs" / "MLT");
+    write("MLT/ENG.LNG", {{1, u"Alignments"}, {12, u"editing"}});
+    write("MLT/DAN.LNG", {{12, u"redigeres"}, {231, CString()}});
+    write("OUT.LNG", {{1, u"outside"}});
+  }
+  ~TextStart() override { detail::clearTexts(); }
+
+  void write(const std::string& name, std::vector<TextEntry> entries, std::size_t cut = 0) const {
+    const std::string bytes = languageFileBytes({0, CString(), std::move(entries)});
+    scope.folder.write("programs/" + name, bytes.substr(0, bytes.size() - cut));
+  }
+  static void setLanguage(RegistryRoot root, const CString& language) {
+    ContextScope::store(root, u"Software\\KPX\\Settings", u"Language",
+                        RegistryValue::ofText(language));
+  }
+
+  ContextScope scope;
+};
+
+TEST_F(TextStart, LanguagesLieOverEachOther) {
+  const struct {
+    std::u16string_view language;
+    std::u16string_view one;
+    std::u16string_view twelve;
+  } cases[] = {
+      {u"", u"Trassen", u"Tabelle wird bearbeitet!\nWarte auf Zugriff."},
+      {u" Deutsch [Default]\t", u"Trassen", u"Tabelle wird bearbeitet!\nWarte auf Zugriff."},
+      {u"English [ENG.LNG]", u"Alignments", u"editing"},
+      {u" Dansk [DAN.LNG] ", u"Alignments", u"redigeres"},
+      {u"Dansk [DAN].LNG]", u"Alignments", u"redigeres"},
+      {u"Suomi [FIN.LNG]", u"Alignments", u"editing"},
+      {u"Suomi", u"Alignments", u"editing"},
+      {u"Out [../OUT.LNG]", u"Alignments", u"editing"},
+  };
+  for (const auto& each : cases) {
+    setLanguage(RegistryRoot::currentUser, CString(each.language));
+    EXPECT_EQ(InitMLT(), 1);
+    EXPECT_EQ(GetMLT(1), each.one) << CString(each.language).utf8();
+    EXPECT_EQ(GetMLT(12), each.twelve) << CString(each.language).utf8();
+    EXPECT_EQ(GetMLT(231), u"LG");
+  }
+}
+
+TEST_F(TextStart, TheUsersLanguageComesBeforeTheMachines) {
+  setLanguage(RegistryRoot::localMachine, u"Dansk [DAN.LNG]");
+  EXPECT_EQ(InitMLT(), 1);
+  EXPECT_EQ(GetMLT(12), u"redigeres");
+  setLanguage(RegistryRoot::currentUser, u"Deutsch [Default]");
+  EXPECT_EQ(InitMLT(), 1);
+  EXPECT_EQ(GetMLT(1), u"Trassen");
+}
+
+TEST_F(TextStart, FileNamesStayInTheirFolder) {
+  for (const char16_t* const name :
+       {u"../OUT.LNG", u"..\\OUT.LNG", u"..", u".", u"", u" ", u"/etc/passwd", u"C:OUT.LNG",
+        u"D:\\OUT.LNG", u"a/b.LNG", u"NUL", u"con.LNG", u"com1", u"\\\\host\\share", u"a\nb"}) {
+    EXPECT_TRUE(languageFileName(CString(u"x [") + CString(name) + u']').IsEmpty())
+        << CString(name).utf8();
+  }
+  EXPECT_EQ(languageFileName(u"x [a..b.LNG]"), u"a..b.LNG");
+}
+
+TEST_F(TextStart, AnEarlyEndIsReportedAndKeepsWhatWasRead) {
+  write("MLT/ENG.LNG", {{1, u"Alignments"}, {12, u"editing"}}, 1);
+  setLanguage(RegistryRoot::currentUser, u"Dansk [DAN.LNG]");
+  EXPECT_EQ(InitMLT(), 0);
+  ASSERT_EQ(scope.log("system").size(), 1U);
+  EXPECT_NE(scope.log("system")[0].find("71472"), std::string::npos);
+  EXPECT_EQ(GetMLT(1), u"Alignments");
+  EXPECT_TRUE(GetMLT(12).StartsWith(u"Tabelle"));
+}
+
+TEST_F(TextStart, ProjectsHaveTheWordingOfTheirKind) {
+  addBuiltInTexts();
+  useProjectWording(false);
+  EXPECT_EQ(GetMLT(639), u"Helmerttransf. ohne Maßstab");
+  useProjectWording(true);
+  EXPECT_EQ(GetMLT(231), u"GST(L)");
+  EXPECT_EQ(GetMLT(639), u"3 Parametertransformation");
+}
+
+TEST_F(TextStart, WordingFollowsTheCurrentProject) {
+  CFGProjectSettingsIntern settings;
+  settings.setIsAlkis(1);
+  kpxSetCurrentPrjSettingsIntern(&settings);
+  ASSERT_EQ(initTexts(u""), 1);
+  EXPECT_EQ(GetMLT(231), u"GST(L)");
+  settings.setIsAlkis(0);
+  ASSERT_EQ(initTexts(u""), 1);
+  EXPECT_EQ(GetMLT(231), u"LG");
+  kpxSetCurrentPrjSettingsIntern(nullptr);
+}
+
+TEST_F(TextStart, ManyReadersAfterTheStart) {
+  ASSERT_EQ(initTexts(u"Dansk [DAN.LNG]"), 1);
+  std::vector<std::thread> readers;
+  readers.reserve(4);
+  for (int i = 0; i < 4; ++i) {
+    readers.emplace_back([] {
+      for (int round = 0; round < 500; ++round) {
+        EXPECT_EQ(GetMLT(12), u"redigeres");
+        EXPECT_EQ(GetMLT(70000 + round), u"");
+        EXPECT_EQ(CString(templateText(614)), u"Fehler");
+        EXPECT_EQ(textFolder().IsEmpty(), false);
+      }
+    });
+  }
+  for (std::thread& reader : readers) reader.join();
+}
+
+}  // namespace
+}  // namespace kpx
