@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "tools/kpx/Configurations.h"
 #include "tools/kpx/Exit.h"

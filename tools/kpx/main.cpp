@@ -27,17 +27,29 @@ Exit run(const Action& action) {
 }
 
 int runProgram(int argc, char** argv) {
-  CLI::App app("Reads, changes and checks the configuration and XML files of the suite.", "kpx");
+  CLI::App app(
+      "Reads, changes and checks the configuration, XML and INI files and the registry of the "
+      "suite.",
+      "kpx");
   app.set_version_flag("--version", std::string("kpx ") + KPX_VERSION);
   app.require_subcommand(1);
   app.footer(
-      "A file named - is standard input. Data goes to standard output, everything else to\n"
-      "standard error. Exit codes: 0 success, equal or clean; 1 the answer is no (differences,\n"
-      "findings, key absent); 2 wrong usage; 3 input unreadable or ill-formed; 4 could not be\n"
-      "written and nothing was changed.");
+      "A file named - is standard input, but for archives. Data goes to standard output, all\n"
+      "else to standard error. Exit codes: 0 success, equal or clean; 1 the answer is no\n"
+      "(differences, findings, key absent); 2 wrong usage; 3 input unreadable or ill-formed; 4\n"
+      "could not be written and nothing was changed; 5 entries of an archive were refused.");
   Action chosen;
   addConfigVerbs(app, chosen);
   addClassesVerbs(app, chosen);
+  addIniVerbs(app, chosen);
+  addNasVerbs(app, chosen);
+  addRegistryVerbs(app, chosen);
+  addTextsVerbs(app, chosen);
+  addTimersVerbs(app, chosen);
+  addUnzipVerb(app, chosen);
+  addErrorsVerbs(app, chosen);
+  addLogVerbs(app, chosen);
+  addDoctorVerb(app, chosen);
   addXmlVerbs(app, chosen);
   try {
     app.parse(argc, argv);

@@ -1,0 +1,72 @@
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "kpx/context/Diagnosis.h"
+#include "tools/kpx/Output.h"
+#include "tools/kpx/Verbs.h"
+
+namespace kpx::tool {
+namespace {
+
+/// What this program was built from and with; the rest comes from the library.
+std::vector<DiagnosisLine> wholeReport() {
+  std::vector<DiagnosisLine> lines{
+      {u"program", u"version", CString::fromUtf8(KPX_VERSION), u"built in", {}}};
+#if defined(__VERSION__)
+  lines.push_back({u"program", u"compiler", CString::fromUtf8(__VERSION__), u"built in", {}});
+#endif
+  for (DiagnosisLine& line : diagnose()) lines.push_back(std::move(line));
+  return lines;
+}
+
+Exit doctor(bool json) {
+  const std::vector<DiagnosisLine> lines = wholeReport();
+  const auto problems = std::count_if(lines.begin(), lines.end(), [](const DiagnosisLine& line) {
+    return !line.problem.IsEmpty();
+  });
+  if (json) {
+    Json report = Json::array();
+    for (const DiagnosisLine& line : lines) {
+      report.push_back({{"topic", shown(line.topic)},
+                        {"name", shown(line.name)},
+                        {"value", shown(line.value)},
+                        {"source", shown(line.source)},
+                        {"problem", shown(line.problem)}});
+    }
+    printJson(report);
+  } else {
+    std::string text;
+    CString topic;
+    for (const DiagnosisLine& line : lines) {
+      if (line.topic != topic) {
+        topic = line.topic;
+        text += (text.empty() ? "" : "\n") + shown(topic) + "\n";
+      }
+      text += "  " + shown(line.name) + ": ";
+      text += line.value.IsEmpty() ? "none" : shownOnOneLine(line.value);
+      text += "  [" + shownOnOneLine(line.source) + "]";
+      if (!line.problem.IsEmpty()) text += "\n    ! " + shownOnOneLine(line.problem);
+      text += "\n";
+    }
+    text += "\n" +
+            (problems == 0 ? std::string("No problems found")
+                           : std::to_string(problems) + " problems found") +
+            "\n";
+    print(text);
+  }
+  return problems == 0 ? Exit::success : Exit::no;
+}
+
+}  // namespace
+
+void addDoctorVerb(CLI::App& app, Action& chosen) {
+  auto json = std::make_shared<bool>(false);
+  CLI::App* command = app.add_subcommand(
+      "doctor", "Folders, switches, language and logs in one report for a support request");
+  command->add_flag("--json", *json, "Print JSON");
+  command->callback([&chosen, json] { chosen = [json] { return doctor(*json); }; });
+}
+
+}  // namespace kpx::tool

@@ -1,0 +1,104 @@
+#include <algorithm>
+#include <charconv>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "kpx/report/ErrorTable.h"
+#include "kpx/settings/Catalogue.h"
+#include "tools/kpx/ErrorNames.h"
+#include "tools/kpx/Output.h"
+#include "tools/kpx/Verbs.h"
+
+namespace kpx::tool {
+namespace {
+
+std::vector<ErrorName> allErrors() {
+  std::vector<ErrorName> errors;
+  for (const ErrorEntry& entry : errorTable) {
+    errors.push_back({entry.number, std::string(entry.operation), {}, {}, {}});
+  }
+  const auto add = [&](int number, const SettingsClass& owner, std::u16string_view accessor,
+                       std::u16string_view key) {
+    if (number == 0) return;
+    const std::string name = shown(CString(owner.name));
+    const std::string method = shown(CString(accessor));
+    errors.push_back({number, name + "::" + method, name, method, shown(CString(key))});
+  };
+  for (const SettingsClass* const owner : settingsClasses()) {
+    add(owner->resetError, *owner, u"ResetPos", {});
+    for (const SettingAccess& access : owner->settings) {
+      add(access.setting->getterError, *owner, access.getter, access.key());
+      add(access.setting->setterError, *owner, access.setter, access.key());
+    }
+  }
+  std::stable_sort(errors.begin(), errors.end(),
+                   [](const ErrorName& a, const ErrorName& b) { return a.number < b.number; });
+  return errors;
+}
+
+Json jsonOf(const ErrorName& error) {
+  Json json{{"number", error.number}, {"operation", error.operation}};
+  if (!error.settingsClass.empty()) {
+    json["class"] = error.settingsClass;
+    json["accessor"] = error.accessor;
+    json["key"] = error.key;
+  }
+  return json;
+}
+
+std::string lineOf(const ErrorName& error) {
+  std::string line = std::to_string(error.number) + "  " + error.operation;
+  if (!error.key.empty()) line += "  (setting " + error.key + ")";
+  return line + "\n";
+}
+
+Exit show(const std::string& wanted, bool json) {
+  std::vector<ErrorName> errors = allErrors();
+  if (wanted != "list") {
+    int number = 0;
+    const char* const end = wanted.data() + wanted.size();
+    const auto read = std::from_chars(wanted.data(), end, number);
+    if (read.ec != std::errc() || read.ptr != end) {
+      throw Failure(Exit::usage, "'" + wanted + "' is neither an error number nor the word list");
+    }
+    std::erase_if(errors, [&](const ErrorName& error) { return error.number != number; });
+    if (errors.empty()) {
+      throw Failure(Exit::no, "no operation of the library has the error number " + wanted +
+                                  "; kpx errors list shows all");
+    }
+  }
+  if (json) {
+    Json report = Json::array();
+    for (const ErrorName& error : errors) report.push_back(jsonOf(error));
+    printJson(report);
+  } else {
+    std::string text;
+    for (const ErrorName& error : errors) text += lineOf(error);
+    print(text);
+  }
+  return Exit::success;
+}
+
+}  // namespace
+
+std::string operationName(int number) {
+  static const std::vector<ErrorName> errors = allErrors();
+  const auto found =
+      std::lower_bound(errors.begin(), errors.end(), number,
+                       [](const ErrorName& error, int wanted) { return error.number < wanted; });
+  return found != errors.end() && found->number == number ? found->operation : std::string();
+}
+
+void addErrorsVerbs(CLI::App& app, Action& chosen) {
+  auto json = std::make_shared<bool>(false);
+  auto wanted = std::make_shared<std::string>();
+  CLI::App* command = app.add_subcommand("errors", "What an error number stands for");
+  command->add_option("NUMBER|list", *wanted, "Number of an error log, or list for all")
+      ->required();
+  command->add_flag("--json", *json, "Print JSON");
+  command->callback(
+      [&chosen, json, wanted] { chosen = [json, wanted] { return show(*wanted, *json); }; });
+}
+
+}  // namespace kpx::tool

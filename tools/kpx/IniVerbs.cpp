@@ -1,0 +1,213 @@
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "kpx/support/CIniEx.h"
+#include "kpx/support/IniCheck.h"
+#include "tools/kpx/Input.h"
+#include "tools/kpx/Output.h"
+#include "tools/kpx/Verbs.h"
+
+namespace kpx::tool {
+namespace {
+
+struct Arguments {
+  std::string file;
+  std::vector<std::string> files;  // of verbs that take several
+  std::string section;
+  std::string key;
+  std::string value;
+  bool json = false;
+};
+
+CIniEx parse(const Input& input) {
+  CIniEx ini;
+  if (ini.readBytes(input.bytes()) == 0) {
+    throw Failure(Exit::input, input.name + ": is larger than an INI file can be");
+  }
+  return ini;
+}
+
+[[noreturn]] void failMissing(const CIniEx& ini, const Input& input, const Arguments& arguments) {
+  CSection* section = nullptr;
+  if (ini.GetSection(given(arguments.section), section) == 0) {
+    throw Failure(Exit::no, input.name + ": there is no section '" + arguments.section + "'");
+  }
+  throw Failure(Exit::no, input.name + ": there is no key '" + arguments.key + "' in section '" +
+                              arguments.section + "'");
+}
+
+/// Puts the changed file where it came from; standard input is answered on standard output.
+void save(const CIniEx& ini, const std::string& file, const Input& input) {
+  const std::string bytes = ini.fileBytes();
+  if (file == "-") {
+    print(bytes);
+  } else if (bytes != input.bytes()) {
+    replaceOrFail(file, bytes);
+  }
+}
+
+// --- get, set, del --------------------------------------------------------------------------
+
+Exit get(const Arguments& arguments) {
+  const Input input = readInput(arguments.file);
+  const CIniEx ini = parse(input);
+  CString value;
+  if (ini.GetKeyData(given(arguments.section), given(arguments.key), value) == 0) {
+    failMissing(ini, input, arguments);
+  }
+  if (arguments.json) {
+    printJson({{"section", arguments.section}, {"key", arguments.key}, {"value", shown(value)}});
+  } else {
+    print(shown(value) + "\n");
+  }
+  return Exit::success;
+}
+
+Exit set(const Arguments& arguments) {
+  const std::string& file = arguments.file;
+  const CString section = given(arguments.section);
+  const CString key = given(arguments.key);
+  const CString value = given(arguments.value);
+  const Input input = readInput(file);
+  CIniEx ini = parse(input);
+  ini.AddNewSection(section);
+  const bool changed = ini.GetKeyData(section, key) != 0 ? ini.UpdateKey(section, key, value) != 0
+                                                         : ini.AddNewKey(section, key, value) != 0;
+  if (!changed) {
+    throw Failure(Exit::usage, input.name + ": '" + arguments.key + "' in section '" +
+                                   arguments.section +
+                                   "' cannot be written so that it is read back as the same");
+  }
+  CString read;
+  ini.GetKeyData(section, key, read);
+  save(ini, file, input);
+  if (value.Find(u"\\n") > 0 && read != value) {
+    complain(R"(the characters \n in a value are read as a line break)");
+  }
+  return Exit::success;
+}
+
+Exit remove(const Arguments& arguments) {
+  const Input input = readInput(arguments.file);
+  CIniEx ini = parse(input);
+  if (ini.DeleteKey(given(arguments.section), given(arguments.key)) == 0) {
+    failMissing(ini, input, arguments);
+  }
+  save(ini, arguments.file, input);
+  return Exit::success;
+}
+
+// --- list -----------------------------------------------------------------------------------
+
+Exit list(const Arguments& arguments) {
+  const Input input = readInput(arguments.file);
+  const CIniEx ini = parse(input);
+  CObArray sections;
+  ini.GetSectionAll(sections);
+  Json report = Json::array();
+  std::string text;
+  for (const CSection* const section : sections) {
+    if (section != sections.front() || !section->name().IsEmpty()) {
+      text += (text.empty() ? "[" : "\n[") + shownOnOneLine(section->name()) + "]\n";
+    }
+    Json keys = Json::array();
+    for (const KEY_STRUCT& key : section->keys()) {
+      keys.push_back({{"key", shown(key.key())}, {"value", shown(key.value())}});
+      text += shownOnOneLine(key.key()) + "=" + shownOnOneLine(key.value()) + "\n";
+    }
+    report.push_back({{"section", shown(section->name())}, {"keys", std::move(keys)}});
+  }
+  if (arguments.json) {
+    printJson(report);
+  } else {
+    print(text);
+  }
+  return Exit::success;
+}
+
+// --- check ----------------------------------------------------------------------------------
+
+Exit checkFile(const std::string& file, bool json, Json& report) {
+  Json entry{{"file", file}};
+  Json problems = Json::array();
+  Exit exit = Exit::success;
+  try {
+    const Input input = readInput(file);
+    parse(input);
+    entry["encoding"] = shown(iniEncodingName(input.bytes()));
+    for (const IniProblem& problem : checkIni(input.bytes())) {
+      const ProblemLine line{problem.line, problem.column, shownOnOneLine(describe(problem))};
+      problems.push_back(
+          {{"line", line.line}, {"column", line.column}, {"message", line.sentence}});
+      if (!json) print(placeOf(input.name, line) + "\n");
+      exit = Exit::no;
+    }
+    if (!json && exit == Exit::success) print(input.name + ": nothing to object to\n");
+  } catch (const Failure& failure) {
+    complain(failure.what());
+    entry["error"] = failure.what();
+    exit = failure.code();
+  }
+  entry["problems"] = std::move(problems);
+  report.push_back(std::move(entry));
+  return exit;
+}
+
+Exit check(const Arguments& arguments) {
+  Json report = Json::array();
+  Exit exit = Exit::success;
+  for (const std::string& file : arguments.files) {
+    exit = std::max(exit, checkFile(file, arguments.json, report));
+  }
+  if (arguments.json) printJson(report);
+  return exit;
+}
+
+}  // namespace
+
+void addIniVerbs(CLI::App& app, Action& chosen) {
+  CLI::App* ini = app.add_subcommand("ini", "Read, change and check INI files");
+  ini->require_subcommand(1);
+
+  const auto add = [&](const char* name, const char* description, Exit (*verb)(const Arguments&)) {
+    auto arguments = std::make_shared<Arguments>();
+    CLI::App* command = ini->add_subcommand(name, description);
+    command->callback(
+        [&chosen, arguments, verb] { chosen = [arguments, verb] { return verb(*arguments); }; });
+    return std::pair(command, arguments);
+  };
+  const auto addKey = [&](const char* name, const char* description,
+                          Exit (*verb)(const Arguments&)) {
+    auto added = add(name, description, verb);
+    const auto& [command, arguments] = added;
+    command->add_option("FILE", arguments->file, "INI file, or - for standard input")->required();
+    command
+        ->add_option("SECTION", arguments->section,
+                     "Section; \"\" for the keys above the first section")
+        ->required();
+    command->add_option("KEY", arguments->key, "Key")->required();
+    return added;
+  };
+  const auto getter = addKey("get", "Print the value of a key", &get);
+  getter.first->add_flag("--json", getter.second->json, "Print JSON");
+  const auto setter =
+      addKey("set", "Set the value of a key, which is added where it is missing", &set);
+  setter.first
+      ->add_option("VALUE", setter.second->value,
+                   "The new value; -- in front of one that begins with -")
+      ->required();
+  addKey("del", "Remove a key and the comment above it", &remove);
+
+  const auto lister = add("list", "Print all sections, keys and values", &list);
+  lister.first->add_option("FILE", lister.second->file, "INI file, or - for standard input")
+      ->required();
+  lister.first->add_flag("--json", lister.second->json, "Print JSON");
+  const auto checker = add("check", "Print what readers trip over, with line and column", &check);
+  checker.first->add_option("FILE", checker.second->files, "INI files, or - for standard input")
+      ->required();
+  checker.first->add_flag("--json", checker.second->json, "Print JSON");
+}
+
+}  // namespace kpx::tool

@@ -1,0 +1,302 @@
+#include <algorithm>
+#include <charconv>
+#include <chrono>
+#include <map>
+#include <memory>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "kpx/context/ErrorLog.h"
+#include "kpx/platform/FileSystem.h"
+#include "kpx/text/CKpxCalendar.h"
+#include "tools/kpx/ErrorNames.h"
+#include "tools/kpx/Input.h"
+#include "tools/kpx/Output.h"
+#include "tools/kpx/Verbs.h"
+
+namespace kpx::tool {
+namespace {
+
+struct Options {
+  std::vector<std::string> files;
+  std::vector<std::int32_t> numbers;
+  std::string user;
+  std::string project;
+  std::string from;
+  std::string to;
+  double seconds = 0.0;
+  bool json = false;
+};
+
+// --- filters --------------------------------------------------------------------------------
+
+/// "DD.MM.YYYY" or "YYYY-MM-DD", with "-hh:mm:ss" or not. A day alone begins or ends with it.
+double timeArgument(const std::string& argument, bool isEnd) {
+  if (argument.empty()) return 0.0;
+  std::string date = argument.substr(0, 10);
+  const std::string rest = argument.size() > 10 ? argument.substr(10) : std::string();
+  TIME time = dateOfText(given(date));
+  bool isGood = rest.empty();
+  if (isGood) {
+    time.time = isEnd ? 235959 : 0;
+  } else if (rest.size() == 9 && (rest[0] == '-' || rest[0] == 'T' || rest[0] == ' ')) {
+    const CString clock = given(rest.substr(1));
+    time.time = clockOfText(clock).time;
+    isGood = clockText(time) == clock;
+  }
+  if (!isGood || !CKpxCalendar::isValid(unpackTime(time))) {
+    throw Failure(Exit::usage, "'" + argument +
+                                   "' is no time; write DD.MM.YYYY or YYYY-MM-DD, with -hh:mm:ss "
+                                   "behind it for a time of day");
+  }
+  return doubleOfTime(time);
+}
+
+ErrorLogFilter filterOf(const Options& options) {
+  ErrorLogFilter filter;
+  filter.numbers = options.numbers;
+  filter.user = given(options.user);
+  filter.project = given(options.project);
+  filter.from = timeArgument(options.from, false);
+  filter.to = timeArgument(options.to, true);
+  return filter;
+}
+
+// --- output ---------------------------------------------------------------------------------
+
+std::string timeText(const TIME& time) { return shown(timeDoubleText(doubleOfTime(time))); }
+
+Json jsonOf(const std::string& file, const ErrorLogEntry& entry) {
+  Json json{{"file", file}, {"line", entry.line}};
+  if (entry.kind == ErrorLogEntry::Kind::broken) {
+    json["broken"] = shown(entry.text);
+    return json;
+  }
+  json["time"] = timeText(entry.time);
+  if (entry.kind == ErrorLogEntry::Kind::number) {
+    json["number"] = entry.number;
+    json["operation"] = operationName(entry.number);
+  } else {
+    json["text"] = shown(entry.text);
+  }
+  json["project"] = shown(entry.project);
+  json["job"] = shown(entry.job);
+  json["user"] = shown(entry.user);
+  json["machine"] = shown(entry.machine);
+  return json;
+}
+
+std::string lineOf(const ErrorLogEntry& entry) {
+  if (entry.kind == ErrorLogEntry::Kind::broken) {
+    return "line " + std::to_string(entry.line) + " is broken: " + shownOnOneLine(entry.text) +
+           "\n";
+  }
+  std::string line = timeText(entry.time) + "  ";
+  if (entry.kind == ErrorLogEntry::Kind::number) {
+    line += std::to_string(entry.number);
+    if (const std::string name = operationName(entry.number); !name.empty()) line += " " + name;
+  } else {
+    line += shownOnOneLine(entry.text);
+  }
+  line += "  project: " + shownOnOneLine(entry.project);
+  line += "  job: " + shownOnOneLine(entry.job);
+  return line + "  user: " + shownOnOneLine(entry.user) + "\n";
+}
+
+/// Calls `take` for each wanted entry of each file.
+template <class Take>
+void forEachEntry(const Options& options, Take take) {
+  const ErrorLogFilter filter = filterOf(options);
+  for (const std::string& file : options.files) {
+    const Input input = readInput(file);
+    ErrorLogReader().readAll(input.bytes(), true, [&](ErrorLogEntry&& entry) {
+      if (filter.wants(entry)) take(input.name, entry);
+    });
+  }
+}
+
+Exit show(const Options& options) {
+  Json report = Json::array();
+  bool isAny = false;
+  forEachEntry(options, [&](const std::string& file, const ErrorLogEntry& entry) {
+    isAny = true;
+    if (options.json) {
+      report.push_back(jsonOf(file, entry));
+    } else {
+      print(lineOf(entry));
+    }
+  });
+  if (options.json) printJson(report);
+  return isAny ? Exit::success : Exit::no;
+}
+
+// --- stats ----------------------------------------------------------------------------------
+
+using Counts = std::map<std::string, std::size_t>;
+
+std::vector<std::pair<std::string, std::size_t>> mostFirst(const Counts& counts) {
+  std::vector<std::pair<std::string, std::size_t>> list(counts.begin(), counts.end());
+  std::stable_sort(list.begin(), list.end(),
+                   [](const auto& a, const auto& b) { return a.second > b.second; });
+  return list;
+}
+
+std::string describeNumber(const std::string& number) {
+  const std::string name = operationName(std::stoi(number));
+  return name.empty() ? number : number + " " + name;
+}
+
+Exit stats(const Options& options) {
+  Counts numbers;
+  Counts users;
+  Counts projects;
+  Counts days;
+  std::size_t texts = 0;
+  std::size_t broken = 0;
+  std::size_t total = 0;
+  double first = 0.0;
+  double last = 0.0;
+  forEachEntry(options, [&](const std::string&, const ErrorLogEntry& entry) {
+    ++total;
+    if (entry.kind == ErrorLogEntry::Kind::broken) {
+      ++broken;
+      return;
+    }
+    if (entry.kind == ErrorLogEntry::Kind::number) {
+      ++numbers[std::to_string(entry.number)];
+    } else {
+      ++texts;
+    }
+    ++users[shownOnOneLine(entry.user)];
+    ++projects[shownOnOneLine(entry.project)];
+    const double time = doubleOfTime(entry.time);
+    first = first == 0.0 ? time : std::min(first, time);
+    last = std::max(last, time);
+    ++days[std::to_string(entry.time.date)];
+  });
+  const auto span = [](double time) { return time == 0.0 ? "" : shown(timeDoubleText(time)); };
+  if (options.json) {
+    Json json{{"lines", total},
+              {"texts", texts},
+              {"broken", broken},
+              {"first", span(first)},
+              {"last", span(last)}};
+    json["numbers"] = Json::array();
+    for (const auto& [number, count] : mostFirst(numbers)) {
+      json["numbers"].push_back({{"number", std::stoi(number)},
+                                 {"operation", operationName(std::stoi(number))},
+                                 {"count", count}});
+    }
+    json["users"] = users;
+    json["projects"] = projects;
+    json["days"] = days;
+    printJson(json);
+    return total == 0 ? Exit::no : Exit::success;
+  }
+  std::string text = std::to_string(total) + " lines, " + std::to_string(texts) + " free texts, " +
+                     std::to_string(broken) + " broken\n";
+  if (first != 0.0) text += "from " + span(first) + " to " + span(last) + "\n";
+  const auto section = [&](const char* title, const Counts& counts, auto describe) {
+    if (counts.empty()) return;
+    text += std::string("\n") + title + "\n";
+    for (const auto& [name, count] : mostFirst(counts)) {
+      const std::string digits = std::to_string(count);
+      text += std::string(digits.size() < 8 ? 8 - digits.size() : 0, ' ') + digits + "  " +
+              describe(name) + "\n";
+    }
+  };
+  const auto asItIs = [](const std::string& name) { return name.empty() ? "(none)" : name; };
+  section("Errors", numbers, describeNumber);
+  section("Users", users, asItIs);
+  section("Projects", projects, asItIs);
+  print(text);
+  return total == 0 ? Exit::no : Exit::success;
+}
+
+// --- follow ---------------------------------------------------------------------------------
+
+/// One log that is being watched. It may not exist yet, be emptied, or be replaced by a shorter
+/// one.
+struct Watched {
+  std::string name;
+  std::uint64_t done = 0;  // bytes that were read
+  ErrorLogReader reader;
+
+  /// New whole lines since the last call.
+  template <class Take>
+  void read(Take take) {
+    std::unique_ptr<InputFile> file;
+    if (!fileSystem().openInput(given(name), file)) return;
+    if (file->size() < done) {
+      done = 0;
+      reader = ErrorLogReader();
+    }
+    std::string bytes(static_cast<std::size_t>(file->size() - done), '\0');
+    std::size_t count = 0;
+    if (!file->readAt(done, bytes.data(), bytes.size(), count)) return;
+    bytes.resize(count);
+    done += reader.readAll(bytes, false, take);
+  }
+};
+
+Exit follow(const Options& options) {
+  const ErrorLogFilter filter = filterOf(options);
+  std::vector<Watched> logs;
+  for (const std::string& file : options.files) {
+    if (file == "-") throw Failure(Exit::usage, "standard input cannot be followed");
+    logs.push_back({file, 0, {}});
+    logs.back().read([](ErrorLogEntry&&) {});  // what is there already is for kpx log show
+  }
+  const auto end =
+      std::chrono::steady_clock::now() + std::chrono::duration<double>(options.seconds);
+  while (options.seconds == 0.0 || std::chrono::steady_clock::now() < end) {
+    for (Watched& log : logs) {
+      log.read([&](ErrorLogEntry&& entry) {
+        if (!filter.wants(entry)) return;
+        print(options.json ? jsonOf(log.name, entry).dump() + "\n" : lineOf(entry));
+      });
+    }
+    finishOutput();
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  }
+  return Exit::success;
+}
+
+CLI::App* addLogVerb(CLI::App* log, const std::shared_ptr<Options>& options, const char* name,
+                     const char* about) {
+  CLI::App* const command = log->add_subcommand(name, about);
+  command->add_option("FILE", options->files, "Error logs")->required();
+  command->add_option("--number", options->numbers, "Only these error numbers");
+  command->add_option("--user", options->user, "Only this user (* and ? as wildcards)");
+  command->add_option("--project", options->project, "Only this project (* and ? as wildcards)");
+  command->add_option("--from", options->from, "Not before: DD.MM.YYYY[-hh:mm:ss] or YYYY-MM-DD");
+  command->add_option("--to", options->to, "Not after; a day counts whole");
+  return command;
+}
+
+}  // namespace
+
+void addLogVerbs(CLI::App& app, Action& chosen) {
+  CLI::App* log = app.add_subcommand("log", "The error logs of the suite");
+  log->require_subcommand(1);
+  auto options = std::make_shared<Options>();
+
+  CLI::App* command =
+      addLogVerb(log, options, "show", "Print the lines that match, with the operations' names");
+  command->add_flag("--json", options->json, "Print JSON");
+  command->callback([&chosen, options] { chosen = [options] { return show(*options); }; });
+
+  command = addLogVerb(log, options, "stats", "Count errors, users and projects");
+  command->add_flag("--json", options->json, "Print JSON");
+  command->callback([&chosen, options] { chosen = [options] { return stats(*options); }; });
+
+  command = addLogVerb(log, options, "follow", "Print new lines as they are written");
+  command->add_option("--seconds", options->seconds, "End after this time; 0: never")
+      ->check(CLI::NonNegativeNumber);
+  command->add_flag("--json", options->json, "Print JSON, an object a line");
+  command->callback([&chosen, options] { chosen = [options] { return follow(*options); }; });
+}
+
+}  // namespace kpx::tool

@@ -1,0 +1,424 @@
+#include <algorithm>
+#include <charconv>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "kpx/platform/Registry.h"
+#include "kpx/support/RegistrySnapshot.h"
+#include "kpx/support/RegistryText.h"
+#include "tools/kpx/Input.h"
+#include "tools/kpx/Output.h"
+#include "tools/kpx/Verbs.h"
+
+namespace kpx::tool {
+namespace {
+
+struct Arguments {
+  std::string key;
+  std::string other;  // the second side of a comparison
+  std::string name;
+  std::string value;
+  std::string type;
+  std::string file;
+  bool hasName = false;
+  bool hasValue = false;
+  bool tree = false;
+  bool json = false;
+};
+
+// --- keys and failures ------------------------------------------------------------------------
+
+struct KeyPlace {
+  RegistryRoot root = RegistryRoot::currentUser;
+  CString path;
+};
+
+KeyPlace placeOf(const std::string& key) {
+  KeyPlace place;
+  if (!parseRegistryKey(given(key), place.root, place.path)) {
+    throw Failure(Exit::usage, key +
+                                   ": a key begins with HKEY_CURRENT_USER or HKEY_LOCAL_MACHINE, "
+                                   "HKCU or HKLM for short");
+  }
+  return place;
+}
+
+[[noreturn]] void fail(const RegistryResult& result, const std::string& what, Exit otherwise) {
+  const bool isMissing = result.status == RegistryStatus::notFound;
+  const bool isWrong = result.status == RegistryStatus::badName;
+  throw Failure(isMissing ? Exit::no
+                : isWrong ? Exit::usage
+                          : otherwise,
+                what + ": " + shown(result.message()));
+}
+
+std::unique_ptr<RegistryKey> openKey(const std::string& name) {
+  const KeyPlace place = placeOf(name);
+  std::unique_ptr<RegistryKey> key;
+  const RegistryResult result = registry().open(place.root, place.path, RegistryAccess::read, key);
+  if (!result) fail(result, name, Exit::input);
+  return key;
+}
+
+/// How messages name a value.
+std::string valueText(const Arguments& arguments) {
+  return arguments.key + ", " +
+         (arguments.name.empty() ? "default value" : "value '" + arguments.name + "'");
+}
+
+// --- values as people write them --------------------------------------------------------------
+
+std::string typeText(RegistryType type) {
+  switch (type) {
+    case RegistryType::string:
+      return "string";
+    case RegistryType::binary:
+      return "binary";
+    case RegistryType::dword:
+      return "dword";
+    case RegistryType::expandString:
+      return "expand";
+    default:
+      return "type " + std::to_string(static_cast<std::uint32_t>(type));
+  }
+}
+
+/// The text, the number, or the bytes in hexadecimal digits.
+std::string contentText(const RegistryValue& value) {
+  CString text;
+  std::uint32_t number = 0;
+  if (value.asText(text)) return shown(text);
+  if (value.asNumber(number)) return std::to_string(number);
+  std::string digits;
+  for (const char byte : value.bytes) {
+    const auto code = static_cast<unsigned char>(byte);
+    if (!digits.empty()) digits += ' ';
+    digits += "0123456789abcdef"[code >> 4];
+    digits += "0123456789abcdef"[code & 15];
+  }
+  return digits;
+}
+
+bool parseNumber(std::string_view text, std::uint32_t& number) {
+  const bool isHex = text.starts_with("0x") || text.starts_with("0X");
+  if (isHex) text.remove_prefix(2);
+  const char* const end = text.data() + text.size();
+  const auto [read, error] = std::from_chars(text.data(), end, number, isHex ? 16 : 10);
+  return error == std::errc() && read == end;
+}
+
+bool parseBytes(std::string_view text, std::string& bytes) {
+  while (!text.empty()) {
+    if (text.front() == ' ' || text.front() == ',') {
+      text.remove_prefix(1);
+      continue;
+    }
+    unsigned byte = 0;
+    const char* const end = text.data() + std::min<std::size_t>(2, text.size());
+    const auto [read, error] = std::from_chars(text.data(), end, byte, 16);
+    if (error != std::errc() || read != text.data() + 2) return false;
+    bytes += static_cast<char>(byte);
+    text.remove_prefix(2);
+  }
+  return true;
+}
+
+RegistryValue valueOf(const std::string& text, RegistryType type) {
+  RegistryValue value = RegistryValue::ofText(given(text));
+  std::uint32_t number = 0;
+  switch (type) {
+    case RegistryType::string:
+    case RegistryType::expandString:
+      break;
+    case RegistryType::dword:
+      if (!parseNumber(text, number)) {
+        throw Failure(Exit::usage, "'" + text + "' is no number from 0 to 4294967295");
+      }
+      return RegistryValue::ofNumber(number);
+    case RegistryType::binary:
+      value.bytes.clear();
+      if (!parseBytes(text, value.bytes)) {
+        throw Failure(Exit::usage, "'" + text + "' is not made of bytes of two hexadecimal digits");
+      }
+      break;
+    default:
+      throw Failure(Exit::usage, "the value has " + typeText(type) + "; --type gives it another");
+  }
+  value.type = type;
+  return value;
+}
+
+// --- get, set, del, list ----------------------------------------------------------------------
+
+Exit get(const Arguments& arguments) {
+  RegistryValue value;
+  const RegistryResult result = openKey(arguments.key)->read(given(arguments.name), value);
+  if (!result) fail(result, valueText(arguments), Exit::input);
+  if (arguments.json) {
+    printJson(Json{{"type", typeText(value.type)}, {"value", contentText(value)}});
+  } else {
+    print(contentText(value) + "\n");
+  }
+  return Exit::success;
+}
+
+/// The type to write: the one that is asked for, else the one that the value has now.
+RegistryType typeFor(const Arguments& arguments, const KeyPlace& place) {
+  if (arguments.type == "string") return RegistryType::string;
+  if (arguments.type == "dword") return RegistryType::dword;
+  if (arguments.type == "binary") return RegistryType::binary;
+  std::unique_ptr<RegistryKey> key;
+  RegistryValue value = RegistryValue::ofText({});
+  if (registry().open(place.root, place.path, RegistryAccess::read, key)) {
+    key->read(given(arguments.name), value);
+  }
+  return value.type;
+}
+
+Exit set(const Arguments& arguments) {
+  const KeyPlace place = placeOf(arguments.key);
+  if (arguments.hasName && !arguments.hasValue) {
+    throw Failure(Exit::usage, "the value to set is missing");
+  }
+  RegistryChange change;
+  change.key = place.path;
+  if (arguments.hasName) {
+    change.kind = RegistryChange::Kind::write;
+    change.name = given(arguments.name);
+    change.value = valueOf(arguments.value, typeFor(arguments, place));
+  }
+  std::size_t reached = 0;
+  const RegistryResult result = registry().change(place.root, {&change, 1}, reached);
+  if (!result) fail(result, arguments.key, Exit::notWritten);
+  return Exit::success;
+}
+
+Exit remove(const Arguments& arguments) {
+  const KeyPlace place = placeOf(arguments.key);
+  if (arguments.hasName) {
+    std::unique_ptr<RegistryKey> key;
+    RegistryResult result = registry().open(place.root, place.path, RegistryAccess::readWrite, key);
+    if (!result) fail(result, arguments.key, Exit::notWritten);
+    result = key->removeValue(given(arguments.name));
+    if (!result) fail(result, valueText(arguments), Exit::notWritten);
+    return Exit::success;
+  }
+  const RegistryResult result = arguments.tree ? registry().removeTree(place.root, place.path)
+                                               : registry().remove(place.root, place.path);
+  if (result.status == RegistryStatus::hasSubkeys) {
+    throw Failure(Exit::no, arguments.key + ": there are keys below it; --tree removes them too");
+  }
+  if (!result) fail(result, arguments.key, Exit::notWritten);
+  return Exit::success;
+}
+
+Exit list(const Arguments& arguments) {
+  const std::unique_ptr<RegistryKey> key = openKey(arguments.key);
+  std::vector<CString> keys;
+  std::vector<CString> names;
+  RegistryResult result = key->keyNames(keys);
+  if (result) result = key->valueNames(names);
+  if (!result) fail(result, arguments.key, Exit::input);
+  Json report{{"keys", Json::array()}, {"values", Json::array()}};
+  std::string text;
+  for (const CString& name : keys) {
+    report["keys"].push_back(shown(name));
+    text += shownOnOneLine(name) + "\\\n";
+  }
+  for (const CString& name : names) {
+    RegistryValue value;
+    result = key->read(name, value);
+    if (result.status == RegistryStatus::notFound) continue;
+    if (!result) fail(result, arguments.key + ", value '" + shown(name) + "'", Exit::input);
+    const std::string content = contentText(value);
+    report["values"].push_back(
+        {{"name", shown(name)}, {"type", typeText(value.type)}, {"value", content}});
+    text += (name.IsEmpty() ? "@" : shownOnOneLine(name)) + " (" + typeText(value.type) +
+            ") = " + shownOnOneLine(CString::fromUtf8(content)) + "\n";
+  }
+  if (arguments.json) {
+    printJson(report);
+  } else {
+    print(text);
+  }
+  return Exit::success;
+}
+
+// --- the text form ----------------------------------------------------------------------------
+
+std::string placeOf(const std::string& file, const RegistryTextProblem& problem) {
+  const std::string line = problem.line != 0 ? ":" + std::to_string(problem.line) : "";
+  return file + line + ": " + shown(problem.message);
+}
+
+CString textOf(const std::vector<RegistryStep>& steps) {
+  CString text;
+  if (!writeRegistryText(steps, text)) {
+    throw Failure(Exit::input,
+                  "a key has a line break in its name, for which there is no text form");
+  }
+  return text;
+}
+
+Json jsonOf(const std::vector<RegistryStep>& steps) {
+  constexpr const char* actions[] = {"create_key", "remove_key", "write", "remove_value"};
+  Json list = Json::array();
+  for (const RegistryStep& step : steps) {
+    const RegistryChange& change = step.change;
+    Json entry{{"action", actions[static_cast<int>(change.kind)]},
+               {"key", shown(registryKeyText(step.root, change.key))}};
+    const bool isWrite = change.kind == RegistryChange::Kind::write;
+    if (isWrite || change.kind == RegistryChange::Kind::removeValue) {
+      entry["name"] = shown(change.name);
+    }
+    if (isWrite) {
+      entry["type"] = typeText(change.value.type);
+      entry["value"] = contentText(change.value);
+    }
+    list.push_back(std::move(entry));
+  }
+  return list;
+}
+
+Exit exportKey(const Arguments& arguments) {
+  const KeyPlace place = placeOf(arguments.key);
+  RegistrySnapshot snapshot;
+  const RegistryResult result = snapshot.add(place.root, place.path);
+  if (!result) fail(result, arguments.key, Exit::input);
+  const std::vector<RegistryStep> steps = snapshot.steps();
+  if (arguments.json) {
+    if (!arguments.file.empty()) {
+      throw Failure(Exit::usage, "--json prints, so no file can be meant");
+    }
+    printJson(jsonOf(steps));
+    return Exit::success;
+  }
+  const CString text = textOf(steps);
+  if (arguments.file.empty() || arguments.file == "-") {
+    print(shown(text));
+  } else {
+    replaceOrFail(arguments.file, registryTextBytes(text));
+  }
+  return Exit::success;
+}
+
+Exit importFile(const Arguments& arguments) {
+  const Input input = readInput(arguments.file);
+  RegistryTextProblem problem;
+  std::vector<RegistryStep> steps;
+  if (!readRegistryText(input.bytes(), steps, problem)) {
+    throw Failure(Exit::input, placeOf(input.name, problem) + "; nothing was imported");
+  }
+  if (!importRegistryText(input.bytes(), problem)) {
+    throw Failure(Exit::notWritten, placeOf(input.name, problem));
+  }
+  return Exit::success;
+}
+
+RegistrySnapshot snapshotOf(const std::string& side) {
+  RegistrySnapshot snapshot;
+  KeyPlace place;
+  if (parseRegistryKey(given(side), place.root, place.path)) {
+    const RegistryResult result = snapshot.add(place.root, place.path);
+    // A key that is not there has nothing in it.
+    if (!result && result.status != RegistryStatus::notFound) fail(result, side, Exit::input);
+    return snapshot;
+  }
+  const Input input = readInput(side);
+  RegistryTextProblem problem;
+  std::vector<RegistryStep> steps;
+  if (!readRegistryText(input.bytes(), steps, problem)) {
+    throw Failure(Exit::input, placeOf(input.name, problem));
+  }
+  for (const RegistryStep& step : steps) snapshot.apply(step);
+  return snapshot;
+}
+
+Exit diff(const Arguments& arguments) {
+  const std::vector<RegistryStep> steps =
+      snapshotOf(arguments.key).stepsTo(snapshotOf(arguments.other));
+  if (arguments.json) {
+    printJson(jsonOf(steps));
+  } else if (!steps.empty()) {
+    print(shown(textOf(steps)));
+  }
+  return steps.empty() ? Exit::success : Exit::no;
+}
+
+}  // namespace
+
+void addRegistryVerbs(CLI::App& app, Action& chosen) {
+  CLI::App* verbs = app.add_subcommand("registry", "Read, change, export and import the registry");
+  verbs->require_subcommand(1);
+
+  const auto add = [&](const char* name, const char* description, Exit (*verb)(const Arguments&)) {
+    auto arguments = std::make_shared<Arguments>();
+    CLI::App* command = verbs->add_subcommand(name, description);
+    command->callback(
+        [&chosen, arguments, verb] { chosen = [arguments, verb] { return verb(*arguments); }; });
+    return std::pair(command, arguments);
+  };
+  const auto addKey = [&](const char* name, const char* description,
+                          Exit (*verb)(const Arguments&)) {
+    auto added = add(name, description, verb);
+    added.first
+        ->add_option("KEY", added.second->key,
+                     R"(Key, for example HKEY_CURRENT_USER\Software\KPX\Settings or HKCU\Software)")
+        ->required();
+    return added;
+  };
+  const auto addName = [](const std::pair<CLI::App*, std::shared_ptr<Arguments>>& added,
+                          const char* help) {
+    const auto arguments = added.second;
+    added.first->add_option_function<std::string>(
+        "NAME",
+        [arguments](const std::string& name) {
+          arguments->name = name;
+          arguments->hasName = true;
+        },
+        help);
+  };
+
+  const auto getter = addKey("get", "Print a value", &get);
+  addName(getter, "Value; the key's default value without it");
+  getter.first->add_flag("--json", getter.second->json, "Print JSON, with the type");
+
+  const auto setter = addKey("set", "Set a value, and create its key where it is missing", &set);
+  addName(setter, "Value, \"\" for the default one; without it only the key is created");
+  const auto values = setter.second;
+  setter.first->add_option_function<std::string>(
+      "VALUE",
+      [values](const std::string& value) {
+        values->value = value;
+        values->hasValue = true;
+      },
+      "Text, number (0x… too) or bytes (2c 00 ff); -- in front of one that begins with -");
+  setter.first->add_option("--type", setter.second->type, "Without it the present one, else string")
+      ->check(CLI::IsMember({"string", "dword", "binary"}));
+
+  const auto remover = addKey("del", "Remove a value, or a key with its values", &remove);
+  addName(remover, "Value, \"\" for the default one; without it the key is removed");
+  remover.first->add_flag("--tree", remover.second->tree, "Also the keys below the key");
+
+  const auto lister = addKey("list", "Print the keys directly below a key and its values", &list);
+  lister.first->add_flag("--json", lister.second->json, "Print JSON");
+
+  const auto exporter = addKey(
+      "export", "Write a key with all below it in the registry editor's text form", &exportKey);
+  exporter.first->add_option("FILE", exporter.second->file,
+                             "File, in UTF-16; without it standard output, in UTF-8");
+  exporter.first->add_flag("--json", exporter.second->json, "Print JSON");
+  const auto importer = add(
+      "import", "Carry out a file of the registry editor, if nothing in it is wrong", &importFile);
+  importer.first->add_option("FILE", importer.second->file, "File, or - for standard input")
+      ->required();
+  const auto differ =
+      add("diff", "Print what makes the first into the second, in the text form", &diff);
+  differ.first->add_option("A", differ.second->key, "Key or file")->required();
+  differ.first->add_option("B", differ.second->other, "Key or file")->required();
+  differ.first->add_flag("--json", differ.second->json, "Print JSON");
+}
+
+}  // namespace kpx::tool

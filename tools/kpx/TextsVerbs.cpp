@@ -1,0 +1,276 @@
+#include <algorithm>
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "kpx/context/TextStart.h"
+#include "kpx/platform/FileSystem.h"
+#include "kpx/support/TextCheck.h"
+#include "kpx/support/TextStore.h"
+#include "kpx/support/TextTable.h"
+#include "kpx/text/TextTools.h"
+#include "tools/kpx/Input.h"
+#include "tools/kpx/Output.h"
+#include "tools/kpx/TextLists.h"
+#include "tools/kpx/Verbs.h"
+
+namespace kpx::tool {
+namespace {
+
+struct Arguments {
+  std::int32_t id = 0;
+  std::vector<std::string> files;
+  std::string file;
+  std::string output;
+  std::string german;  // empty: the built-in texts
+  std::string language;
+  std::string title;
+  TextRoom room;
+  bool json = false;
+};
+
+std::string lineOf(std::int32_t id, const CString& text) {
+  return std::to_string(id) + "\t" + shown(escapedText(text)) + "\n";
+}
+
+// --- get ------------------------------------------------------------------------------------
+
+/// "ENG" and "ENG.LNG" mean what "English [ENG.LNG]" means; "DEU" means German.
+CString languageValue(const std::string& argument) {
+  CString language = given(argument);
+  if (language.Find(u'[') >= 0) return language;
+  if (language.CompareNoCase(u"DEU") == 0) return {};
+  if (language.Find(u'.') < 0) language = language.MakeUpper() + CString(u".LNG");
+  return CString(u"[") + language + u']';
+}
+
+/// The texts as a program of the suite has them. A language that was asked for has to be there.
+void useLanguage(const CString& language, bool askedFor) {
+  const CString file = joinPath(textFolder(), languageFileName(language));
+  if (askedFor && !language.IsEmpty() && !fileSystem().exists(file)) {
+    throw Failure(Exit::input, shown(file) + ": there is no such language file");
+  }
+  if (initTexts(language) == 0) {
+    throw Failure(Exit::input, shown(file) + ": it or the English one cannot be read to its end");
+  }
+}
+
+Exit get(const Arguments& arguments) {
+  if (!arguments.files.empty()) {
+    for (const std::string& file : arguments.files) {
+      for (const TextEntry& entry : requireTexts(file).entries) {
+        CString text = entry.text;
+        text.Replace(u"\r\n", u"\n");
+        if (!text.IsEmpty()) AddMLT(entry.id, std::move(text));
+      }
+    }
+  } else {
+    const bool askedFor = !arguments.language.empty();
+    useLanguage(askedFor ? languageValue(arguments.language) : chosenLanguage(), askedFor);
+  }
+  const CString& text = GetMLT(arguments.id);
+  if (arguments.json) {
+    printJson({{"id", arguments.id}, {"text", shown(text)}});
+  } else if (!text.IsEmpty()) {
+    print(shown(text) + "\n");
+  }
+  if (!text.IsEmpty()) return Exit::success;
+  if (!arguments.json) complain("there is no text " + std::to_string(arguments.id));
+  return Exit::no;
+}
+
+// --- build, dump ----------------------------------------------------------------------------
+
+Exit build(const Arguments& arguments) {
+  TextList list = requireTexts(arguments.file);
+  if (!arguments.title.empty()) list.title = given(arguments.title);
+  const std::string bytes = languageFileBytes(list);
+  if (arguments.output == "-") {
+    print(bytes);
+  } else {
+    replaceOrFail(arguments.output, bytes);
+  }
+  return Exit::success;
+}
+
+Exit dump(const Arguments& arguments) {
+  const ReadTexts read = readTexts(arguments.file);
+  if (arguments.json) {
+    printJson(jsonOf(read.list));
+  } else {
+    print(textTableBytes(read.list));
+  }
+  for (const std::string& problem : read.problems) complain(problem);
+  return read.problems.empty() ? Exit::success : Exit::input;
+}
+
+// --- check ----------------------------------------------------------------------------------
+
+Exit checkFile(const std::string& file, const TextList* german, const Arguments& arguments,
+               Json& report) {
+  Json entry{{"file", file}};
+  Json findings = Json::array();
+  Exit exit = Exit::success;
+  try {
+    const ReadTexts read = readTexts(file);
+    entry["file"] = read.name;
+    for (const std::string& problem : read.problems) {
+      if (!arguments.json) print(problem + "\n");
+      findings.push_back({{"message", problem}});
+      exit = Exit::input;
+    }
+    const std::vector<TextFinding> found =
+        german ? checkTexts(read.list, *german, arguments.room) : checkTexts(read.list);
+    for (const TextFinding& finding : found) {
+      const std::string message = shown(describe(finding.kind));
+      if (!arguments.json) {
+        print(read.name + ": entry " + std::to_string(finding.index + 1) + ", text " +
+              std::to_string(finding.id) + ": " + message + "\n");
+      }
+      findings.push_back({{"entry", finding.index + 1},
+                          {"id", finding.id},
+                          {"message", message},
+                          {"text", shown(read.list.entries[finding.index].text)}});
+      exit = std::max(exit, Exit::no);
+    }
+    if (!arguments.json && exit == Exit::success) print(read.name + ": nothing to object to\n");
+  } catch (const Failure& failure) {
+    complain(failure.what());
+    entry["error"] = failure.what();
+    exit = failure.code();
+  }
+  entry["findings"] = std::move(findings);
+  report.push_back(std::move(entry));
+  return exit;
+}
+
+Exit check(const Arguments& arguments) {
+  Json report = Json::array();
+  Exit exit = Exit::success;
+  if (arguments.files.empty()) {
+    exit = checkFile(arguments.german, nullptr, arguments, report);
+  } else {
+    const TextList german = requireTexts(arguments.german);
+    for (const std::string& file : arguments.files) {
+      exit = std::max(exit, checkFile(file, &german, arguments, report));
+    }
+  }
+  if (arguments.json) printJson(report);
+  return exit;
+}
+
+// --- coverage, diff -------------------------------------------------------------------------
+
+Exit coverage(const Arguments& arguments) {
+  const TextList german = requireTexts(arguments.german);
+  Json report = Json::array();
+  for (const std::string& file : arguments.files) {
+    const TextCoverage found = coverageOf(requireTexts(file), german);
+    CString line;
+    line.Format(u"%.1f %%, %zu of %zu texts, %zu of them as in German, %zu missing, %zu unknown",
+                found.percent(), found.translated, found.germanIds, found.sameAsGerman,
+                found.missing.size(), found.unknown.size());
+    if (!arguments.json) print(file + ": " + shown(line) + "\n");
+    report.push_back({{"file", file},
+                      {"percent", found.percent()},
+                      {"german", found.germanIds},
+                      {"translated", found.translated},
+                      {"sameAsGerman", found.sameAsGerman},
+                      {"missing", found.missing},
+                      {"unknown", found.unknown}});
+  }
+  if (arguments.json) printJson(report);
+  return Exit::success;
+}
+
+Exit diff(const Arguments& arguments) {
+  const std::vector<TextDifference> differences =
+      differencesOf(requireTexts(arguments.files[0]), requireTexts(arguments.files[1]));
+  Json report = Json::array();
+  for (const TextDifference& difference : differences) {
+    Json entry{{"id", difference.id}, {"before", nullptr}, {"after", nullptr}};
+    if (!difference.before.IsEmpty()) entry["before"] = shown(difference.before);
+    if (!difference.after.IsEmpty()) entry["after"] = shown(difference.after);
+    report.push_back(std::move(entry));
+    if (arguments.json) continue;
+    if (!difference.before.IsEmpty()) print("- " + lineOf(difference.id, difference.before));
+    if (!difference.after.IsEmpty()) print("+ " + lineOf(difference.id, difference.after));
+  }
+  if (arguments.json) printJson(report);
+  return differences.empty() ? Exit::success : Exit::no;
+}
+
+}  // namespace
+
+void addTextsVerbs(CLI::App& app, Action& chosen) {
+  CLI::App* texts = app.add_subcommand("texts", "Show, build and check the texts and languages");
+  texts->require_subcommand(1);
+  texts->footer(
+      "A list of texts is a language file (.LNG), a tab-separated list (id, tab, text; \\n is a\n"
+      "line break, \\t a tab, \\\\ a backslash, \\uXXXX a UTF-16 unit), or JSON as dump --json\n"
+      "prints it; \"\" is the built-in German list.");
+
+  const auto add = [&](const char* name, const char* description, Exit (*verb)(const Arguments&)) {
+    auto arguments = std::make_shared<Arguments>();
+    CLI::App* command = texts->add_subcommand(name, description);
+    command->callback(
+        [&chosen, arguments, verb] { chosen = [arguments, verb] { return verb(*arguments); }; });
+    return std::pair(command, arguments);
+  };
+  const auto addJson = [](const auto& added) {
+    added.first->add_flag("--json", added.second->json, "Print JSON");
+  };
+  const auto addGerman = [](const auto& added) {
+    added.first->add_option("--german", added.second->german,
+                            "List of German texts in place of the built-in ones");
+  };
+
+  const auto getter = add("get", "Print a text as the suite shows it to this user", &get);
+  getter.first->add_option("ID", getter.second->id, "Number of the text")->required();
+  CLI::Option* over = getter.first->add_option(
+      "FILE", getter.second->files, "Lists to lay over the built-in texts, in place of a language");
+  getter.first
+      ->add_option("--language", getter.second->language,
+                   "Language in place of the user's: ENG, ENG.LNG, \"English [ENG.LNG]\"; DEU is "
+                   "German")
+      ->excludes(over);
+  addJson(getter);
+
+  const auto builder = add("build", "Make a language file of a list", &build);
+  builder.first->add_option("LIST", builder.second->file, "List, or - for standard input")
+      ->required();
+  builder.first
+      ->add_option("LNG", builder.second->output, "Language file, or - for standard output")
+      ->required();
+  builder.first->add_option("--title", builder.second->title, "Title in place of the list's");
+
+  const auto dumper = add("dump", "Print a list tab-separated, without loss", &dump);
+  dumper.first->add_option("FILE", dumper.second->file,
+                           "List, or - for standard input; without it, the built-in texts");
+  addJson(dumper);
+
+  const auto checker = add("check", "Compare lists with the German texts, text by text", &check);
+  checker.first->add_option("FILE", checker.second->files,
+                            "Lists, or - for standard input; without any, the German texts alone");
+  addGerman(checker);
+  checker.first
+      ->add_option("--room", checker.second->room.percent,
+                   "Longest line in percent of the German text's")
+      ->capture_default_str()
+      ->check(CLI::Range(1, 10000));
+  addJson(checker);
+
+  const auto coverer = add("coverage", "Print how many of the German texts lists hold", &coverage);
+  coverer.first->add_option("FILE", coverer.second->files, "Lists, or - for standard input")
+      ->required();
+  addGerman(coverer);
+  addJson(coverer);
+
+  const auto differ =
+      add("diff", "Print what two lists say differently; exit code 1 if they do", &diff);
+  differ.first->add_option("FILE", differ.second->files, "Two lists")->required()->expected(2);
+  addJson(differ);
+}
+
+}  // namespace kpx::tool

@@ -1,0 +1,138 @@
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "kpx/support/TimerReport.h"
+#include "tools/kpx/Input.h"
+#include "tools/kpx/Output.h"
+#include "tools/kpx/Verbs.h"
+
+namespace kpx::tool {
+namespace {
+
+struct Arguments {
+  std::string file;
+  bool json = false;
+};
+
+using Reports = std::vector<std::vector<TimerLine>>;
+
+Reports readReports(const std::string& file) {
+  const Input input = readInput(file);
+  Reports reports;
+  const int line = readTimerCsv(CString::fromUtf8(input.bytes()), reports);
+  if (line != 0) {
+    throw Failure(Exit::input, placeOf(input.name, {line, 1, "this is no line of a timer report"}));
+  }
+  for (std::vector<TimerLine>& report : reports) {
+    std::ranges::stable_sort(report, std::ranges::greater(), &TimerLine::milliseconds);
+  }
+  return reports;
+}
+
+double totalOf(const std::vector<TimerLine>& report) {
+  double total = 0;
+  for (const TimerLine& timer : report) total += timer.milliseconds;
+  return total;
+}
+
+Exit show(const Arguments& arguments) {
+  const Reports reports = readReports(arguments.file);
+  Json json = Json::array();
+  CString text;
+  int number = 0;
+  for (const std::vector<TimerLine>& report : reports) {
+    ++number;
+    if (reports.size() > 1) {
+      text.AppendFormat(u"%sReport %d of %d\n", number > 1 ? u"\n" : u"", number,
+                        static_cast<int>(reports.size()));
+    }
+    int width = 5;
+    for (const TimerLine& timer : report) width = std::max(width, timer.name.GetLength());
+    width = std::min(width, 60);
+    text.AppendFormat(u"%-*s %14s %7s %10s %14s\n", width, u"Timer", u"Time (ms)", u"Share",
+                      u"Calls", u"ms per call");
+    const double total = totalOf(report);
+    Json timers = Json::array();
+    for (const TimerLine& timer : report) {
+      const double share = total > 0 ? timer.milliseconds / total * 100 : 0.0;
+      const double perCall = timer.calls > 0 ? timer.milliseconds / timer.calls : 0.0;
+      text.AppendFormat(u"%-*s %14.3f %6.1f%% %10d %14.6f%s\n", width,
+                        CString::fromUtf8(shownOnOneLine(timer.name)), timer.milliseconds, share,
+                        timer.calls, perCall, timer.running ? u"  running" : u"");
+      timers.push_back({{"name", shown(timer.name)},
+                        {"milliseconds", timer.milliseconds},
+                        {"calls", timer.calls},
+                        {"running", timer.running}});
+    }
+    json.push_back({{"timers", std::move(timers)}});
+  }
+  if (arguments.json) {
+    printJson(json);
+  } else {
+    print(shown(text));
+  }
+  return Exit::success;
+}
+
+/// One row for each timer, longest first, with a bar as long as its runs together: the report does
+/// not tell when they were. Each report of the file is a process of its own.
+Exit trace(const Arguments& arguments) {
+  Json events = Json::array();
+  int process = 0;
+  for (const std::vector<TimerLine>& report : readReports(arguments.file)) {
+    ++process;
+    events.push_back({{"name", "process_name"},
+                      {"ph", "M"},
+                      {"pid", process},
+                      {"args", {{"name", "Report " + std::to_string(process)}}}});
+    int row = 0;
+    for (const TimerLine& timer : report) {
+      ++row;
+      const std::string name = shown(timer.name);
+      events.push_back({{"name", "thread_name"},
+                        {"ph", "M"},
+                        {"pid", process},
+                        {"tid", row},
+                        {"args", {{"name", name}}}});
+      events.push_back({{"name", "thread_sort_index"},
+                        {"ph", "M"},
+                        {"pid", process},
+                        {"tid", row},
+                        {"args", {{"sort_index", row}}}});
+      constexpr double microsecondsPerMillisecond = 1000.0;
+      events.push_back({{"name", name},
+                        {"ph", "X"},
+                        {"pid", process},
+                        {"tid", row},
+                        {"ts", 0},
+                        {"dur", timer.milliseconds * microsecondsPerMillisecond},
+                        {"args", {{"calls", timer.calls}, {"running", timer.running}}}});
+    }
+  }
+  printJson({{"traceEvents", std::move(events)}, {"displayTimeUnit", "ms"}});
+  return Exit::success;
+}
+
+}  // namespace
+
+void addTimersVerbs(CLI::App& app, Action& chosen) {
+  CLI::App* timers = app.add_subcommand("timers", "Show timer reports in CSV");
+  timers->require_subcommand(1);
+
+  const auto add = [&](const char* name, const char* description, Exit (*verb)(const Arguments&)) {
+    auto arguments = std::make_shared<Arguments>();
+    CLI::App* command = timers->add_subcommand(name, description);
+    command->add_option("CSV", arguments->file, "Timer report, or - for standard input")
+        ->required();
+    command->callback(
+        [&chosen, arguments, verb] { chosen = [arguments, verb] { return verb(*arguments); }; });
+    return std::pair(command, arguments);
+  };
+  const auto shower = add("show", "Print a table, longest first", &show);
+  shower.first->add_flag("--json", shower.second->json, "Print JSON");
+  add("trace", "Print trace events in JSON for the trace viewer of a browser", &trace);
+}
+
+}  // namespace kpx::tool
