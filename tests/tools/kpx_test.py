@@ -494,6 +494,12 @@ class ConvertTest(ToolTest):
 
 
 class BadInputTest(ToolTest):
+    def test_a_mistyped_verb_is_named(self):
+        for arguments in (("confg",), ("config", "shw", "x"), ("ini", "sett"), ("texts", "gett")):
+            _, err = self.answers(2, *arguments)
+            self.assertIn(f"'{arguments[len(arguments) > 1]}' is no verb", err)
+        self.assertIn("a verb is missing", self.answers(2, "xml")[1])
+
     def test_bad_files_give_one_message_and_the_right_code(self):
         good = self.file.read_bytes()
         cases = {

@@ -208,15 +208,7 @@ Exit convertFile(const Arguments& arguments) {
 
 void addConfigVerbs(CLI::App& app, Action& chosen) {
   CLI::App* config = app.add_subcommand("config", "Show, change and compare configurations");
-  config->require_subcommand(0, 1);
-  config->allow_extras();
-  config->callback([config] {
-    if (!config->remaining().empty()) {
-      throw CLI::ExtrasError("kpx config", {config->remaining().front() + " is no verb; --help "
-                                                                          "names them"});
-    }
-    if (config->get_subcommands().empty()) throw CLI::RequiredError::Subcommand(1);
-  });
+  requireVerb(*config);
   const auto add = [&](const char* name, const char* description, Exit (*verb)(const Arguments&)) {
     auto arguments = std::make_shared<Arguments>();
     CLI::App* command = config->add_subcommand(name, description);

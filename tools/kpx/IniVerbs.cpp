@@ -169,7 +169,7 @@ Exit check(const Arguments& arguments) {
 
 void addIniVerbs(CLI::App& app, Action& chosen) {
   CLI::App* ini = app.add_subcommand("ini", "Read, change and check INI files");
-  ini->require_subcommand(1);
+  requireVerb(*ini);
 
   const auto add = [&](const char* name, const char* description, Exit (*verb)(const Arguments&)) {
     auto arguments = std::make_shared<Arguments>();

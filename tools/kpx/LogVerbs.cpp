@@ -280,7 +280,7 @@ CLI::App* addLogVerb(CLI::App* log, const std::shared_ptr<Options>& options, con
 
 void addLogVerbs(CLI::App& app, Action& chosen) {
   CLI::App* log = app.add_subcommand("log", "The error logs of the suite");
-  log->require_subcommand(1);
+  requireVerb(*log);
   auto options = std::make_shared<Options>();
 
   CLI::App* command =

@@ -121,7 +121,7 @@ Exit showCode(const std::string& wanted, bool json) {
 
 void addNasVerbs(CLI::App& app, Action& chosen) {
   CLI::App* nas = app.add_subcommand("nas", "The cadastral exchange format NAS");
-  nas->require_subcommand(1);
+  requireVerb(*nas);
   auto json = std::make_shared<bool>(false);
   auto wanted = std::make_shared<std::string>();
 

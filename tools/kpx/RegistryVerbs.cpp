@@ -351,7 +351,7 @@ Exit diff(const Arguments& arguments) {
 
 void addRegistryVerbs(CLI::App& app, Action& chosen) {
   CLI::App* verbs = app.add_subcommand("registry", "Read, change, export and import the registry");
-  verbs->require_subcommand(1);
+  requireVerb(*verbs);
 
   const auto add = [&](const char* name, const char* description, Exit (*verb)(const Arguments&)) {
     auto arguments = std::make_shared<Arguments>();

@@ -205,7 +205,7 @@ Exit diff(const Arguments& arguments) {
 
 void addTextsVerbs(CLI::App& app, Action& chosen) {
   CLI::App* texts = app.add_subcommand("texts", "Show, build and check the texts and languages");
-  texts->require_subcommand(1);
+  requireVerb(*texts);
   texts->footer(
       "A list of texts is a language file (.LNG), a tab-separated list (id, tab, text; \\n is a\n"
       "line break, \\t a tab, \\\\ a backslash, \\uXXXX a UTF-16 unit), or JSON as dump --json\n"

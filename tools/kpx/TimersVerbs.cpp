@@ -119,7 +119,7 @@ Exit trace(const Arguments& arguments) {
 
 void addTimersVerbs(CLI::App& app, Action& chosen) {
   CLI::App* timers = app.add_subcommand("timers", "Show timer reports in CSV");
-  timers->require_subcommand(1);
+  requireVerb(*timers);
 
   const auto add = [&](const char* name, const char* description, Exit (*verb)(const Arguments&)) {
     auto arguments = std::make_shared<Arguments>();

@@ -10,6 +10,9 @@ namespace kpx::tool {
 /// The verb that the command line chose, with its arguments bound.
 using Action = std::function<Exit()>;
 
+/// Makes a group of verbs demand one of them, and name one that it does not have.
+void requireVerb(CLI::App& group);
+
 // Each adds one family of verbs to the application; parsing the command line fills the action.
 void addConfigVerbs(CLI::App& app, Action& chosen);
 void addClassesVerbs(CLI::App& app, Action& chosen);

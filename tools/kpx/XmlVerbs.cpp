@@ -193,7 +193,7 @@ Exit format(const Arguments& arguments) {
 
 void addXmlVerbs(CLI::App& app, Action& chosen) {
   CLI::App* xml = app.add_subcommand("xml", "Check, measure and format XML files");
-  xml->require_subcommand(1);
+  requireVerb(*xml);
 
   const auto add = [&](const char* name, const char* description, const char* fileHelp,
                        Exit (*verb)(const Arguments&), bool severalFiles) {

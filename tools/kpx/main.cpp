@@ -1,5 +1,6 @@
 #include <CLI/CLI.hpp>
 #include <exception>
+#include <iostream>
 #include <new>
 
 #include "kpx/support/TextStore.h"
@@ -32,7 +33,7 @@ int runProgram(int argc, char** argv) {
       "suite.",
       "kpx");
   app.set_version_flag("--version", std::string("kpx ") + KPX_VERSION);
-  app.require_subcommand(1);
+  requireVerb(app);
   app.footer(
       "A file named - is standard input, but for archives. Data goes to standard output, all\n"
       "else to standard error. Exit codes: 0 success, equal or clean; 1 the answer is no\n"
@@ -54,7 +55,9 @@ int runProgram(int argc, char** argv) {
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? 0 : static_cast<int>(Exit::usage);
+    if (app.exit(error) != 0) return static_cast<int>(Exit::usage);
+    std::cout.flush();  // help and version
+    return static_cast<int>(std::cout ? Exit::success : Exit::notWritten);
   }
   return static_cast<int>(run(chosen));
 }
