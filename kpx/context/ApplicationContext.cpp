@@ -21,8 +21,10 @@ Value get(OperationNumber operation, Value ContextState::*member) {
 template <class Value>
 void set(OperationNumber operation, Value ContextState::*member, const Value& value) {
   Guarded(operation, [&] {
-    // The copy is the part that can fail; until it is made, the old value stays.
-    Value copy = value;
+    // The copy is the part that can fail; until it is made, the old value stays. It is assigned,
+    // since the records' copy constructors answer a failure with an empty record.
+    Value copy = Value();
+    copy = value;
     detail::changeContextState().*member = std::move(copy);
   });
 }

@@ -37,6 +37,10 @@ KPX_API std::chrono::milliseconds setLogPatience(std::chrono::milliseconds patie
 /// code, with the information icon. Error number 910303.
 KPX_API void kpxShowSoccetErrorMessage(const CString& text, std::int32_t code);
 KPX_API void kpxShowSoccetErrorMessage(const CString& text, std::uint32_t code);
+/// For codes of the system's own type DWORD.
+inline void kpxShowSoccetErrorMessage(const CString& text, unsigned long code) {
+  kpxShowSoccetErrorMessage(text, static_cast<std::uint32_t>(code));
+}
 
 /// Shows the text of a failure of the system with the error icon; with a code, in the form above.
 /// Error number 910304.

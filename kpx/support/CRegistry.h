@@ -72,6 +72,13 @@ class KPX_API CRegistry {
   /// A 32-bit number. Errors 910212, 910213.
   int ReadDWORD(const CString& name, std::uint32_t& value);
   int WriteDWORD(const CString& name, std::uint32_t value);
+  /// For the system's own DWORD, which is this type there.
+  int ReadDWORD(const CString& name, unsigned long& value) {
+    std::uint32_t number = 0;
+    const int isRead = ReadDWORD(name, number);
+    if (isRead) value = number;
+    return isRead;
+  }
 
   /// An object as it serialises itself, in a binary value. Reading hands the stored bytes to the
   /// object's own serialisation: bytes that end too early are reported as 910214 and may leave the

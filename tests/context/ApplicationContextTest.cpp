@@ -8,6 +8,7 @@
 #include "kpx/settings/AllSettings.h"
 #include "kpx/support/CKpxBaseObjectsUtil.h"
 #include "kpx/support/TextStore.h"
+#include "tests/common/FailingAllocations.h"
 #include "tests/common/TextPrinter.h"
 #include "tests/context/ContextScope.h"
 
@@ -26,6 +27,17 @@ TEST(Context, RecordsAreCopiedInAndOut) {
   kpxSetCurrentPrjUser(user);
   EXPECT_EQ(kpxGetCurrentSysUser().Name, u"Möller");
   EXPECT_EQ(kpxGetCurrentPrjUser().Name, u"Projektnutzer");
+}
+
+TEST(Context, SetterWithoutMemoryLeavesTheOldValue) {
+  ContextScope scope;
+  CProject project;
+  project.Name = CString(u'x', 1000);
+  {
+    FailingAllocations failing(0);
+    kpxSetCurrentProject(project);
+  }
+  EXPECT_EQ(kpxGetCurrentProject().Name, u"Aue");
 }
 
 template <class Pointer>

@@ -92,7 +92,7 @@ TEST(ErrorReport, MessageBoxesOfModules) {
   setMessageBoxHandler(&rememberBox);
   EXPECT_EQ(utlMessageBox(64, u"%d Punkte in %s", 3, CString(u"Aue")), MessageBoxAnswer::no);
   utlMessageBox(64, u"%d %s", 3);
-  kpxShowSoccetErrorMessage(u"Empfang", 2);
+  kpxShowSoccetErrorMessage(u"Empfang", 2UL);
   kpxShowSystemErrorMessage(u"Platte");
   ASSERT_EQ(shown.size(), 4u);
   EXPECT_EQ(shown[0].text, u"3 Punkte in Aue");

@@ -67,6 +67,11 @@ TEST_F(RegistryClassTest, KeysAndValues) {
   EXPECT_EQ(text, u"Englisch [ENG.LNG]");
   EXPECT_NE(reader.ReadDWORD(u"Tracing", number), 0);
   EXPECT_EQ(number, 0xFFFFFFFE);
+  unsigned long systemNumber = 17;
+  EXPECT_EQ(reader.ReadDWORD(u"Language", systemNumber), 0);
+  EXPECT_EQ(systemNumber, 17u);
+  EXPECT_NE(reader.ReadDWORD(u"Tracing", systemNumber), 0);
+  EXPECT_EQ(systemNumber, 0xFFFFFFFE);
   EXPECT_EQ(reader.WriteDWORD(u"Tracing", 1), 0);
   EXPECT_EQ(reader.DeleteValue(u"Tracing"), 0);
   EXPECT_NE(registry.DeleteValue(u"Tracing"), 0);

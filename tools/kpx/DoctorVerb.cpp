@@ -45,9 +45,9 @@ Exit doctor(bool json) {
         text += (text.empty() ? "" : "\n") + shown(topic) + "\n";
       }
       text += "  " + shown(line.name) + ": ";
-      text += line.value.IsEmpty() ? "none" : shownOnOneLine(line.value);
-      text += "  [" + shownOnOneLine(line.source) + "]";
-      if (!line.problem.IsEmpty()) text += "\n    ! " + shownOnOneLine(line.problem);
+      text += line.value.IsEmpty() ? "none" : shownPath(line.value);
+      text += "  [" + shownPath(line.source) + "]";
+      if (!line.problem.IsEmpty()) text += "\n    ! " + shownPath(line.problem);
       text += "\n";
     }
     text += "\n" +

@@ -26,21 +26,57 @@ std::string shown(const CString& text) {
   return utf8FromUtf16(valid);
 }
 
-std::string shownOnOneLine(const CString& text) {
-  std::string line;
-  for (const char byte : shown(text)) {
-    const auto code = static_cast<unsigned char>(byte);
-    if (byte == '\n') {
+namespace {
+
+bool isControl(char byte) {
+  const auto code = static_cast<unsigned char>(byte);
+  return code < 0x20 || code == 0x7f;
+}
+
+void appendEscaped(std::string& line, char byte) {
+  switch (byte) {
+    case '\n':
       line += "\\n";
-    } else if (byte == '\r') {
+      break;
+    case '\r':
       line += "\\r";
-    } else if (byte == '\t') {
+      break;
+    case '\t':
       line += "\\t";
-    } else if (byte == '\\') {
-      line += "\\\\";
-    } else if (code < 0x20 || code == 0x7f) {
+      break;
+    default: {
       static constexpr char digits[] = "0123456789abcdef";
+      const auto code = static_cast<unsigned char>(byte);
       line += {'\\', 'x', digits[code >> 4], digits[code & 15]};
+    }
+  }
+}
+
+}  // namespace
+
+std::string shownOnOneLine(const CString& text) {
+  constexpr std::string_view escapeLetters = "nrtx\\";
+  const std::string bytes = shown(text);
+  std::string line;
+  for (std::size_t i = 0; i < bytes.size(); ++i) {
+    if (isControl(bytes[i])) {
+      appendEscaped(line, bytes[i]);
+      continue;
+    }
+    line += bytes[i];
+    const bool hasNext = bytes[i] == '\\' && i + 1 < bytes.size();
+    if (hasNext &&
+        (isControl(bytes[i + 1]) || escapeLetters.find(bytes[i + 1]) != std::string_view::npos))
+      line += '\\';
+  }
+  return line;
+}
+
+std::string shownPath(const CString& path) {
+  std::string line;
+  for (const char byte : shown(path)) {
+    if (isControl(byte)) {
+      appendEscaped(line, byte);
     } else {
       line += byte;
     }

@@ -16,9 +16,11 @@ using Json = nlohmann::ordered_json;
 /// is printed is always valid.
 std::string shown(const CString& text);
 
-/// The same on one line: line breaks, tabs and other control characters as escapes, and so a
-/// backslash as two.
+/// The same on one line: line breaks, tabs and other control characters as escapes; a backslash
+/// that would look like the beginning of one is doubled, so that the two can be told apart.
 std::string shownOnOneLine(const CString& text);
+/// The same for paths, whose backslashes are never doubled.
+std::string shownPath(const CString& path);
 
 /// An argument of the command line as text. Raises a Failure (wrong usage) if it is no UTF-8.
 CString given(const std::string& argument);

@@ -225,7 +225,7 @@ Exit list(const Arguments& arguments) {
   std::string text;
   for (const CString& name : keys) {
     report["keys"].push_back(shown(name));
-    text += shownOnOneLine(name) + "\\\n";
+    text += shownPath(name) + "\\\n";
   }
   for (const CString& name : names) {
     RegistryValue value;

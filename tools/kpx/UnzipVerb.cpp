@@ -100,7 +100,7 @@ Exit list(const Arguments& arguments) {
     }
     CString line;
     line.Format(u"%14llu  ", static_cast<unsigned long long>(entry.size));
-    std::string text = shown(line) + shownOnOneLine(entry.name);
+    std::string text = shown(line) + shownPath(entry.name);
     if (isRefusal(entry.status)) text += "  (refused: " + shown(zipMessage(entry.status)) + ")";
     print(text + "\n");
   }
@@ -136,7 +136,7 @@ Exit unpack(const Arguments& arguments) {
       json["entries"].push_back(std::move(line));
     } else if (isRefusal(receipt.status) || receipt.status == ZipStatus::kept) {
       print((receipt.status == ZipStatus::kept ? "kept     " : "refused  ") +
-            shownOnOneLine(receipt.name) + ": " + shown(receipt.message()) + "\n");
+            shownPath(receipt.name) + ": " + shown(receipt.message()) + "\n");
     }
   }
   if (arguments.json) {
