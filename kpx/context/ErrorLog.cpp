@@ -5,6 +5,10 @@
 #include <string>
 
 #include "kpx/context/internal/ReportTemplates.h"
+#include "kpx/platform/FileBytes.h"
+#include "kpx/platform/FileSystem.h"
+#include "kpx/support/LanguageFile.h"
+#include "kpx/support/TextStore.h"
 #include "kpx/support/TextTemplate.h"
 #include "kpx/text/CKpxCalendar.h"
 #include "kpx/text/NumberText.h"
@@ -64,10 +68,30 @@ CString decoded(std::string_view line) {
 ErrorLogReader::ErrorLogReader() {
   addForm(detail::errorLineTemplate, true);
   addForm(detail::textLineTemplate, false);
-  const View translatedError = templateText(detail::errorLineId, detail::errorLineTemplate);
-  if (translatedError != detail::errorLineTemplate) addForm(translatedError, true);
-  const View translatedText = templateText(detail::textLineId, detail::textLineTemplate);
-  if (translatedText != detail::textLineTemplate) addForm(translatedText, false);
+  addTranslation(GetMLT(detail::errorLineId), detail::errorLineTemplate, true);
+  addTranslation(GetMLT(detail::textLineId), detail::textLineTemplate, false);
+}
+
+void ErrorLogReader::addTranslation(View text, View german, bool hasNumber) {
+  if (text != german && takeSameValues(text, german)) addForm(text, hasNumber);
+}
+
+void ErrorLogReader::addLanguages(const CString& folder) {
+  std::vector<CString> names;
+  if (!fileSystem().list(folder, names)) return;
+  for (const CString& name : names) {
+    FileBytes bytes;
+    TextList list;
+    if (name.Right(4).CompareNoCase(u".LNG") != 0) continue;
+    if (!fileSystem().read(joinPath(folder, name), bytes)) continue;
+    readLanguageFile(bytes.view(), list);
+    for (const TextEntry& entry : list.entries) {
+      CString text = entry.text;
+      text.Replace(u"\r\n", u"\n");
+      if (entry.id == detail::errorLineId) addTranslation(text, detail::errorLineTemplate, true);
+      if (entry.id == detail::textLineId) addTranslation(text, detail::textLineTemplate, false);
+    }
+  }
 }
 
 void ErrorLogReader::addForm(View text, bool hasNumber) {

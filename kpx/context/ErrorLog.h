@@ -30,13 +30,18 @@ struct ErrorLogEntry {
   CString text;
 };
 
-/// Reads error logs: lines in the form that ErrorReport.h describes, in German and in the language
-/// of the text store, in UTF-8 or, where a line is none, in Windows-1252. Whatever a line holds, it
-/// is one entry, and the cost is linear. Names may hold anything but line breaks, so a name that
-/// looks like the beginning of the next field ends there.
+/// Reads error logs: lines in the form that ErrorReport.h describes, in German, in the language of
+/// the text store and in those that are added, in UTF-8 or, where a line is none, in Windows-1252.
+/// Whatever a line holds, it is one entry, and the cost is linear. Names may hold anything but line
+/// breaks, so a name that looks like the beginning of the next field ends there.
 class KPX_API ErrorLogReader {
  public:
   ErrorLogReader();
+
+  /// Lets the reader understand the language files of a folder, too, as `textFolder` names it: a
+  /// log is in the language of the user who met the failure. Files that cannot be read are passed
+  /// over.
+  void addLanguages(const CString& folder);
 
   /// The entry of a line without its end.
   ErrorLogEntry read(std::string_view line) const;
@@ -53,6 +58,7 @@ class KPX_API ErrorLogReader {
     bool hasNumber = false;
   };
   void addForm(std::u16string_view text, bool hasNumber);
+  void addTranslation(std::u16string_view text, std::u16string_view german, bool hasNumber);
   static bool readForm(const Form& form, std::u16string_view line, ErrorLogEntry& entry);
 
   std::vector<Form> forms_;

@@ -154,7 +154,9 @@ EditResult setValueInDocument(CMarkup& document, const ConfigurationChoice& choi
   const Candidates found = lookFor(findConfigurations(document), choice, key);
   result.outcome = outcomeBefore(found, missingKey);
   result.number = found.number;
-  if (result.outcome == EditOutcome::changed || result.outcome == EditOutcome::added) {
+  const bool isMeant =
+      result.outcome == EditOutcome::changed || result.outcome == EditOutcome::added;
+  if (isMeant && found.access) {  // there is one whenever the key is known
     const SettingDef& setting = *found.access->setting;
     result.check = checkValueText(setting.kind, text, setting.decimals);
     result.newValue = result.check.normal;

@@ -47,7 +47,7 @@ class PartsReader {
         walk([] { return false; });
         return true;
       });
-      parts_.columns.push_back(std::move(column));
+      parts_.columns.push_back(column);
       return true;
     });
   }

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "kpx/context/ErrorLog.h"
+#include "kpx/context/TextStart.h"
 #include "kpx/platform/FileSystem.h"
 #include "kpx/text/CKpxCalendar.h"
 #include "tools/kpx/ErrorNames.h"
@@ -18,6 +19,13 @@
 
 namespace kpx::tool {
 namespace {
+
+/// A reader that understands every language that lies beside the program.
+ErrorLogReader reader() {
+  ErrorLogReader result;
+  result.addLanguages(textFolder());
+  return result;
+}
 
 struct Options {
   std::vector<std::string> files;
@@ -111,7 +119,7 @@ void forEachEntry(const Options& options, Take take) {
   const ErrorLogFilter filter = filterOf(options);
   for (const std::string& file : options.files) {
     const Input input = readInput(file);
-    ErrorLogReader().readAll(input.bytes(), true, [&](ErrorLogEntry&& entry) {
+    reader().readAll(input.bytes(), true, [&](ErrorLogEntry&& entry) {
       if (filter.wants(entry)) take(input.name, entry);
     });
   }
@@ -222,16 +230,18 @@ Exit stats(const Options& options) {
 struct Watched {
   std::string name;
   std::uint64_t done = 0;  // bytes that were read
-  ErrorLogReader reader;
+  ErrorLogReader reader = tool::reader();
+  bool wasThere = false;
 
   /// New whole lines since the last call.
   template <class Take>
   void read(Take take) {
     std::unique_ptr<InputFile> file;
     if (!fileSystem().openInput(given(name), file)) return;
+    wasThere = true;
     if (file->size() < done) {
       done = 0;
-      reader = ErrorLogReader();
+      reader = tool::reader();
     }
     std::string bytes(static_cast<std::size_t>(file->size() - done), '\0');
     std::size_t count = 0;
@@ -246,8 +256,14 @@ Exit follow(const Options& options) {
   std::vector<Watched> logs;
   for (const std::string& file : options.files) {
     if (file == "-") throw Failure(Exit::usage, "standard input cannot be followed");
-    logs.push_back({file, 0, {}});
+    logs.push_back({file});
     logs.back().read([](ErrorLogEntry&&) {});  // what is there already is for kpx log show
+    FileInfo info;
+    const bool exists = static_cast<bool>(fileSystem().info(given(file), info));
+    if (exists && !logs.back().wasThere) {
+      throw Failure(Exit::input, file + ": this cannot be read as a log");
+    }
+    if (!exists) complain(file + ": is not there yet; waiting for it");
   }
   const auto end =
       std::chrono::steady_clock::now() + std::chrono::duration<double>(options.seconds);

@@ -13,10 +13,10 @@ namespace {
 
 volatile std::sig_atomic_t interrupted = 0;
 
-// A second interrupt ends the program at once, in case the operation hangs.
-void noteInterrupt(int) {
+// A second one ends the program at once, in case the operation hangs.
+void noteInterrupt(int signal) {
   interrupted = 1;
-  std::signal(SIGINT, SIG_DFL);
+  std::signal(signal, SIG_DFL);
 }
 
 constexpr std::size_t barColumns = 30;
@@ -25,12 +25,15 @@ constexpr int textUnits = 40;
 }  // namespace
 
 ProgressBar::ProgressBar()
-    : visible_(errorOutputIsTerminal()), before_(std::signal(SIGINT, noteInterrupt)) {
+    : visible_(errorOutputIsTerminal()),
+      beforeInterrupt_(std::signal(SIGINT, noteInterrupt)),
+      beforeTerminate_(std::signal(SIGTERM, noteInterrupt)) {
   interrupted = 0;
 }
 
 ProgressBar::~ProgressBar() {
-  std::signal(SIGINT, before_);
+  std::signal(SIGINT, beforeInterrupt_);
+  std::signal(SIGTERM, beforeTerminate_);
   if (shownColumns_ != 0) {
     std::fprintf(stderr, "\r%*s\r", static_cast<int>(shownColumns_), "");
     std::fflush(stderr);

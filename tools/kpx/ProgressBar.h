@@ -26,7 +26,8 @@ class ProgressBar {
   bool visible_;
   std::size_t shownColumns_ = 0;
   std::chrono::steady_clock::time_point next_{};
-  void (*before_)(int);
+  void (*beforeInterrupt_)(int);
+  void (*beforeTerminate_)(int);
 };
 
 }  // namespace kpx::tool

@@ -85,9 +85,14 @@ Exit get(const Arguments& arguments) {
 Exit build(const Arguments& arguments) {
   TextList list = requireTexts(arguments.file);
   if (!arguments.title.empty()) list.title = given(arguments.title);
+  if (list.entries.empty()) {
+    throw Failure(Exit::input, arguments.file + ": holds no texts, so there is nothing to build");
+  }
   const std::string bytes = languageFileBytes(list);
   if (arguments.output == "-") {
     print(bytes);
+  } else if (given(arguments.output).Right(4).CompareNoCase(u".LNG") != 0) {
+    throw Failure(Exit::usage, arguments.output + ": a language file has a name that ends in .LNG");
   } else {
     replaceOrFail(arguments.output, bytes);
   }
