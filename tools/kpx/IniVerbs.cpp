@@ -38,23 +38,13 @@ CIniEx parse(const Input& input) {
                               arguments.section + "'");
 }
 
-/// Changes a file and puts it where it came from; standard input is answered on standard output.
-/// When another program wrote the file meanwhile, its change is read and ours made again.
-template <class Change>
-void change(const std::string& file, const Change& makeChange) {
-  for (int attempt = 1;; ++attempt) {
-    const Input input = readInput(file);
-    CIniEx ini = parse(input);
-    makeChange(ini, input);
-    const std::string bytes = ini.fileBytes();
-    if (file == "-") {
-      print(bytes);
-    } else if (bytes != input.bytes()) {
-      constexpr int mostAttempts = 100;
-      if (attempt < mostAttempts && readInput(file).bytes() != input.bytes()) continue;
-      replaceOrFail(file, bytes);
-    }
-    return;
+/// Puts the changed file where it came from; standard input is answered on standard output.
+void save(const CIniEx& ini, const std::string& file, const Input& input) {
+  const std::string bytes = ini.fileBytes();
+  if (file == "-") {
+    print(bytes);
+  } else if (bytes != input.bytes()) {
+    replaceOrFail(file, bytes);
   }
 }
 
@@ -80,19 +70,19 @@ Exit set(const Arguments& arguments) {
   const CString section = given(arguments.section);
   const CString key = given(arguments.key);
   const CString value = given(arguments.value);
+  const Input input = readInput(file);
+  CIniEx ini = parse(input);
+  ini.AddNewSection(section);
+  const bool changed = ini.GetKeyData(section, key) != 0 ? ini.UpdateKey(section, key, value) != 0
+                                                         : ini.AddNewKey(section, key, value) != 0;
+  if (!changed) {
+    throw Failure(Exit::usage, input.name + ": '" + arguments.key + "' in section '" +
+                                   arguments.section +
+                                   "' cannot be written so that it is read back as the same");
+  }
   CString read;
-  change(file, [&](CIniEx& ini, const Input& input) {
-    ini.AddNewSection(section);
-    const bool changed = ini.GetKeyData(section, key) != 0
-                             ? ini.UpdateKey(section, key, value) != 0
-                             : ini.AddNewKey(section, key, value) != 0;
-    if (!changed) {
-      throw Failure(Exit::usage, input.name + ": '" + arguments.key + "' in section '" +
-                                     arguments.section +
-                                     "' cannot be written so that it is read back as the same");
-    }
-    ini.GetKeyData(section, key, read);
-  });
+  ini.GetKeyData(section, key, read);
+  save(ini, file, input);
   if (value.Find(u"\\n") > 0 && read != value) {
     complain(R"(the characters \n in a value are read as a line break)");
   }
@@ -100,11 +90,12 @@ Exit set(const Arguments& arguments) {
 }
 
 Exit remove(const Arguments& arguments) {
-  change(arguments.file, [&](CIniEx& ini, const Input& input) {
-    if (ini.DeleteKey(given(arguments.section), given(arguments.key)) == 0) {
-      failMissing(ini, input, arguments);
-    }
-  });
+  const Input input = readInput(arguments.file);
+  CIniEx ini = parse(input);
+  if (ini.DeleteKey(given(arguments.section), given(arguments.key)) == 0) {
+    failMissing(ini, input, arguments);
+  }
+  save(ini, arguments.file, input);
   return Exit::success;
 }
 
