@@ -111,9 +111,20 @@ class Checker {
         report(earlier->sameCase ? IniProblemKind::repeatedKey : IniProblemKind::keyDiffersInCase,
                at(parsed.name), parsed.name, earlier->line);
       }
+      const std::size_t lineBreak = lineBreakInPath(parsed.value);
+      if (lineBreak != parsed.value.npos) {
+        report(IniProblemKind::lineBreakInPath, at(parsed.value) + lineBreak, parsed.name);
+      }
     } else if (parsed.kind == IniLineKind::other || parsed.kind == IniLineKind::key) {
       report(IniProblemKind::withoutMeaning, at(content) + content.find_first_not_of(u" \t"));
     }
+  }
+
+  /// Where a path with a drive or server has what is read as a line break.
+  static std::size_t lineBreakInPath(std::u16string_view value) noexcept {
+    const bool isPath = value.starts_with(u"\\\\") ||
+                        value.substr(std::min<std::size_t>(1, value.size())).starts_with(u":\\");
+    return isPath ? value.find(u"\\n") : value.npos;
   }
 
   /// The first of each kind in a line.
@@ -201,6 +212,10 @@ CString describe(const IniProblem& problem) {
       break;
     case IniProblemKind::withoutMeaning:
       return u"this line is neither a comment nor a section nor a key with a value";
+    case IniProblemKind::lineBreakInPath:
+      text.Format(u"the path of key '%s' is read with a line break here; write / for the backslash",
+                  name);
+      break;
     case IniProblemKind::tooLong:
       return u"the line has more than 4000 characters; from here on it is read as another line";
     case IniProblemKind::carriageReturn:

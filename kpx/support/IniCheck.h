@@ -17,6 +17,7 @@ enum class IniProblemKind : std::uint8_t {
   keyDiffersInCase,
   keyBeforeSection,  // above the first section header
   withoutMeaning,    // neither comment nor header nor key, or a key without a name
+  lineBreakInPath,   // a path whose backslash and "n" are read as a line break
   tooLong,           // more than 4,000 units: read as several lines
   carriageReturn,    // inside a line, so it is no line end
   nullCharacter,

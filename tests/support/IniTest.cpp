@@ -412,6 +412,7 @@ TEST(IniCheck, FindsWhatReadersTripOver) {
         {Kind::withoutMeaning, 3, 1, 0}}},
       {"[A]\nx=a\rb\rc\ny=\0\n"s,
        {{Kind::carriageReturn, 2, 4, 0}, {Kind::nullCharacter, 3, 3, 0}}},
+      {"[A]\na=D:\\neu\nb=D:\\daten\nc=eins\\nzwei\n", {{Kind::lineBreakInPath, 2, 5, 0}}},
       {"[A]\nx=" + std::string(9'000, 'x') + "\n", {{Kind::tooLong, 2, 4'001, 0}}},
       {"\xEF\xBB\xBF[A]\nx=\xC3\xA4\xE4\n", {{Kind::notInEncoding, 2, 4, 0}}},
       {"[A]\nx=\xE4\ny=a\xC3\xA4\n", {{Kind::mixedEncodings, 3, 4, 0}}},
