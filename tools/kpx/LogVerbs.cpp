@@ -96,12 +96,15 @@ Json jsonOf(const std::string& file, const ErrorLogEntry& entry) {
   return json;
 }
 
-std::string lineOf(const ErrorLogEntry& entry) {
+std::string lineOf(const Options& options, const std::string& file, const ErrorLogEntry& entry) {
+  // Of several logs, each line says whose it is.
+  const std::string begin =
+      options.files.size() > 1 ? file + ":" + std::to_string(entry.line) + ": " : std::string();
   if (entry.kind == ErrorLogEntry::Kind::broken) {
-    return "line " + std::to_string(entry.line) + " is broken: " + shownOnOneLine(entry.text) +
-           "\n";
+    return begin + "line " + std::to_string(entry.line) +
+           " is broken: " + shownOnOneLine(entry.text) + "\n";
   }
-  std::string line = timeText(entry.time) + "  ";
+  std::string line = begin + timeText(entry.time) + "  ";
   if (entry.kind == ErrorLogEntry::Kind::number) {
     line += std::to_string(entry.number);
     if (const std::string name = operationName(entry.number); !name.empty()) line += " " + name;
@@ -133,7 +136,7 @@ Exit show(const Options& options) {
     if (options.json) {
       report.push_back(jsonOf(file, entry));
     } else {
-      print(lineOf(entry));
+      print(lineOf(options, file, entry));
     }
   });
   if (options.json) printJson(report);
@@ -271,7 +274,8 @@ Exit follow(const Options& options) {
     for (Watched& log : logs) {
       log.read([&](ErrorLogEntry&& entry) {
         if (!filter.wants(entry)) return;
-        print(options.json ? jsonOf(log.name, entry).dump() + "\n" : lineOf(entry));
+        print(options.json ? jsonOf(log.name, entry).dump() + "\n"
+                           : lineOf(options, log.name, entry));
       });
     }
     finishOutput();
