@@ -3,51 +3,14 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <limits>
 #include <utility>
+
+#include "kpx/platform/windows/SystemCall.h"
 
 namespace kpx::detail {
 namespace {
-
-FileResult lastError() noexcept {
-  const DWORD code = ::GetLastError();
-  const auto result = [&](FileStatus status) { return FileResult{status, static_cast<int>(code)}; };
-  switch (code) {
-    case ERROR_FILE_NOT_FOUND:
-    case ERROR_PATH_NOT_FOUND:
-    case ERROR_BAD_NETPATH:
-      return result(FileStatus::notFound);
-    case ERROR_ACCESS_DENIED:
-    case ERROR_SHARING_VIOLATION:
-    case ERROR_LOCK_VIOLATION:
-      return result(FileStatus::noPermission);
-    case ERROR_INVALID_NAME:
-    case ERROR_BAD_PATHNAME:
-    case ERROR_FILENAME_EXCED_RANGE:
-      return result(FileStatus::badName);
-    case ERROR_NOT_ENOUGH_MEMORY:
-    case ERROR_OUTOFMEMORY:
-      return result(FileStatus::noMemory);
-    default:
-      return result(FileStatus::failed);
-  }
-}
-
-class Handle {
- public:
-  explicit Handle(HANDLE handle) noexcept : handle_(handle) {}
-  Handle(Handle&& other) noexcept : handle_(std::exchange(other.handle_, INVALID_HANDLE_VALUE)) {}
-  Handle& operator=(Handle&&) = delete;
-  ~Handle() {
-    if (handle_ != INVALID_HANDLE_VALUE) ::CloseHandle(handle_);
-  }
-  HANDLE get() const noexcept { return handle_; }
-
- private:
-  HANDLE handle_;
-};
-
-/// The most bytes that one call of the system is asked for.
-constexpr std::size_t largestPiece = std::size_t{1} << 30;
 
 OVERLAPPED placeAt(std::uint64_t offset) noexcept {
   OVERLAPPED place{};
@@ -108,25 +71,25 @@ class WindowsUpdateFile final : public UpdateFile {
   }
 
   FileResult writeAt(std::uint64_t offset, std::string_view bytes) override {
+    constexpr auto last = static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
+    if (offset > last || bytes.size() > last - offset) {
+      return {FileStatus::tooLarge, ERROR_FILE_TOO_LARGE};
+    }
     while (!bytes.empty()) {
       OVERLAPPED at = placeAt(offset);
       DWORD written = 0;
       if (!::WriteFile(handle_.get(), bytes.data(),
                        static_cast<DWORD>(std::min(bytes.size(), largestPiece)), &written, &at)) {
-        return ::GetLastError() == ERROR_DISK_FULL
-                   ? FileResult{FileStatus::noSpace, ERROR_DISK_FULL}
-                   : lastError();
+        return lastError();
       }
+      if (written == 0) return {FileStatus::noSpace, 0};
       offset += written;
       bytes.remove_prefix(written);
     }
     return {};
   }
 
-  FileResult close() override {
-    const Handle closing = std::move(handle_);
-    return {};
-  }
+  FileResult close() override { return handle_.close(); }
 
  private:
   Handle handle_;
@@ -136,11 +99,11 @@ class WindowsUpdateFile final : public UpdateFile {
 
 FileResult openWindowsUpdate(const CString& path, UpdateMode mode,
                              std::unique_ptr<UpdateFile>& file) {
-  if (path.IsEmpty() || path.Find(u'\0') != -1) return {FileStatus::badName, 0};
+  const SystemPath name(path);
+  if (!name.usable()) return {FileStatus::badName, 0};
   const DWORD creation = mode == UpdateMode::existing ? OPEN_EXISTING : OPEN_ALWAYS;
-  Handle handle(::CreateFileW(static_cast<const wchar_t*>(path), GENERIC_READ | GENERIC_WRITE,
-                              FILE_SHARE_READ, nullptr, creation, FILE_ATTRIBUTE_NORMAL, nullptr));
-  if (handle.get() == INVALID_HANDLE_VALUE) return lastError();
+  Handle handle = openHandle(name, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, creation);
+  if (!handle.isOpen()) return failureAt(name);
   if (::GetFileType(handle.get()) != FILE_TYPE_DISK) return {FileStatus::notRegularFile, 0};
   if (mode == UpdateMode::emptied && !::SetEndOfFile(handle.get())) return lastError();
   file = std::make_unique<WindowsUpdateFile>(std::move(handle));
@@ -148,16 +111,12 @@ FileResult openWindowsUpdate(const CString& path, UpdateMode mode,
 }
 
 FileResult openWindowsInput(const CString& path, std::unique_ptr<InputFile>& file) {
-  if (path.IsEmpty() || path.Find(u'\0') != -1) return {FileStatus::badName, 0};
-  const auto* const name = static_cast<const wchar_t*>(path);
-  const DWORD attributes = ::GetFileAttributesW(name);
-  if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
-    return {FileStatus::isFolder, 0};
-  }
+  const SystemPath name(path);
+  if (!name.usable()) return {FileStatus::badName, 0};
   // Others may go on to read, rename and remove the file.
-  Handle handle(::CreateFileW(name, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr,
-                              OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
-  if (handle.get() == INVALID_HANDLE_VALUE) return lastError();
+  Handle handle =
+      openHandle(name, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_DELETE, OPEN_EXISTING);
+  if (!handle.isOpen()) return failureAt(name);
   if (::GetFileType(handle.get()) != FILE_TYPE_DISK) return {FileStatus::notRegularFile, 0};
   LARGE_INTEGER size{};
   if (!::GetFileSizeEx(handle.get(), &size)) return lastError();
