@@ -112,14 +112,14 @@ class Reader {
     if (known && !known->isConfiguration()) {
       json_.fail(at + "/class", "is the class of a row or table, no configuration");
     }
-    const CString usual = known ? CString(known->elementName) : className;
+    CString usual = known ? CString(known->elementName) : className;
     if (!object.contains("element")) {
       if (usual.IsEmpty())
         json_.fail(at, "lacks the field 'element', which its class does not tell");
       requireElementName(usual, at + "/class");
       return usual;
     }
-    const CString element = textOf(object["element"], at + "/element");
+    CString element = textOf(object["element"], at + "/element");
     if (known && !usual.IsEmpty() && element != usual) {
       json_.fail(at + "/element", "does not belong to the class " + shown(className) +
                                       ", which has " + shown(usual));

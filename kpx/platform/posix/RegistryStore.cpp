@@ -281,7 +281,12 @@ RegistryResult RegistryStore::connect(RegistryRoot root) {
   sqlite3_db_config(connection_, SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr);
   sqlite3_db_config(connection_, SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr);
   if (const RegistryResult result = execute("PRAGMA cell_size_check=1"); !result) return result;
-  return checkFormat();
+  // In one transaction: another program may be creating the tables just now, and half of its marks
+  // would look like damage.
+  RegistryResult result = execute("BEGIN");
+  if (result) result = checkFormat();
+  rollBack();
+  return result;
 }
 
 RegistryResult RegistryStore::checkFormat() {
