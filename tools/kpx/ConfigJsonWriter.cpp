@@ -168,7 +168,7 @@ class Writer {
     for (const char* const shownEarly : {"type", "caption", "category"}) column[shownEarly] = "";
     addFields(column, columnFields, parts.column, {});
     for (const char* const optional : {"caption", "category"}) {
-      if (column[optional] == "") column.erase(optional);
+      if (column[optional] == Json("")) column.erase(optional);
     }
     if (!parts.value || !valueRecord.empty()) column["value_record"] = std::move(valueRecord);
     return column;

@@ -143,9 +143,9 @@ std::string nameOf(const DocumentConfiguration& configuration) {
 
 std::string labelOf(const Configurations& configurations,
                     const DocumentConfiguration& configuration) {
-  const std::string name = nameOf(configuration);
-  if (configurations.count == 1) return name;
-  return name + " (" + std::to_string(configuration.number) + ")";
+  std::string name = nameOf(configuration);
+  if (configurations.count != 1) name += " (" + std::to_string(configuration.number) + ")";
+  return name;
 }
 
 void CandidateList::add(const DocumentConfiguration& configuration, int offset) {
