@@ -1,6 +1,7 @@
 #include "kpx/domain/CAaaPunktortUUID.h"
 
 #include "kpx/report/Error.h"
+#include "kpx/text/internal/HexDigit.h"
 
 namespace kpx {
 namespace {
@@ -9,14 +10,6 @@ constexpr std::size_t textLength = 36;
 
 constexpr bool isHyphenPlace(std::size_t at) noexcept {
   return at == 8 || at == 13 || at == 18 || at == 23;
-}
-
-/// The value of a hexadecimal digit, or -1.
-constexpr int digitValue(char16_t unit) noexcept {
-  if (unit >= u'0' && unit <= u'9') return unit - u'0';
-  if (unit >= u'A' && unit <= u'F') return unit - u'A' + 10;
-  if (unit >= u'a' && unit <= u'f') return unit - u'a' + 10;
-  return -1;
 }
 
 }  // namespace
@@ -32,10 +25,10 @@ bool CAaaPunktortUUID::fromText(std::u16string_view text, CAaaPunktortUUID& uuid
       if (text[at] != u'-') return false;
       continue;
     }
-    const int digit = digitValue(text[at]);
-    if (digit < 0) return false;
+    const unsigned digit = detail::hexValue(text[at]);
+    if (digit == 16) return false;
     read.high_ = read.high_ << 4 | read.low_ >> 60;
-    read.low_ = read.low_ << 4 | static_cast<unsigned>(digit);
+    read.low_ = read.low_ << 4 | digit;
   }
   uuid = read;
   return true;

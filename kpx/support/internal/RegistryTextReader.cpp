@@ -5,18 +5,12 @@
 #include "kpx/support/internal/IniText.h"
 #include "kpx/text/CaseFold.h"
 #include "kpx/text/CodePage.h"
+#include "kpx/text/internal/HexDigit.h"
 
 namespace kpx::detail {
 namespace {
 
 using Kind = RegistryChange::Kind;
-
-int hexDigit(char16_t unit) noexcept {
-  if (unit >= u'0' && unit <= u'9') return unit - u'0';
-  if (unit >= u'a' && unit <= u'f') return unit - u'a' + 10;
-  if (unit >= u'A' && unit <= u'F') return unit - u'A' + 10;
-  return -1;
-}
 
 bool isBlank(char16_t unit) noexcept { return unit == u' ' || unit == u'\t'; }
 
@@ -63,9 +57,9 @@ bool RegistryTextReader::passWord(std::u16string_view word) noexcept {
 bool RegistryTextReader::passHex(int maxDigits, std::uint32_t& number) noexcept {
   number = 0;
   int digits = 0;
-  for (int digit = hexDigit(next()); digit >= 0; digit = hexDigit(next())) {
+  for (unsigned digit = hexValue(next()); digit < 16; digit = hexValue(next())) {
     if (++digits > maxDigits) return false;
-    number = number << 4 | static_cast<std::uint32_t>(digit);
+    number = number << 4 | digit;
     ++place_;
   }
   return digits != 0;

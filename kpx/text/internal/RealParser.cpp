@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <limits>
 
+#include "kpx/text/internal/HexDigit.h"
 #include "kpx/text/internal/PowersOfTen.h"
 
 namespace kpx::detail {
@@ -17,15 +18,6 @@ constexpr double infinity = std::numeric_limits<double>::infinity();
 template <class CharT>
 constexpr bool isDigit(CharT unit) noexcept {
   return unit >= '0' && unit <= '9';
-}
-
-/// The value of a hexadecimal digit, or 16.
-template <class CharT>
-constexpr unsigned hexValue(CharT unit) noexcept {
-  if (isDigit(unit)) return static_cast<unsigned>(unit - '0');
-  if (unit >= 'a' && unit <= 'f') return static_cast<unsigned>(unit - 'a' + 10);
-  if (unit >= 'A' && unit <= 'F') return static_cast<unsigned>(unit - 'A' + 10);
-  return 16;
 }
 
 /// A piece of text that holds a number, and what counts as its decimal sign.
