@@ -1,6 +1,10 @@
 #pragma once
 
+#include <algorithm>
+#include <array>
+#include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <optional>
 #include <string_view>
 #include <vector>
@@ -48,8 +52,7 @@ struct ConfigParts {
 /// Moves the position of the document to its start.
 KPX_API std::vector<ConfigParts> configPartsOf(CMarkup& document);
 
-// --- the attributes that the suite writes
-// ---------------------------------------------------------
+// --- the attributes that the suite writes -----------------------------------------------------
 
 enum class AttributeKind : std::uint8_t { integer, time, text };
 
@@ -58,33 +61,36 @@ struct ConfigAttribute {
   AttributeKind kind = AttributeKind::integer;
 };
 
-// Of each element, in the order in which they are written.
-inline constexpr ConfigAttribute configurationAttributes[] = {
+/// The attributes of the record header, with which every element begins.
+inline constexpr ConfigAttribute headerAttributes[] = {
     {u"ObjectID"},
     {u"UserChangedID"},
     {u"UserCreatedID"},
     {u"changed", AttributeKind::time},
     {u"created", AttributeKind::time},
     {u"TransID"},
+};
+
+namespace detail {
+
+template <std::size_t count>
+constexpr auto withHeader(const ConfigAttribute (&own)[count]) {
+  std::array<ConfigAttribute, std::size(headerAttributes) + count> all{};
+  std::ranges::copy(own, std::ranges::copy(headerAttributes, all.begin()).out);
+  return all;
+}
+
+}  // namespace detail
+
+// Of each element, in the order in which they are written.
+inline constexpr auto configurationAttributes = detail::withHeader({
     {u"Name", AttributeKind::text},
     {u"ClassID"},
-};
-inline constexpr ConfigAttribute keyedClassAttributes[] = {
-    {u"ObjectID"},
-    {u"UserChangedID"},
-    {u"UserCreatedID"},
-    {u"changed", AttributeKind::time},
-    {u"created", AttributeKind::time},
-    {u"TransID"},
+});
+inline constexpr auto keyedClassAttributes = detail::withHeader({
     {u"Name", AttributeKind::text},
-};
-inline constexpr ConfigAttribute columnAttributes[] = {
-    {u"ObjectID"},
-    {u"UserChangedID"},
-    {u"UserCreatedID"},
-    {u"changed", AttributeKind::time},
-    {u"created", AttributeKind::time},
-    {u"TransID"},
+});
+inline constexpr auto columnAttributes = detail::withHeader({
     {u"ClassID"},
     {u"Type"},
     {u"Name", AttributeKind::text},
@@ -96,19 +102,13 @@ inline constexpr ConfigAttribute columnAttributes[] = {
     {u"Empty"},
     {u"Default", AttributeKind::text},
     {u"Unit"},
-};
-inline constexpr ConfigAttribute valueAttributes[] = {
-    {u"ObjectID"},
-    {u"UserChangedID"},
-    {u"UserCreatedID"},
-    {u"changed", AttributeKind::time},
-    {u"created", AttributeKind::time},
-    {u"TransID"},
+});
+inline constexpr auto valueAttributes = detail::withHeader({
     {u"Value", AttributeKind::text},
     {u"ColID"},
     {u"RowID"},
     {u"Data"},
-};
+});
 
 /// Whether a text is how the suite writes such an attribute: "7", not "007".
 KPX_API bool isAsWritten(AttributeKind kind, const CString& text);

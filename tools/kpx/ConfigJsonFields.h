@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <iterator>
 #include <string_view>
 
 #include "kpx/settings/ConfigParts.h"
@@ -27,33 +28,34 @@ struct JsonField {
   bool always = false;  // it is written even if it is 0 or empty, and has to be there
 };
 
-/// The attributes of an element with the names of their members.
-template <std::size_t count>
-constexpr std::array<JsonField, count> jsonFields(const ConfigAttribute (&attributes)[count],
-                                                  const char* const (&names)[count]) {
-  std::array<JsonField, count> fields{};
-  for (std::size_t i = 0; i < count; ++i) {
-    const std::string_view name = names[i];
-    fields[i] = {names[i], attributes[i].name, attributes[i].kind,
+/// The attributes of an element with the names of their members: those of the record header, and
+/// the element's own.
+template <std::size_t attributeCount, std::size_t count>
+constexpr std::array<JsonField, attributeCount> jsonFields(
+    const std::array<ConfigAttribute, attributeCount>& attributes,
+    const char* const (&ownNames)[count]) {
+  constexpr const char* headerNames[] = {"object_id", "user_changed_id", "user_created_id",
+                                         "changed",   "created",         "trans_id"};
+  constexpr std::size_t headerCount = std::size(headerNames);
+  static_assert(attributeCount == headerCount + count);
+  std::array<JsonField, attributeCount> fields{};
+  for (std::size_t i = 0; i < attributeCount; ++i) {
+    const std::string_view name = i < headerCount ? headerNames[i] : ownNames[i - headerCount];
+    fields[i] = {name.data(), attributes[i].name, attributes[i].kind,
                  name == "type" || name == "key" || name == "value"};
   }
   return fields;
 }
 
 inline constexpr auto configurationFields =
-    jsonFields(configurationAttributes, {"object_id", "user_changed_id", "user_created_id",
-                                         "changed", "created", "trans_id", "name", "class_id"});
-inline constexpr auto classFields = jsonFields(
-    keyedClassAttributes,
-    {"object_id", "user_changed_id", "user_created_id", "changed", "created", "trans_id", "name"});
-inline constexpr auto columnFields = jsonFields(
-    columnAttributes, {"object_id", "user_changed_id", "user_created_id", "changed", "created",
-                       "trans_id", "class_id", "type", "key", "caption", "category", "length",
-                       "prec", "nullable", "empty", "default", "unit"});
+    jsonFields(configurationAttributes, {"name", "class_id"});
+inline constexpr auto classFields = jsonFields(keyedClassAttributes, {"name"});
+inline constexpr auto columnFields =
+    jsonFields(columnAttributes, {"class_id", "type", "key", "caption", "category", "length",
+                                  "prec", "nullable", "empty", "default", "unit"});
 /// The attribute "Value" is the member "value" of the setting itself.
 inline constexpr auto valueFields =
-    jsonFields(valueAttributes, {"object_id", "user_changed_id", "user_created_id", "changed",
-                                 "created", "trans_id", "value", "col_id", "row_id", "data"});
+    jsonFields(valueAttributes, {"value", "col_id", "row_id", "data"});
 
 /// The text of a field that is left out.
 std::u16string_view neutralText(FieldKind kind) noexcept;
