@@ -6,35 +6,10 @@
 #include <cstddef>
 #include <iterator>
 
+#include "kpx/platform/windows/SystemCall.h"
+
 namespace kpx {
 namespace {
-
-FileResult resultOf(DWORD code) noexcept {
-  FileStatus status = FileStatus::failed;
-  switch (code) {
-    case ERROR_FILE_NOT_FOUND:
-    case ERROR_PATH_NOT_FOUND:
-      status = FileStatus::notFound;
-      break;
-    case ERROR_ACCESS_DENIED:
-    case ERROR_SHARING_VIOLATION:
-    case ERROR_LOCK_VIOLATION:
-    case ERROR_WRITE_PROTECT:
-      status = FileStatus::noPermission;
-      break;
-    case ERROR_DISK_FULL:
-    case ERROR_HANDLE_DISK_FULL:
-      status = FileStatus::noSpace;
-      break;
-    case ERROR_INVALID_NAME:
-    case ERROR_BAD_PATHNAME:
-      status = FileStatus::badName;
-      break;
-    default:
-      break;
-  }
-  return {status, static_cast<int>(code)};
-}
 
 HANDLE handleOf(std::intptr_t handle) noexcept { return reinterpret_cast<HANDLE>(handle); }
 
@@ -70,7 +45,7 @@ FileResult ExclusiveFile::open(std::u16string_view path, Mode mode,
     }
     const DWORD code = ::GetLastError();
     if (code != ERROR_SHARING_VIOLATION || std::chrono::steady_clock::now() >= end) {
-      return resultOf(code);
+      return detail::resultOf(code);
     }
     ::Sleep(pause);
   }
@@ -80,7 +55,7 @@ FileResult ExclusiveFile::write(std::string_view bytes) noexcept {
   DWORD written = 0;
   if (!::WriteFile(handleOf(handle_), bytes.data(), static_cast<DWORD>(bytes.size()), &written,
                    nullptr)) {
-    return resultOf(::GetLastError());
+    return detail::lastError();
   }
   return written == bytes.size() ? FileResult{} : FileResult{FileStatus::noSpace, 0};
 }

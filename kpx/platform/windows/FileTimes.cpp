@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include "kpx/platform/windows/SystemCall.h"
+
 namespace kpx {
 namespace {
 
@@ -12,23 +14,6 @@ DateTime dateTimeOf(const FILETIME& time) noexcept {
   return {fields.wYear, fields.wMonth, fields.wDay, fields.wHour, fields.wMinute, fields.wSecond};
 }
 
-FileResult lastError() noexcept {
-  const DWORD code = ::GetLastError();
-  const int number = static_cast<int>(code);
-  switch (code) {
-    case ERROR_FILE_NOT_FOUND:
-    case ERROR_PATH_NOT_FOUND:
-      return {FileStatus::notFound, number};
-    case ERROR_ACCESS_DENIED:
-      return {FileStatus::noPermission, number};
-    case ERROR_INVALID_NAME:
-    case ERROR_BAD_PATHNAME:
-      return {FileStatus::badName, number};
-    default:
-      return {FileStatus::failed, number};
-  }
-}
-
 }  // namespace
 
 FileResult readFileTimes(const CString& path, FileTimes& times) {
@@ -37,12 +22,12 @@ FileResult readFileTimes(const CString& path, FileTimes& times) {
       ::CreateFileW(reinterpret_cast<const wchar_t*>(path.GetString()), FILE_READ_ATTRIBUTES,
                     FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
                     FILE_FLAG_BACKUP_SEMANTICS, nullptr);
-  if (file == INVALID_HANDLE_VALUE) return lastError();
+  if (file == INVALID_HANDLE_VALUE) return detail::lastError();
   FILETIME created = {};
   FILETIME accessed = {};
   FILETIME written = {};
   const bool done = ::GetFileTime(file, &created, &accessed, &written) != 0;
-  const FileResult result = done ? FileResult{} : lastError();
+  const FileResult result = done ? FileResult{} : detail::lastError();
   ::CloseHandle(file);
   if (done) times = {dateTimeOf(created), dateTimeOf(accessed), dateTimeOf(written)};
   return result;
