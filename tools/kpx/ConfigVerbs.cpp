@@ -210,12 +210,9 @@ void addConfigVerbs(CLI::App& app, Action& chosen) {
   CLI::App* config = app.add_subcommand("config", "Show, change and compare configurations");
   requireVerb(*config);
   const auto add = [&](const char* name, const char* description, Exit (*verb)(const Arguments&)) {
-    auto arguments = std::make_shared<Arguments>();
-    CLI::App* command = config->add_subcommand(name, description);
-    command->add_flag("--json", arguments->json, "Print JSON");
-    command->callback(
-        [&chosen, arguments, verb] { chosen = [arguments, verb] { return verb(*arguments); }; });
-    return std::pair{command, arguments};
+    auto added = addVerb(*config, chosen, name, description, verb);
+    added.first->add_flag("--json", added.second->json, "Print JSON");
+    return added;
   };
   const char* const fileOrClass = "A file, - for standard input, or the name of a class";
 

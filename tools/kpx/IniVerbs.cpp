@@ -172,11 +172,7 @@ void addIniVerbs(CLI::App& app, Action& chosen) {
   requireVerb(*ini);
 
   const auto add = [&](const char* name, const char* description, Exit (*verb)(const Arguments&)) {
-    auto arguments = std::make_shared<Arguments>();
-    CLI::App* command = ini->add_subcommand(name, description);
-    command->callback(
-        [&chosen, arguments, verb] { chosen = [arguments, verb] { return verb(*arguments); }; });
-    return std::pair(command, arguments);
+    return addVerb(*ini, chosen, name, description, verb);
   };
   const auto addKey = [&](const char* name, const char* description,
                           Exit (*verb)(const Arguments&)) {

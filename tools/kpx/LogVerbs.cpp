@@ -20,11 +20,15 @@
 namespace kpx::tool {
 namespace {
 
-/// A reader that understands every language that lies beside the program.
-ErrorLogReader reader() {
-  ErrorLogReader result;
-  result.addLanguages(textFolder());
-  return result;
+/// A reader at the beginning of a log, which understands every language that lies beside the
+/// program.
+ErrorLogReader newReader() {
+  static const ErrorLogReader polyglot = [] {
+    ErrorLogReader reader;
+    reader.addLanguages(textFolder());
+    return reader;
+  }();
+  return polyglot;
 }
 
 struct Options {
@@ -122,7 +126,7 @@ void forEachEntry(const Options& options, Take take) {
   const ErrorLogFilter filter = filterOf(options);
   for (const std::string& file : options.files) {
     const Input input = readInput(file);
-    reader().readAll(input.bytes(), true, [&](ErrorLogEntry&& entry) {
+    newReader().readAll(input.bytes(), true, [&](ErrorLogEntry&& entry) {
       if (filter.wants(entry)) take(input.name, entry);
     });
   }
@@ -233,7 +237,7 @@ Exit stats(const Options& options) {
 struct Watched {
   std::string name;
   std::uint64_t done = 0;  // bytes that were read
-  ErrorLogReader reader = tool::reader();
+  ErrorLogReader reader = newReader();
   bool wasThere = false;
 
   /// New whole lines since the last call.
@@ -244,7 +248,7 @@ struct Watched {
     wasThere = true;
     if (file->size() < done) {
       done = 0;
-      reader = tool::reader();
+      reader = newReader();
     }
     std::string bytes(static_cast<std::size_t>(file->size() - done), '\0');
     std::size_t count = 0;

@@ -354,11 +354,7 @@ void addRegistryVerbs(CLI::App& app, Action& chosen) {
   requireVerb(*verbs);
 
   const auto add = [&](const char* name, const char* description, Exit (*verb)(const Arguments&)) {
-    auto arguments = std::make_shared<Arguments>();
-    CLI::App* command = verbs->add_subcommand(name, description);
-    command->callback(
-        [&chosen, arguments, verb] { chosen = [arguments, verb] { return verb(*arguments); }; });
-    return std::pair(command, arguments);
+    return addVerb(*verbs, chosen, name, description, verb);
   };
   const auto addKey = [&](const char* name, const char* description,
                           Exit (*verb)(const Arguments&)) {

@@ -217,11 +217,7 @@ void addTextsVerbs(CLI::App& app, Action& chosen) {
       "prints it; \"\" is the built-in German list.");
 
   const auto add = [&](const char* name, const char* description, Exit (*verb)(const Arguments&)) {
-    auto arguments = std::make_shared<Arguments>();
-    CLI::App* command = texts->add_subcommand(name, description);
-    command->callback(
-        [&chosen, arguments, verb] { chosen = [arguments, verb] { return verb(*arguments); }; });
-    return std::pair(command, arguments);
+    return addVerb(*texts, chosen, name, description, verb);
   };
   const auto addJson = [](const auto& added) {
     added.first->add_flag("--json", added.second->json, "Print JSON");

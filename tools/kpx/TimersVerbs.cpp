@@ -122,13 +122,10 @@ void addTimersVerbs(CLI::App& app, Action& chosen) {
   requireVerb(*timers);
 
   const auto add = [&](const char* name, const char* description, Exit (*verb)(const Arguments&)) {
-    auto arguments = std::make_shared<Arguments>();
-    CLI::App* command = timers->add_subcommand(name, description);
-    command->add_option("CSV", arguments->file, "Timer report, or - for standard input")
+    auto added = addVerb(*timers, chosen, name, description, verb);
+    added.first->add_option("CSV", added.second->file, "Timer report, or - for standard input")
         ->required();
-    command->callback(
-        [&chosen, arguments, verb] { chosen = [arguments, verb] { return verb(*arguments); }; });
-    return std::pair(command, arguments);
+    return added;
   };
   const auto shower = add("show", "Print a table, longest first", &show);
   shower.first->add_flag("--json", shower.second->json, "Print JSON");

@@ -2,6 +2,8 @@
 
 #include <CLI/CLI.hpp>
 #include <functional>
+#include <memory>
+#include <utility>
 
 #include "tools/kpx/Exit.h"
 
@@ -12,6 +14,18 @@ using Action = std::function<Exit()>;
 
 /// Makes a group of verbs demand one of them, and name one that it does not have.
 void requireVerb(CLI::App& group);
+
+/// Adds a verb to its group. Answers it and the arguments that its options are to fill.
+template <class Arguments>
+std::pair<CLI::App*, std::shared_ptr<Arguments>> addVerb(CLI::App& group, Action& chosen,
+                                                         const char* name, const char* description,
+                                                         Exit (*verb)(const Arguments&)) {
+  auto arguments = std::make_shared<Arguments>();
+  CLI::App* const command = group.add_subcommand(name, description);
+  command->callback(
+      [&chosen, arguments, verb] { chosen = [arguments, verb] { return verb(*arguments); }; });
+  return {command, std::move(arguments)};
+}
 
 // Each adds one family of verbs to the application; parsing the command line fills the action.
 void addConfigVerbs(CLI::App& app, Action& chosen);

@@ -197,13 +197,10 @@ void addXmlVerbs(CLI::App& app, Action& chosen) {
 
   const auto add = [&](const char* name, const char* description, const char* fileHelp,
                        Exit (*verb)(const Arguments&), bool severalFiles) {
-    auto arguments = std::make_shared<Arguments>();
-    CLI::App* command = xml->add_subcommand(name, description);
+    const auto [command, arguments] = addVerb(*xml, chosen, name, description, verb);
     CLI::Option* files = command->add_option("FILE", arguments->files, fileHelp)->required();
     if (!severalFiles) files->expected(1);
     command->add_flag("--json", arguments->json, "Print JSON");
-    command->callback(
-        [&chosen, arguments, verb] { chosen = [arguments, verb] { return verb(*arguments); }; });
   };
   add("check", "Print every problem with line and column", "XML files, or - for standard input",
       &check, true);
