@@ -5,6 +5,7 @@
 #include "kpx/config/CFGHeader.h"
 #include "kpx/report/Exceptions.h"
 #include "kpx/xml/CMarkup.h"
+#include "tests/common/ObjectXml.h"
 #include "tests/common/TextPrinter.h"
 
 namespace kpx {
@@ -19,19 +20,6 @@ CFGConfig configWith(const Keys& keys) {
     config.AddSetting(u"0", key, u"64", ColumnType::integer, u"caption", 1, 0, 0);
   }
   return config;
-}
-
-CString textOf(const CDBObject& object) {
-  CMarkup document;
-  EXPECT_EQ(object.serializeXML(&document), 1);
-  return document.GetDoc();
-}
-
-int load(CDBObject& object, const CString& text) {
-  CMarkup document;
-  document.SetDoc(text);
-  document.FindChildElem();
-  return object.loadByXML(&document);
 }
 
 TEST(Config, ElementNameComesFromTheClassName) {
@@ -51,7 +39,7 @@ TEST(Config, ElementNameComesFromTheClassName) {
     CFGConfig config;
     config.Class.Name = each.className;
     EXPECT_EQ(config.GetElementName(), each.elementName);
-    EXPECT_EQ(load(config, textOf(config)), 1);
+    EXPECT_EQ(loadFromXml(config, xmlOf(config)), 1);
   }
 }
 
@@ -113,7 +101,7 @@ TEST(Config, ReadingUpdatesKnownSettingsAndAddsNone) {
   }();
   CFGConfig config = configWith({u"object only", u"both"});
   config.Class.ColAt(u"both").CodedValues.resize(2);
-  ASSERT_EQ(load(config, textOf(file)), 1);
+  ASSERT_EQ(loadFromXml(config, xmlOf(file)), 1);
 
   EXPECT_EQ(config.Name, u"from file");
   EXPECT_EQ(config.ClassID, 5);
@@ -134,7 +122,7 @@ TEST(Config, ReadsAllItsClassesAndSkipsStrangers) {
       u"<CFGCol><CFGValue Value='9'/></CFGCol><CFGCol Name='b'/></CFGClass>"
       u"<CFGClass><CFGCol Name='c'><CFGValue Value='3'/></CFGCol>"
       u"<CFGCol Name='a'><CFGValue Value='4'/></CFGCol></CFGClass></CFGConfigTest>";
-  ASSERT_EQ(load(config, text), 1);
+  ASSERT_EQ(loadFromXml(config, text), 1);
   EXPECT_EQ(config.Class.Name, u"Renamed");
   EXPECT_EQ(config.Class.find(u"a")->Value.Value, u"4");
   EXPECT_EQ(config.Class.find(u"b")->Value.Value, u"");
@@ -188,8 +176,8 @@ TEST(Config, WritesTheSameAgainAfterReading) {
   CFGConfig config = configWith({u"a", u"<&>", u"Groß\n"});
   config.Class.TransID = 9;
   CFGConfig read = configWith({u"a", u"<&>", u"Groß\n"});
-  ASSERT_EQ(load(read, textOf(config)), 1);
-  EXPECT_EQ(textOf(read), textOf(config));
+  ASSERT_EQ(loadFromXml(read, xmlOf(config)), 1);
+  EXPECT_EQ(xmlOf(read), xmlOf(config));
 }
 
 TEST(Header, CreatesItsColumnsOnceAndKeepsTheirCaptions) {

@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
 #include "kpx/config/CFGTable.h"
-#include "kpx/xml/CMarkup.h"
 #include "tests/common/FailingAllocations.h"
+#include "tests/common/ObjectXml.h"
 #include "tests/common/TextPrinter.h"
 
 namespace kpx {
@@ -17,16 +17,6 @@ CFGRow rowWith(const CString& key, const CString& value) {
 CString valueOf(const CFGRow& row, const CString& key) {
   const CFGCol* const cell = row.find(key);
   return cell ? cell->Value.Value : CString(u"<none>");
-}
-
-/// Writes `source` into a document of its own and lets `target` read it.
-template <class Object>
-int pass(const Object& source, Object& target) {
-  CMarkup document;
-  EXPECT_EQ(source.serializeXML(&document), 1);
-  document.ResetPos();
-  document.FindChildElem();
-  return target.loadByXML(&document);
 }
 
 template <class Object>
@@ -45,7 +35,7 @@ TEST(Table, XmlHoldsTheHeaderOnly) {
   table.AddColDef(u"", u"A", u"64", ColumnType::real, u"1434");
   table.SetCol(u"first", rowWith(u"A", u"1"));
   CFGTable readTable;
-  ASSERT_EQ(pass(table, readTable), 1);
+  ASSERT_EQ(loadFromXml(readTable, xmlOf(table)), 1);
   EXPECT_EQ(readTable.changed, table.changed);
   EXPECT_EQ(readTable.TransID, 4);
   EXPECT_TRUE(readTable.Rows.empty());
@@ -56,7 +46,7 @@ TEST(Table, XmlHoldsTheHeaderOnly) {
   row.RowNo = 7;
   CFGRow readRow = rowWith(u"B", u"kept");
   readRow.RowNo = 8;
-  ASSERT_EQ(pass(row, readRow), 1);
+  ASSERT_EQ(loadFromXml(readRow, xmlOf(row)), 1);
   EXPECT_EQ(readRow.created, row.created);
   EXPECT_EQ(readRow.RowNo, 8);
   EXPECT_EQ(readRow.Cells.size(), 1u);
@@ -66,12 +56,8 @@ TEST(Table, XmlHoldsTheHeaderOnly) {
 TEST(Table, ReadsOnlyItsOwnElement) {
   CFGTable table;
   fillHeader(table);
-  CMarkup document;
-  ASSERT_EQ(table.serializeXML(&document), 1);
-  document.ResetPos();
-  document.FindChildElem();
   CFGRow row;
-  EXPECT_EQ(row.loadByXML(&document), 0);
+  EXPECT_EQ(loadFromXml(row, xmlOf(table)), 0);
   EXPECT_EQ(row.ObjectID, 0);
   EXPECT_EQ(row.loadByXML(nullptr), 0);
   EXPECT_EQ(row.serializeXML(nullptr), 0);

@@ -9,6 +9,7 @@
 #include "kpx/config/CFGHeader.h"
 #include "kpx/support/TextStore.h"
 #include "kpx/xml/CMarkup.h"
+#include "tests/common/ObjectXml.h"
 #include "tests/common/TextPrinter.h"
 
 namespace kpx {
@@ -20,12 +21,6 @@ std::vector<const SettingsClass*> configurations() {
     if (each->isConfiguration()) classes.push_back(each);
   }
   return classes;
-}
-
-CString textOf(const CDBObject& object) {
-  CMarkup document;
-  EXPECT_EQ(object.serializeXML(&document), 1);
-  return document.GetDoc();
 }
 
 /// A text that the setting takes and that differs from its defaults and from 0.
@@ -68,34 +63,31 @@ TEST_P(EveryClass, SavesAndLoadsEveryValue) {
       EXPECT_EQ(access.text(*object), check.normal);
     }
   }
-  CMarkup document;
-  ASSERT_EQ(object->serializeXML(&document), 1);
-  CMarkup again;
-  ASSERT_TRUE(again.SetDoc(document.GetDoc()));
-  again.FindChildElem();
+  const CString xml = xmlOf(*object);
+  ASSERT_TRUE(CMarkup(xml).IsWellFormed());
   const std::unique_ptr<CFGConfig> fresh = GetParam()->create();
-  ASSERT_EQ(fresh->loadByXML(&again), 1);
+  ASSERT_EQ(loadFromXml(*fresh, xml), 1);
   // Reading adds no setting, so that those which a new object lacks stay away.
   for (const auto& entry : fresh->Class.Cols) {
     EXPECT_EQ(entry.value.Value.Value, object->Class.find(entry.key)->Value.Value)
         << entry.key.utf8();
   }
   if (fresh->Class.Cols.size() == object->Class.Cols.size()) {
-    EXPECT_EQ(textOf(*fresh), document.GetDoc());
+    EXPECT_EQ(xmlOf(*fresh), xml);
   }
 }
 
 TEST_P(EveryClass, CopyIsDeep) {
   const std::unique_ptr<CFGConfig> object = GetParam()->create();
-  const CString before = textOf(*object);
+  const CString before = xmlOf(*object);
   CFGConfig copy(*object);
   for (const auto& entry : object->Class.Cols) {
     copy.Class.ColAt(entry.key).Value.Value += u"x";
     copy.Class.ColAt(entry.key).CodedValues.resize(1);
   }
-  EXPECT_EQ(textOf(*object), before);
+  EXPECT_EQ(xmlOf(*object), before);
   copy = *object;
-  EXPECT_EQ(textOf(copy), before);
+  EXPECT_EQ(xmlOf(copy), before);
 }
 
 TEST_P(EveryClass, NewObjectIsInTheOrderOfItsConstruction) {
@@ -142,16 +134,16 @@ TEST_P(EveryClass, FirstSetCreatesAndSecondChangesTheValueOnly) {
     const ValueCheck check = access.setText(*object, otherText(*access.setting, 3));
     column.Value.Value = check.normal;
     EXPECT_EQ(object->Class.KeyOrder.size(), 1u);
-    EXPECT_EQ(textOf(*object->Class.find(access.key())), textOf(column));
+    EXPECT_EQ(xmlOf(*object->Class.find(access.key())), xmlOf(column));
   }
 }
 
 TEST_P(EveryClass, ResetPosLeavesTheColumns) {
   const std::unique_ptr<CFGConfig> object = GetParam()->create();
-  const CString before = textOf(*object);
+  const CString before = xmlOf(*object);
   object->ResetPos();
   const std::vector<CString> order = object->Class.KeyOrder;
-  EXPECT_EQ(textOf(*object), before);
+  EXPECT_EQ(xmlOf(*object), before);
   EXPECT_EQ(std::set<CString>(order.begin(), order.end()).size(), order.size());
 
   object->Class.KeyOrder.insert(object->Class.KeyOrder.begin(), u"another");

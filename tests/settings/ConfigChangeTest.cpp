@@ -4,16 +4,11 @@
 
 #include "kpx/settings/ConfigFile.h"
 #include "kpx/settings/ConfigParts.h"
+#include "tests/common/ObjectXml.h"
 #include "tests/common/TextPrinter.h"
 
 namespace kpx {
 namespace {
-
-CString textOf(const CFGConfig& config) {
-  CMarkup document;
-  EXPECT_EQ(config.serializeXML(&document), 1);
-  return document.TakeDoc();
-}
 
 /// Two configurations of one class, of which only the second has the key "Class".
 const CString twoHeaders =
@@ -73,11 +68,11 @@ TEST(ConfigChange, AddsEveryKeyOfEveryClassAsANewObjectHasIt) {
   for (const SettingsClass* const each : settingsClasses()) {
     const std::unique_ptr<CFGConfig> object = each->create();
     if (!object) continue;
-    const CString complete = textOf(*object);
+    const CString complete = xmlOf(*object);
     CMarkup document;
     const CFGClass columns = object->Class;
     object->Class.RemoveCols();
-    ASSERT_TRUE(document.SetDoc(textOf(*object)));
+    ASSERT_TRUE(document.SetDoc(xmlOf(*object)));
     for (const auto& [key, column] : columns.Cols) {
       const EditResult result =
           setValueInDocument(document, {}, key, column.Value.Value, MissingKey::add);

@@ -18,7 +18,7 @@
 #include "kpx/settings/CFGProjectSettings.h"
 #include "kpx/settings/CFGProjectSettingsIntern.h"
 #include "kpx/settings/CFGTachyEvalMask.h"
-#include "kpx/xml/CMarkup.h"
+#include "tests/common/ObjectXml.h"
 #include "tests/common/TextPrinter.h"
 
 namespace kpx {
@@ -43,12 +43,8 @@ bool has(const CFGConfig& settings, const CString& key) { return settings.Class.
 
 template <class Settings>
 Settings savedAndLoaded(const Settings& settings) {
-  CMarkup document;
-  EXPECT_EQ(settings.serializeXML(&document), 1);
-  document.ResetPos();
-  document.FindChildElem();
   Settings loaded;
-  EXPECT_EQ(loaded.loadByXML(&document), 1);
+  EXPECT_EQ(loadFromXml(loaded, xmlOf(settings)), 1);
   return loaded;
 }
 

@@ -15,8 +15,8 @@
 #include "kpx/settings/CFGConfigDXFConvertTextTable.h"
 #include "kpx/support/TextStore.h"
 #include "kpx/text/NumberText.h"
-#include "kpx/xml/CMarkup.h"
 #include "tests/common/FailingAllocations.h"
+#include "tests/common/ObjectXml.h"
 #include "tests/common/TextPrinter.h"
 
 namespace kpx {
@@ -87,12 +87,8 @@ TEST(TableClasses, HeaderTravelsWithItsColumns) {
   EXPECT_EQ(header.GetElementName(), u"CFGConfigDXFLineTable");
   header.setDescription(u"B\u00F6schung");
   header.Class.ColAt(u"DXFLINETABLE_COLOR").Unit = 3;
-  CMarkup document;
-  ASSERT_EQ(header.serializeXML(&document), 1);
-  document.ResetPos();
-  document.FindChildElem();
   CFGConfigDXFConvertLineHeader loaded;
-  ASSERT_EQ(loaded.loadByXML(&document), 1);
+  ASSERT_EQ(loadFromXml(loaded, xmlOf(header)), 1);
   EXPECT_EQ(loaded.getDescription(), u"B\u00F6schung");
   EXPECT_EQ(loaded.Class.find(u"DXFLINETABLE_COLOR")->Unit, 3);
   EXPECT_EQ(loaded.Class.find(u"DXFLINETABLE_SAVE"), nullptr) << "a cell without a column";
