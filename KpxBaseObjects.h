@@ -18,6 +18,8 @@
 #include "kpx/domain/CAaaAreaCalcResultCache.h"
 #include "kpx/domain/CFCFieldInfos.h"
 #include "kpx/domain/CNAS_Punktobjekt.h"
+#include "kpx/platform/InputDialog.h"
+#include "kpx/platform/ProgressDialog.h"
 #include "kpx/report/Error.h"
 #include "kpx/report/Exceptions.h"
 #include "kpx/settings/AllSettings.h"

@@ -2,16 +2,11 @@
 
 #include <cstdint>
 
+#include "kpx/platform/WindowHandle.h"
 #include "kpx/report/Export.h"
 #include "kpx/text/CString.h"
 
-// The system's window, by the name that its own header gives it.
-struct HWND__;  // NOLINT(bugprone-reserved-identifier)
-
 namespace kpx {
-
-/// A window as the system counts it; only stored and handed on. The type is the system's HWND.
-using WindowHandle = ::HWND__*;
 
 /// Styles and answers of message boxes, with the system's numbers.
 namespace MessageBoxStyle {

@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "kpx/platform/FileSystem.h"
+#include "kpx/platform/Progress.h"
 #include "kpx/report/Export.h"
-#include "kpx/support/Progress.h"
 #include "kpx/support/ZipArchive.h"
 #include "kpx/support/ZipStatus.h"
 #include "kpx/text/CString.h"
@@ -28,7 +28,8 @@ struct UnzipOptions {
   ZipLimits limits;
   UnzipOverwrite overwrite = UnzipOverwrite::always;
   bool testOnly = false;    // unpacks and checks everything, writes nothing; the folder is not used
-  ProgressReport progress;  // counts unpacked bytes; the text is the name of the entry
+  ProgressReport progress;  // counts unpacked bytes; the text is the name of the entry. The user
+                            // sees it with ProgressDialog::report.
 };
 
 /// What became of one entry.

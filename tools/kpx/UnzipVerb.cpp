@@ -2,10 +2,11 @@
 #include <memory>
 #include <string>
 
+#include "kpx/platform/ProgressDialog.h"
+#include "kpx/platform/TerminalProgress.h"
 #include "kpx/support/Unzip.h"
 #include "kpx/support/ZipArchive.h"
 #include "tools/kpx/Output.h"
-#include "tools/kpx/ProgressBar.h"
 #include "tools/kpx/Verbs.h"
 
 namespace kpx::tool {
@@ -121,8 +122,9 @@ Exit unpack(const Arguments& arguments) {
       arguments.overwrite == "always" ? UnzipOverwrite::always : UnzipOverwrite::never;
   UnzipResult result;
   {
-    ProgressBar bar;
-    options.progress = [&](const Progress& progress) { return bar.show(progress); };
+    setProgressDialogHandler(terminalProgress);
+    ProgressDialog line({});
+    options.progress = line.report();
     result = unzip(given(arguments.archive), given(arguments.folder), options);
   }
   requireArchive(arguments, result.archive, result.file);

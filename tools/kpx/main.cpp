@@ -1,8 +1,12 @@
+#include <algorithm>
 #include <CLI/CLI.hpp>
 #include <exception>
 #include <iostream>
 #include <new>
+#include <string>
+#include <vector>
 
+#include "kpx/platform/CommandLine.h"
 #include "kpx/support/TextStore.h"
 #include "tools/kpx/Exit.h"
 #include "tools/kpx/Output.h"
@@ -27,11 +31,13 @@ Exit run(const Action& action) {
   }
 }
 
-int runProgram(int argc, char** argv) {
+int runProgram(std::vector<std::string> arguments) {
   CLI::App app(
       "Reads, changes and checks the configuration, XML and INI files and the registry of the "
       "suite.",
       "kpx");
+  // "/data/job.xml" is a file on every system.
+  app.allow_windows_style_options(false);
   app.set_version_flag("--version", std::string("kpx ") + KPX_VERSION);
   requireVerb(app);
   app.footer(
@@ -53,7 +59,8 @@ int runProgram(int argc, char** argv) {
   addDoctorVerb(app, chosen);
   addXmlVerbs(app, chosen);
   try {
-    app.parse(argc, argv);
+    std::ranges::reverse(arguments);  // as the parser takes them
+    app.parse(std::move(arguments));
   } catch (const CLI::ParseError& error) {
     if (app.exit(error) != 0) return static_cast<int>(Exit::usage);
     std::cout.flush();  // help and version
@@ -67,7 +74,8 @@ int runProgram(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   try {
-    return kpx::tool::runProgram(argc, argv);
+    kpx::keepStandardStreamBytes();
+    return kpx::tool::runProgram(kpx::programArguments(argc, argv));
   } catch (const std::exception& error) {
     kpx::tool::complain(error.what());
     return static_cast<int>(kpx::tool::Exit::input);

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "kpx/report/Export.h"
+
+namespace kpx {
+
+// What a program of the command line needs from the system before its first line.
+
+/// The arguments of the program as UTF-8, without its own name. `count` and `values` are those of
+/// `main`, which on Windows lack what the user's code page does not have.
+KPX_API std::vector<std::string> programArguments(int count, const char* const* values);
+
+/// Lets standard input and output carry the bytes as they are. Without it Windows writes each line
+/// feed as CR LF, and input ends at a Ctrl-Z. To be called before either is used.
+KPX_API void keepStandardStreamBytes() noexcept;
+
+}  // namespace kpx

@@ -1,0 +1,12 @@
+#include "kpx/platform/CommandLine.h"
+
+namespace kpx {
+
+std::vector<std::string> programArguments(int count, const char* const* values) {
+  return count > 1 ? std::vector<std::string>(values + 1, values + count)
+                   : std::vector<std::string>();
+}
+
+void keepStandardStreamBytes() noexcept {}
+
+}  // namespace kpx

@@ -1,0 +1,36 @@
+#include "kpx/platform/CommandLine.h"
+
+#include <windows.h>
+// The header above comes first: these build on it.
+#include <fcntl.h>
+#include <io.h>
+#include <shellapi.h>
+
+#include <cstdio>
+#include <memory>
+
+#include "kpx/text/CString.h"
+
+namespace kpx {
+
+std::vector<std::string> programArguments(int count, const char* const* values) {
+  int wideCount = 0;
+  const std::unique_ptr<LPWSTR, decltype(&::LocalFree)> wide(
+      ::CommandLineToArgvW(::GetCommandLineW(), &wideCount), &::LocalFree);
+  std::vector<std::string> arguments;
+  if (!wide) {
+    if (count > 1) arguments.assign(values + 1, values + count);
+    return arguments;
+  }
+  for (int i = 1; i < wideCount; ++i) arguments.push_back(CString(wide.get()[i]).utf8());
+  return arguments;
+}
+
+void keepStandardStreamBytes() noexcept {
+  for (std::FILE* const stream : {stdin, stdout}) {
+    // A program without a console may have none.
+    if (const int file = ::_fileno(stream); file >= 0) ::_setmode(file, _O_BINARY);
+  }
+}
+
+}  // namespace kpx
