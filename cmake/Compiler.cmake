@@ -20,8 +20,14 @@ set(CMAKE_CXX_FLAGS_RELEASE "-O2 -DNDEBUG")
 if(MSVC)
   add_compile_options(/utf-8 /W4 /WX /permissive- /Zc:preprocessor /Zc:__cplusplus)
 else()
-  add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
-                      -Wold-style-cast -Wcast-align -Wunused -Wformat=2 -Werror)
+  add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wcast-align -Wunused -Wformat=2 -Werror)
+  foreach(warning -Wnon-virtual-dtor -Woverloaded-virtual -Wold-style-cast)
+    add_compile_options($<$<COMPILE_LANGUAGE:CXX>:${warning}>)
+  endforeach()
+endif()
+
+if(WIN32)
+  add_compile_definitions(UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN _WIN32_WINNT=0x0A00)
 endif()
 
 if(KPX_SANITIZE)

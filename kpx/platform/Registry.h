@@ -144,7 +144,8 @@ class KPX_API Registry {
   /// Deletes a key with everything below it.
   virtual RegistryResult removeTree(RegistryRoot root, const CString& path) = 0;
   /// Carries out the steps in their order; `reached` is how many went well before the first that
-  /// failed. On Windows these stay; elsewhere all steps are stored together or none is.
+  /// failed. On Windows these stay, unless a name or a value was none that can be stored; elsewhere
+  /// all steps are stored together or none is.
   virtual RegistryResult change(RegistryRoot root, std::span<const RegistryChange> steps,
                                 std::size_t& reached) = 0;
 };

@@ -79,7 +79,8 @@ TEST(Context, NoGetterAnswersTheValueOfAnotherSetter) {
 // --- folders ------------------------------------------------------------------------------------
 
 TEST(Context, ProgramFolderIsTheFirstThatIsFound) {
-  const CString fromProgramFile = programFile().Left(programFile().ReverseFind(u'/'));
+  const auto end = std::u16string_view(programFile()).find_last_of(u"/\\");
+  const CString fromProgramFile = programFile().Left(static_cast<int>(end));
   const struct {
     const char* what;
     const char16_t *set, *environment, *user, *machine, *help, *application;
@@ -101,14 +102,14 @@ TEST(Context, ProgramFolderIsTheFirstThatIsFound) {
       if (*value) scope.store(root, CString(installKey), u"ProgPath", RegistryValue::ofText(value));
     };
     kpxSetProgPath(each.set);
-    if (*each.environment) scope.setVariable("KPX_INI", each.environment);
+    if (*each.environment) setVariable("KPX_INI", each.environment);
     store(RegistryRoot::currentUser, each.user);
     store(RegistryRoot::localMachine, each.machine);
     setHelpFile(each.help);
     setBinFolderApplication(each.application);
     EXPECT_EQ(kpxGetProgPath(), each.expected) << each.what;
     // What was found is kept; the empty text has it looked for anew.
-    scope.setVariable("KPX_INI", u"/later");
+    setVariable("KPX_INI", u"/later");
     EXPECT_EQ(kpxGetProgPath(), each.expected) << each.what;
     setBinFolderApplication(u"");
     kpxSetProgPath(u"");

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <chrono>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -12,10 +11,12 @@
 #include "kpx/context/Switches.h"
 #include "kpx/platform/Clock.h"
 #include "kpx/platform/Environment.h"
+#include "kpx/platform/ExclusiveFile.h"
 #include "kpx/platform/FileSystem.h"
 #include "kpx/platform/MessageBox.h"
 #include "kpx/platform/Registry.h"
 #include "tests/common/TemporaryFolder.h"
+#include "tests/common/TestEnvironment.h"
 
 namespace kpx {
 
@@ -38,9 +39,7 @@ class StoppedClock final : public Clock {
 class ContextScope {
  public:
   ContextScope() {
-    setVariable("KPX_USER_REGISTRY", folder / "user.db");
-    setVariable("KPX_MACHINE_REGISTRY", folder / "machine.db");
-    ::unsetenv("KPX_INI");
+    removeVariable("KPX_INI");
     fileSystem().createFolder(systemFolder());
     fileSystem().createFolder(projectFolder());
     kpxSetAppName(u"Kiebitz");
@@ -60,16 +59,11 @@ class ContextScope {
     detail::releaseContext();
     setLogPatience(std::chrono::milliseconds(250));
     setMessageBoxHandler(nullptr);
-    ::unsetenv("KPX_USER_REGISTRY");
-    ::unsetenv("KPX_MACHINE_REGISTRY");
-    ::unsetenv("KPX_INI");
+    removeVariable("KPX_INI");
   }
   ContextScope(const ContextScope&) = delete;
   ContextScope& operator=(const ContextScope&) = delete;
 
-  static void setVariable(const char* name, const CString& value) {
-    ::setenv(name, value.utf8().c_str(), 1);
-  }
   CString systemFolder() const { return folder / "system"; }
   CString projectFolder() const { return folder / "project"; }
 
@@ -88,12 +82,22 @@ class ContextScope {
     for (std::size_t from = 0; from < bytes.size();) {
       const std::size_t end = std::min(bytes.find('\n', from), bytes.size());
       lines.push_back(bytes.substr(from, end - from));
+      if (systemLineEnd == "\r\n" && lines.back().ends_with('\r')) lines.back().pop_back();
       from = end + 1;
     }
     return lines;
   }
 
+  /// The user as each line of a log ends with it.
+  static std::string userField() {
+    return "Möller (" + kpxGetComputerName().utf8() + ", " + std::to_string(kpxGetMemSizeMB()) +
+           " MB)";
+  }
+
   TemporaryFolder folder;
+
+ private:
+  TemporaryRegistry registry_;
 };
 
 }  // namespace kpx

@@ -1,14 +1,7 @@
 #include "kpx/context/ErrorReport.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sqlite3.h>
-#include <sys/file.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <csignal>
 #include <filesystem>
 #include <set>
 #include <stdexcept>
@@ -21,16 +14,9 @@
 namespace kpx {
 namespace {
 
-using std::chrono::milliseconds;
-
-std::string userField() {
-  return "Möller (" + kpxGetComputerName().utf8() + ", " + std::to_string(kpxGetMemSizeMB()) +
-         " MB)";
-}
-
 std::string lineOf(const std::string& number, const std::string& project = "Aue") {
   return "Projekt: " + project + "    Job: Tag 1    Fehler: " + number +
-         "     Datum / Zeit: 05.03.2021 / 08:03:04    User: " + userField();
+         "     Datum / Zeit: 05.03.2021 / 08:03:04    User: " + ContextScope::userField();
 }
 
 std::vector<MessageBoxRequest> shown;
@@ -49,7 +35,7 @@ TEST(ErrorReport, OneLineInEachLogAndNoBoxWithoutTheSwitch) {
   const std::string text =
       "Projekt: Aue    Job: Tag 1                      Datum / Zeit: 05.03.2021 / 08:03:04    "
       "User: " +
-      userField() + "  Info: Verbindung weg";
+      ContextScope::userField() + "  Info: Verbindung weg";
   for (const char* place : {"system", "project"}) {
     EXPECT_EQ(scope.log(place), (std::vector<std::string>{lineOf("42905"), text})) << place;
   }
@@ -103,20 +89,6 @@ TEST(ErrorReport, MessageBoxesOfModules) {
   EXPECT_EQ(shown[3].style, 16);
 }
 
-TEST(ErrorReport, DefaultAnswerOfABoxThatNobodySeesChangesNothing) {
-  const struct {
-    std::int32_t style;
-    int answer;
-  } boxes[] = {{16, 1}, {64 + 1, 2}, {2, 3}, {32 + 3, 2}, {4, 7}, {5, 2}};
-  for (const auto& box : boxes) {
-    MessageBoxRequest request;
-    request.style = box.style;
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(showMessageBox(request), box.answer) << box.style;
-    testing::internal::GetCapturedStderr();
-  }
-}
-
 TEST(ErrorReport, OneReportIsOneLineWhateverTheNamesHold) {
   ContextScope scope;
   StoppedClock clock;
@@ -158,7 +130,7 @@ TEST(ErrorReport, TranslatedTemplateCountsOnlyWithThePlaceholdersOfTheGermanOne)
     ASSERT_EQ(lines.size(), 1u);
     if (each.isUsed) {
       EXPECT_EQ(lines[0], "Project: Aue Job: Tag 1 Error: 7 Time: 05.03.2021/08:03:04 100% User: " +
-                              userField());
+                              ContextScope::userField());
     } else {
       EXPECT_EQ(lines[0], lineOf("7")) << CString(each.text).utf8();
     }
@@ -175,14 +147,6 @@ TEST(ErrorReport, LogThatCannotBeWrittenLosesOnlyItself) {
       {"missing folder", [](const auto& folder) { std::filesystem::remove(folder); }},
       {"folder of that name",
        [](const auto& folder) { std::filesystem::create_directory(folder / "Error.log"); }},
-      {"full volume",
-       [](const auto& folder) {
-         std::filesystem::create_symlink("/dev/full", folder / "Error.log");
-       }},
-      {"pipe that nobody reads",
-       [](const auto& folder) {
-         ASSERT_EQ(std::system(("mkfifo " + (folder / "Error.log").string()).c_str()), 0);
-       }},
   };
   for (const auto& each : cases) {
     ContextScope scope;
@@ -190,82 +154,6 @@ TEST(ErrorReport, LogThatCannotBeWrittenLosesOnlyItself) {
     kpxError(7);
     EXPECT_EQ(scope.log("project").size(), 1u) << each.what;
   }
-}
-
-TEST(ErrorReport, WriteProtectedLogIsSkipped) {
-  ContextScope scope;
-  const auto log = scope.folder.path() / "system" / "Error.log";
-  scope.folder.write("system/Error.log", "old\n");
-  std::filesystem::permissions(log, std::filesystem::perms::owner_read);
-  std::filesystem::permissions(scope.folder.path(), std::filesystem::perms::all);
-  std::filesystem::permissions(scope.folder.path() / "project", std::filesystem::perms::all);
-  const pid_t child = ::fork();
-  if (child == 0) {
-    // The administrator may write everything.
-    constexpr uid_t nobody = 65534;
-    if (::geteuid() == 0 && ::setuid(nobody) != 0) ::_exit(2);
-    kpxError(7);
-    ::_exit(0);
-  }
-  int status = -1;
-  ASSERT_EQ(::waitpid(child, &status, 0), child);
-  EXPECT_EQ(status, 0);
-  EXPECT_EQ(scope.log("system"), std::vector<std::string>{"old"});
-  EXPECT_EQ(scope.log("project").size(), 1u);
-}
-
-TEST(ErrorReport, LineThatFitsOnlyHalfIsTakenBack) {
-  ContextScope scope;
-  scope.folder.write("system/Error.log", "old\n");
-  const pid_t child = ::fork();
-  if (child == 0) {
-    std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit limit{40, 40};
-    if (::setrlimit(RLIMIT_FSIZE, &limit) != 0) ::_exit(2);
-    kpxError(7);
-    ::_exit(0);
-  }
-  int status = -1;
-  ASSERT_EQ(::waitpid(child, &status, 0), child);
-  EXPECT_EQ(status, 0);
-  EXPECT_EQ(scope.log("system"), std::vector<std::string>{"old"});
-  EXPECT_TRUE(scope.log("project").empty());
-}
-
-TEST(ErrorReport, LockedLogIsSkippedAfterTheTimeThatWasSet) {
-  ContextScope scope;
-  setLogPatience(milliseconds(50));
-  scope.folder.write("system/Error.log", "");
-  const int other =
-      ::open((scope.folder.path() / "system" / "Error.log").c_str(), O_WRONLY | O_CLOEXEC);
-  ASSERT_EQ(::flock(other, LOCK_EX), 0);
-  const auto begin = std::chrono::steady_clock::now();
-  kpxError(7);
-  const auto waited = std::chrono::steady_clock::now() - begin;
-  EXPECT_GE(waited, milliseconds(50));
-  EXPECT_LT(waited, milliseconds(1000));
-  EXPECT_TRUE(scope.log("system").empty());
-  EXPECT_EQ(scope.log("project").size(), 1u);
-  ::close(other);
-  kpxError(7);
-  EXPECT_EQ(scope.log("system").size(), 1u);
-}
-
-TEST(ErrorReport, LockedRegistryHoldsNobodyUp) {
-  ContextScope scope;
-  scope.switchOn(u"ErrorMessage");
-  setLogPatience(milliseconds(50));
-  setMessageBoxHandler(&rememberBox);
-  shown.clear();
-  sqlite3* other = nullptr;
-  ASSERT_EQ(sqlite3_open((scope.folder.path() / "user.db").c_str(), &other), SQLITE_OK);
-  ASSERT_EQ(sqlite3_exec(other, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr), SQLITE_OK);
-  const auto begin = std::chrono::steady_clock::now();
-  kpxError(7);
-  EXPECT_LT(std::chrono::steady_clock::now() - begin, milliseconds(1000));
-  sqlite3_close(other);
-  EXPECT_TRUE(shown.empty());
-  EXPECT_EQ(scope.log("system").size(), 1u);
 }
 
 TEST(ErrorReport, RunsOutOfMemoryAtEveryPlaceAndStillLogs) {
@@ -290,40 +178,6 @@ TEST(ErrorReport, RunsOutOfMemoryAtEveryPlaceAndStillLogs) {
   }
   EXPECT_EQ(lengths.size(), 2u) << "the short line, and the whole one once there is memory";
   EXPECT_EQ(scope.log("project"), scope.log("system"));
-}
-
-// --- several processes --------------------------------------------------------------------------
-
-TEST(ErrorReport, EightProcessesLoseAndMixUpNoLine) {
-  ContextScope scope;
-  setLogPatience(std::chrono::minutes(2));
-  constexpr int processes = 8;
-  constexpr int reports = 1000;
-  std::vector<pid_t> children;
-  for (int process = 0; process < processes; ++process) {
-    const pid_t child = ::fork();
-    if (child == 0) {
-      for (int i = 0; i < reports; ++i) kpxError(100000 * (process + 1) + i);
-      ::_exit(0);
-    }
-    children.push_back(child);
-  }
-  for (const pid_t child : children) {
-    int status = -1;
-    ASSERT_EQ(::waitpid(child, &status, 0), child);
-    EXPECT_EQ(status, 0);
-  }
-  for (const char* place : {"system", "project"}) {
-    std::set<int> numbers;
-    const auto lines = scope.log(place);
-    for (const std::string& line : lines) {
-      const std::string head = "Projekt: Aue    Job: Tag 1    Fehler: ";
-      ASSERT_TRUE(line.starts_with(head) && line.ends_with(userField())) << line;
-      numbers.insert(std::stoi(line.substr(head.size())));
-    }
-    EXPECT_EQ(lines.size(), std::size_t{processes * reports}) << place;
-    EXPECT_EQ(numbers.size(), lines.size()) << place;
-  }
 }
 
 }  // namespace

@@ -17,7 +17,7 @@ TEST(Threads, ManyReadAtOnce) {
   StoppedClock clock;
   addBuiltInTexts();
   CFGGeneralSettings settings;
-  scope.setVariable("KPX_INI", u"/programs");
+  setVariable("KPX_INI", u"/programs");
   setLogPatience(std::chrono::minutes(1));
   std::array<int, 4> good{};
   {

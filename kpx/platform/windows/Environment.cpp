@@ -32,7 +32,8 @@ bool readEnvironmentVariable(const CString& name, CString& value) {
 }
 
 CString computerName() {
-  wchar_t name[MAX_COMPUTERNAME_LENGTH + 1];
+  // 15 units are the system's limit, but not everybody's who stands in for it.
+  wchar_t name[256];
   auto length = static_cast<DWORD>(sizeof name / sizeof *name);
   if (!::GetComputerNameW(name, &length)) return {};
   return CString(std::wstring_view(name, length));

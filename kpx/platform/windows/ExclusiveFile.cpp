@@ -4,7 +4,7 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <iterator>
+#include <string_view>
 
 #include "kpx/platform/windows/SystemCall.h"
 
@@ -13,17 +13,34 @@ namespace {
 
 HANDLE handleOf(std::intptr_t handle) noexcept { return reinterpret_cast<HANDLE>(handle); }
 
+constexpr std::size_t maxName = 4096;
+
+/// The path as the system takes it, with its end; nullptr when it is none. Long ones are made
+/// complete and marked, as `SystemPath` does it, but without memory of their own.
+const wchar_t* systemName(std::u16string_view path, wchar_t (&plain)[maxName],
+                          wchar_t (&marked)[maxName]) noexcept {
+  if (path.empty() || path.size() >= maxName || path.find(u'\0') != path.npos) return nullptr;
+  std::copy(path.begin(), path.end(), plain);
+  plain[path.size()] = L'\0';
+  constexpr std::wstring_view mark = LR"(\\?\)";
+  const DWORD length = ::GetFullPathNameW(plain, static_cast<DWORD>(maxName - mark.size()),
+                                          marked + mark.size(), nullptr);
+  const bool isLong = length >= MAX_PATH && length < maxName - mark.size();
+  // Servers and devices have marks of their own.
+  if (!isLong || marked[mark.size()] == L'\\') return plain;
+  std::copy(mark.begin(), mark.end(), marked);
+  return marked;
+}
+
 }  // namespace
 
 FileResult ExclusiveFile::open(std::u16string_view path, Mode mode,
                                std::chrono::milliseconds patience) noexcept {
   close();
-  wchar_t name[4096];
-  if (path.empty() || path.size() >= std::size(name) || path.find(u'\0') != path.npos) {
-    return {FileStatus::badName, 0};
-  }
-  std::copy(path.begin(), path.end(), name);
-  name[path.size()] = L'\0';
+  wchar_t plain[maxName];
+  wchar_t marked[maxName];
+  const wchar_t* const name = systemName(path, plain, marked);
+  if (name == nullptr) return {FileStatus::badName, 0};
   const bool rewrites = mode == Mode::rewrite;
   const DWORD access = rewrites ? GENERIC_WRITE : FILE_APPEND_DATA | FILE_READ_ATTRIBUTES;
   // A link is opened as itself, so that the trace cannot be led to another file.

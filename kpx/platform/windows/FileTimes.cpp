@@ -17,20 +17,17 @@ DateTime dateTimeOf(const FILETIME& time) noexcept {
 }  // namespace
 
 FileResult readFileTimes(const CString& path, FileTimes& times) {
-  if (path.IsEmpty() || path.Find(u'\0') != -1) return {FileStatus::badName, 0};
-  const HANDLE file =
-      ::CreateFileW(reinterpret_cast<const wchar_t*>(path.GetString()), FILE_READ_ATTRIBUTES,
-                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
-                    FILE_FLAG_BACKUP_SEMANTICS, nullptr);
-  if (file == INVALID_HANDLE_VALUE) return detail::lastError();
+  const detail::SystemPath name(path);
+  if (!name.usable()) return {FileStatus::badName, 0};
+  const detail::Handle file = detail::openHandle(name, FILE_READ_ATTRIBUTES, detail::shareAll,
+                                                 OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
+  if (!file.isOpen()) return detail::failureAt(name);
   FILETIME created = {};
   FILETIME accessed = {};
   FILETIME written = {};
-  const bool done = ::GetFileTime(file, &created, &accessed, &written) != 0;
-  const FileResult result = done ? FileResult{} : detail::lastError();
-  ::CloseHandle(file);
-  if (done) times = {dateTimeOf(created), dateTimeOf(accessed), dateTimeOf(written)};
-  return result;
+  if (!::GetFileTime(file.get(), &created, &accessed, &written)) return detail::lastError();
+  times = {dateTimeOf(created), dateTimeOf(accessed), dateTimeOf(written)};
+  return {};
 }
 
 }  // namespace kpx

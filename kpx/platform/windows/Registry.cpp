@@ -125,7 +125,7 @@ class SystemKey final : public RegistryKey {
     if (const RegistryResult result = checkValueName(name); !result) return result;
     if (value.bytes.size() > Registry::maxValueBytes) return {RegistryStatus::tooLarge};
     std::string bytes = value.bytes;
-    if (isText(value.type)) bytes.append(2, '\0');
+    if (isText(value.type) && bytes.size() % 2 == 0) bytes.append(2, '\0');
     return resultOf(::RegSetValueExW(handle_, wide(name), 0, static_cast<DWORD>(value.type),
                                      reinterpret_cast<const BYTE*>(bytes.data()),
                                      static_cast<DWORD>(bytes.size())));
@@ -203,6 +203,10 @@ class SystemRegistry final : public Registry {
 
   RegistryResult change(RegistryRoot root, std::span<const RegistryChange> steps,
                         std::size_t& reached) override {
+    // What can be told beforehand stops it before the first step.
+    for (reached = 0; reached < steps.size(); ++reached) {
+      if (const RegistryResult result = check(steps[reached]); !result) return result;
+    }
     for (reached = 0; reached < steps.size(); ++reached) {
       if (const RegistryResult result = carryOut(root, steps[reached]); !result) return result;
     }
@@ -216,6 +220,13 @@ class SystemRegistry final : public Registry {
     const RegistryResult result = opening(*opened);
     if (result) key = std::move(opened);
     return result;
+  }
+
+  static RegistryResult check(const RegistryChange& step) {
+    CString joined;
+    if (const RegistryResult result = systemPath(step.key, joined); !result) return result;
+    if (step.value.bytes.size() > Registry::maxValueBytes) return {RegistryStatus::tooLarge};
+    return checkValueName(step.name);
   }
 
   bool hasSubkeys(RegistryRoot root, const CString& path) {

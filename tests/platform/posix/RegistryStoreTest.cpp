@@ -12,7 +12,8 @@
 #include <iterator>
 
 #include "kpx/platform/Registry.h"
-#include "tests/common/TemporaryRegistry.h"
+#include "tests/common/TemporaryFolder.h"
+#include "tests/common/TestEnvironment.h"
 #include "tests/common/TextPrinter.h"
 
 namespace kpx {
@@ -25,6 +26,15 @@ using Key = std::unique_ptr<RegistryKey>;
 // and contents that nobody here has written.
 class RegistryStoreTest : public testing::Test {
  protected:
+  RegistryStoreTest() {
+    setVariable("KPX_USER_REGISTRY", folder_ / "user.sqlite");
+    setVariable("KPX_MACHINE_REGISTRY", folder_ / "machine.sqlite");
+  }
+  ~RegistryStoreTest() override {
+    removeVariable("KPX_USER_REGISTRY");
+    removeVariable("KPX_MACHINE_REGISTRY");
+  }
+
   static Key created(const CString& path) {
     Key key;
     EXPECT_TRUE(registry().create(user, path, RegistryAccess::readWrite, key));
@@ -53,13 +63,24 @@ class RegistryStoreTest : public testing::Test {
 
   void execute(const char* sql) const {
     sqlite3* database = nullptr;
-    ASSERT_EQ(sqlite3_open(temporary_.userFile().c_str(), &database), SQLITE_OK);
+    ASSERT_EQ(sqlite3_open(userFile().c_str(), &database), SQLITE_OK);
     EXPECT_EQ(sqlite3_exec(database, sql, nullptr, nullptr, nullptr), SQLITE_OK) << sql;
     sqlite3_close(database);
   }
 
-  TemporaryRegistry temporary_;
+  std::string userFile() const { return (folder_.path() / "user.sqlite").string(); }
+
+  TemporaryFolder folder_;
 };
+
+TEST_F(RegistryStoreTest, ReadingCreatesNoFile) {
+  Key key;
+  EXPECT_EQ(registry().open(user, u"Software", RegistryAccess::readWrite, key).status,
+            RegistryStatus::notFound);
+  EXPECT_EQ(registry().remove(user, u"Software").status, RegistryStatus::notFound);
+  EXPECT_TRUE(registry().open(user, u"", RegistryAccess::read, key));
+  EXPECT_TRUE(folder_.names().empty());
+}
 
 TEST_F(RegistryStoreTest, ProcessesShareIt) {
   constexpr int processes = 4;
@@ -133,11 +154,11 @@ TEST_F(RegistryStoreTest, KeyOfTheParentIsRefused) {
 TEST_F(RegistryStoreTest, MissingRightsAreTold) {
   ASSERT_TRUE(created(u"A")->write(u"x", RegistryValue::ofNumber(5)));
   struct stat status;
-  ASSERT_EQ(::stat(temporary_.userFile().c_str(), &status), 0);
+  ASSERT_EQ(::stat(userFile().c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 0777, 0600u);
-  std::filesystem::permissions(temporary_.folder().path(), std::filesystem::perms(0755));
+  std::filesystem::permissions(folder_.path(), std::filesystem::perms(0755));
   const auto asOther = [&](unsigned permissions, const std::function<int()>& body) {
-    std::filesystem::permissions(temporary_.userFile(), std::filesystem::perms(permissions));
+    std::filesystem::permissions(userFile(), std::filesystem::perms(permissions));
     return exitOf(inChild([&] {
       // Rights do not bind the administrator, who may run the tests.
       if (::geteuid() == 0 && ::setuid(65534) != 0) return 99;
@@ -184,22 +205,22 @@ TEST_F(RegistryStoreTest, FullVolumeKeepsWhatWasThere) {
 
 TEST_F(RegistryStoreTest, FilesThatAreNoneAreLeftAlone) {
   ASSERT_TRUE(created(u"A")->write(u"x", RegistryValue::ofNumber(5)));
-  const std::string good = temporary_.folder().read("user.sqlite");
+  const std::string good = folder_.read("user.sqlite");
   std::string bent = good;
   for (std::size_t i = 100; i < bent.size(); i += 3) bent[i] = static_cast<char>(bent[i] ^ 0x5A);
   const std::string contents[] = {"no database at all, but longer than a header would be",
                                   good.substr(0, good.size() / 2), good.substr(0, 50), bent};
   for (const std::string& content : contents) {
-    temporary_.folder().write("user.sqlite", content);
+    folder_.write("user.sqlite", content);
     std::uint32_t number = 0;
     Key key;
     EXPECT_EQ(readValue(number), RegistryStatus::damaged) << content.size();
     EXPECT_EQ(registry().create(user, u"B", RegistryAccess::readWrite, key).status,
               RegistryStatus::damaged);
-    EXPECT_EQ(temporary_.folder().read("user.sqlite"), content);
+    EXPECT_EQ(folder_.read("user.sqlite"), content);
   }
-  std::filesystem::remove(temporary_.userFile());
-  ASSERT_EQ(::mkfifo(temporary_.userFile().c_str(), 0600), 0);
+  std::filesystem::remove(userFile());
+  ASSERT_EQ(::mkfifo(userFile().c_str(), 0600), 0);
   std::uint32_t number = 0;
   EXPECT_EQ(readValue(number), RegistryStatus::damaged);
 }
@@ -226,14 +247,14 @@ TEST_F(RegistryStoreTest, ContentsAreCheckedWhenTheyAreRead) {
       {"UPDATE keys SET parent=id", RegistryStatus::notFound},
   };
   for (const auto& [sql, expected] : cases) {
-    std::filesystem::remove(temporary_.userFile());
+    std::filesystem::remove(userFile());
     ASSERT_TRUE(created(u"A")->write(u"x", RegistryValue::ofNumber(5)));
     execute(sql);
     std::uint32_t number = 0;
     EXPECT_EQ(readValue(number), expected) << sql;
   }
   for (const char* name : {"x'00'", "5", "''", "'a\\b'", "zeroblob(600)"}) {
-    std::filesystem::remove(temporary_.userFile());
+    std::filesystem::remove(userFile());
     created(u"A");
     execute((std::string("UPDATE keys SET name=") + name).c_str());
     Key key;
@@ -264,7 +285,7 @@ TEST_F(RegistryStoreTest, DescriptorsAreGivenBack) {
     EXPECT_EQ(key->read(u"missing", value).status, RegistryStatus::notFound);
     EXPECT_FALSE(registry().open(user, u"Missing", RegistryAccess::readWrite, key));
   }
-  temporary_.folder().write("user.sqlite", std::string(5000, 'x'));
+  folder_.write("user.sqlite", std::string(5000, 'x'));
   for (int round = 0; round < 20; ++round) {
     std::uint32_t number = 0;
     EXPECT_EQ(readValue(number), RegistryStatus::damaged);
