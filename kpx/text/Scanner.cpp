@@ -60,7 +60,9 @@ void storeInteger(const ScanArg& target, bool isSigned, const ParsedInteger& par
   const unsigned bits = 8u * target.size;
   const std::uint64_t all = std::numeric_limits<std::uint64_t>::max() >> (64 - bits);
   const std::uint64_t limit = isSigned ? (all >> 1) + (parsed.negative ? 1 : 0) : all;
-  std::uint64_t value = std::min(parsed.magnitude, limit);
+  // A negative number wraps around in an unsigned target, as in C.
+  const bool wraps = parsed.negative && !isSigned;
+  std::uint64_t value = wraps ? parsed.magnitude : std::min(parsed.magnitude, limit);
   if (parsed.negative) value = ~value + 1;
   switch (target.size) {
     case 1:

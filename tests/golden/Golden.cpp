@@ -1,0 +1,90 @@
+#include "tests/golden/Golden.h"
+
+#include <gtest/gtest.h>
+#include <zlib.h>
+
+#include <algorithm>
+#include <bit>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "tests/common/TextPrinter.h"
+
+namespace kpx {
+namespace {
+
+constexpr std::size_t pendingMost = 1 << 16;
+
+/// Some bytes before and behind an offset, readable whatever they are.
+std::string around(std::string_view bytes, std::size_t offset) {
+  const std::size_t from = offset - std::min<std::size_t>(offset, 40);
+  return testing::PrintToString(CString::fromUtf8(bytes.substr(from, 80)));
+}
+
+}  // namespace
+
+void expectGolden(const std::string& file, std::string_view bytes) {
+  if (const char* const folder = std::getenv("KPX_GOLDEN_WRITE")) {
+    std::ofstream out(std::filesystem::path(folder) / file, std::ios::binary);
+    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    ASSERT_TRUE(out.flush()) << file;
+    GTEST_SKIP() << file << " written";
+  }
+  std::ifstream in(KPX_TEST_DATA "/" + file, std::ios::binary);
+  ASSERT_TRUE(in) << "no golden file " << file;
+  const std::string golden{std::istreambuf_iterator<char>(in), {}};
+  if (bytes == golden) return;
+  const auto length = static_cast<std::ptrdiff_t>(std::min(bytes.size(), golden.size()));
+  const auto [here, there] = std::mismatch(bytes.begin(), bytes.begin() + length, golden.begin());
+  const auto offset = static_cast<std::size_t>(here - bytes.begin());
+  ADD_FAILURE() << file << " (" << golden.size() << " bytes) and what was written (" << bytes.size()
+                << " bytes) differ from byte " << offset << ", line "
+                << 1 + std::count(bytes.begin(), here, '\n') << ", on\ngolden  "
+                << around(golden, offset) << "\nwritten " << around(bytes, offset);
+}
+
+std::vector<CString> split(const CString& list, char16_t separator) {
+  std::vector<CString> pieces;
+  int begin = 0;
+  for (int end; (end = list.Find(separator, begin)) >= 0; begin = end + 1) {
+    pieces.push_back(list.Mid(begin, end - begin));
+  }
+  pieces.push_back(list.Mid(begin));
+  return pieces;
+}
+
+void GoldenSum::addBytes(std::string_view bytes) {
+  pending_ += bytes;
+  if (pending_.size() >= pendingMost) crc();
+}
+
+void GoldenSum::add(const CString& text) {
+  for (const char16_t unit : text.view()) {
+    pending_ += static_cast<char>(unit);
+    pending_ += static_cast<char>(unit >> 8);
+  }
+  addBytes("\n");
+}
+
+void GoldenSum::add(double value) {
+  auto bits = std::bit_cast<std::uint64_t>(value);
+  for (int byte = 0; byte < 8; ++byte, bits >>= 8) pending_ += static_cast<char>(bits);
+  addBytes({});
+}
+
+std::uint32_t GoldenSum::crc() {
+  crc_ = static_cast<std::uint32_t>(
+      crc32_z(crc_, reinterpret_cast<const Bytef*>(pending_.data()), pending_.size()));
+  pending_.clear();
+  return crc_;
+}
+
+std::uint32_t crcOf(std::string_view bytes) {
+  GoldenSum sum;
+  sum.addBytes(bytes);
+  return sum.crc();
+}
+
+}  // namespace kpx

@@ -1,0 +1,189 @@
+// Reports, logs, lists and the other files of the suite.
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "kpx/platform/ExclusiveFile.h"
+#include "kpx/support/CIniEx.h"
+#include "kpx/support/CTimerFactory.h"
+#include "kpx/support/CUtf16StdioFile.h"
+#include "kpx/support/LanguageFile.h"
+#include "kpx/support/MemZip.h"
+#include "kpx/support/RegistryText.h"
+#include "kpx/support/TextTable.h"
+#include "kpx/text/PrintScan.h"
+#include "tests/common/TextPrinter.h"
+#include "tests/context/ContextScope.h"
+#include "tests/golden/Golden.h"
+
+namespace kpx {
+namespace {
+
+TEST(ReportGolden, Timers) {
+  StoppedClock clock;
+  const TemporaryFolder folder;
+  CTimerFactory factory;
+  for (int run = 1; run <= 1'234; ++run) {
+    const CTimerProxy proxy(factory.getTimer(u"Höhe, oft"));
+    clock.count += static_cast<std::uint64_t>(run % 7);
+  }
+  for (int run = 1; run <= 12; ++run) {
+    const CTimerProxy proxy(factory.getTimer(u"lang"));
+    clock.count += static_cast<std::uint64_t>(run * 97);
+  }
+  factory.getTimer(u"läuft\nnoch")->startTimer();
+  EXPECT_EQ(factory.dump(folder / "t.txt"), 1);
+  EXPECT_EQ(factory.dump(folder / "t.txt", ordersort, timerFileMode::append), 1);
+  EXPECT_EQ(factory.dumpSamples(u"lang", folder / "t.txt", timerFileMode::append), 1);
+  expectGolden("timers.txt", folder.read("t.txt"));
+  EXPECT_EQ(factory.dumpCsv(folder / "t.csv"), 1);
+  EXPECT_EQ(factory.dumpCsv(folder / "t.csv", ordersort, timerFileMode::append), 1);
+  expectGolden("timers.csv", folder.read("t.csv"));
+  EXPECT_EQ(factory.dumpSamplesCsv(u"lang", folder / "s.csv"), 1);
+  expectGolden("samples.csv", folder.read("s.csv"));
+}
+
+void replaceAll(std::string& text, std::string_view from, std::string_view to) {
+  for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size()) {
+    text.replace(at, from.size(), to);
+  }
+}
+
+TEST(ReportGolden, ErrorLog) {
+  ContextScope scope;
+  StoppedClock clock;
+  kpxError(42905);
+  kpxError(INT32_MIN);
+  kpxErrorText(u"Größe\r\n\xD83D €\U0001F600");
+  std::string log = scope.folder.read("project/Error.log");
+  EXPECT_EQ(scope.folder.read("system/Error.log"), log);
+  // The log is a text file of its system, and tells of the machine; all else is the same.
+  replaceAll(log, systemLineEnd, "\n");
+  EXPECT_EQ(log.find('\r'), std::string::npos);
+  const std::string memory = std::to_string(kpxGetMemSizeMB()) + " MB";
+  replaceAll(log, kpxGetComputerName().utf8() + ", " + memory, "COMPUTER, 1024 MB");
+  expectGolden("error.log", log);
+}
+
+TEST(ReportGolden, IniFiles) {
+  const TemporaryFolder folder;
+  folder.write("a.ini",
+               "; Kopf\r\nohne=Abschnitt\n\n[KPX]\r\nSYSTEM_PATH = D:\\data \n; alt\nALT=1\r\n"
+               "NEU=\xC3\xA4\r\n[Leer]\r[Sonst]\r\n\"a=b\"=c=d;e");
+  CIniEx ini;
+  int index = 0;
+  ASSERT_EQ(ini.ReadFile(folder / "a.ini"), 1);
+  EXPECT_EQ(ini.UpdateKey(u"KPX", u"ALT", u"zwei\nZeilen"), 1);
+  EXPECT_EQ(ini.DeleteKey(u"KPX", u"NEU"), 1);
+  EXPECT_EQ(ini.AddNewSection(u"Größe", u"; neu", index), 1);
+  EXPECT_EQ(ini.AddNewKey(u"Größe", u"Maß", u"1.5 €", u"; in m", u"", index), 1);
+  EXPECT_EQ(ini.SaveFile(folder / "a.ini"), 1);
+  expectGolden("edited.ini", folder.read("a.ini"));
+
+  CIniEx created;
+  EXPECT_EQ(created.AddNewSection(u"A", u"", index), 1);
+  EXPECT_EQ(created.AddNewKey(u"A", u"ä", u"\U0001F600"), 1);
+  EXPECT_EQ(created.SaveFile(folder / "b.ini"), 1);
+  expectGolden("new.ini", folder.read("b.ini"));
+}
+
+TEST(ReportGolden, RegistryText) {
+  const auto write = [](const CString& name, RegistryValue value) {
+    RegistryStep step;
+    step.change = {RegistryChange::Kind::write, u"Software\\KPX\\Größe", name, std::move(value)};
+    return step;
+  };
+  std::string bytes;
+  for (int byte = 0; byte < 256; ++byte) bytes += static_cast<char>(byte);
+  std::vector<RegistryStep> steps = {
+      write(u"", RegistryValue::ofText(u"Standard")),
+      write(u"a\\\"b", RegistryValue::ofText(u"D:\\data \"€\" \U0001F600\xD83D")),
+      write(u"Zeilen", RegistryValue::ofText(u"a\r\nb")),
+      write(u"Zahl", RegistryValue::ofNumber(0xFEDCBA98)),
+      write(u"Bytes", RegistryValue::ofBytes(bytes)),
+      write(u"andere", {static_cast<RegistryType>(0x11), "abc"})};
+  steps.push_back(write(u"weg", {}));
+  steps.back().change.kind = RegistryChange::Kind::removeValue;
+  steps.push_back(steps.back());
+  steps.back().root = RegistryRoot::localMachine;
+  steps.back().change = {RegistryChange::Kind::removeTree, u"Software\\KPX\\Alt", {}, {}};
+  CString text;
+  ASSERT_TRUE(writeRegistryText(steps, text));
+  expectGolden("registry.reg", registryTextBytes(text));
+}
+
+TEST(ReportGolden, TextFiles) {
+  using File = CUtf16StdioFile;
+  const TemporaryFolder folder;
+  for (const bool isUnicode : {true, false}) {
+    for (const std::uint32_t type : {File::typeText, File::typeBinary}) {
+      File file;
+      ASSERT_EQ(file.Open(folder / "a.txt", File::modeCreate | File::modeWrite | type), 1);
+      file.setUnicodeFile(isUnicode);
+      EXPECT_EQ(file.WriteString(u"Größe €\n\r\nzwei\r"), 1);
+      EXPECT_EQ(file.WriteString(u"\n\x1A\n"), 1);
+      EXPECT_EQ(file.Close(), 1);
+      ASSERT_EQ(file.Open(folder / "a.txt", File::modeRead | type), 1);
+      CString lines;
+      for (CString line; file.ReadString(line) == 1;) lines += line + u"|";
+      const std::string name = std::string(isUnicode ? "unicode" : "ansi") +
+                               (type == File::typeText ? "_text.txt" : "_binary.txt");
+      expectGolden(name, folder.read("a.txt") + lines.utf8());
+    }
+  }
+  // A stream of the caller's, whose mode decides on line ends.
+  const std::string path = (folder.path() / "b.txt").string();
+  std::FILE* const stream = std::fopen(path.c_str(), "wb");
+  ASSERT_NE(stream, nullptr);
+  kpxfwprintf(stream, u"%s\n", u"Größe \U0001F600\xD83D");
+  kpxfprintf(stream, "%s %.3f\n", u"Höhe", 2.675);
+  std::fclose(stream);
+  expectGolden("stream.txt", folder.read("b.txt"));
+}
+
+TEST(ReportGolden, LanguageFiles) {
+  std::ifstream english(KPX_TEXT_LISTS "/eng.tsv", std::ios::binary);
+  TextList list;
+  EXPECT_TRUE(
+      readTextTable(std::string{std::istreambuf_iterator<char>(english), {}}, list).empty());
+  ASSERT_FALSE(list.entries.empty());
+  expectGolden("ENG.LNG", languageFileBytes(list));
+
+  list = {.header = 0xFEDCBA98, .title = u"Prüfung", .entries = {}};
+  for (const int length : {0, 1, 254, 255, 256, 700}) {
+    list.entries.push_back({length, CString(u'ä', length)});
+    list.entries.push_back({-length - 1, CString(u'漢', length) + u"\U0001F600\n\xD83D"});
+  }
+  expectGolden("lengths.LNG", languageFileBytes(list));
+  expectGolden("lengths.tsv", textTableBytes(list));
+}
+
+// Versions of zlib may compress in another way; what counts is that each reads what another wrote.
+TEST(ReportGolden, CompressedBlocks) {
+  std::string content;
+  for (int line = 0; line < 500; ++line) content += std::to_string(line * line) + " Größe\r\n";
+  const auto* const source = reinterpret_cast<const unsigned char*>(content.data());
+  const auto size = static_cast<unsigned long>(content.size());
+  std::ifstream golden(KPX_TEST_DATA "/block.zlib", std::ios::binary);
+  const std::string stored{std::istreambuf_iterator<char>(golden), {}};
+  std::vector<unsigned char> packed(stored.begin(), stored.end());
+  auto packedSize = static_cast<unsigned long>(packed.size());
+  if (packed.empty()) {
+    packed.resize(memZipBound(size));
+    packedSize = static_cast<unsigned long>(packed.size());
+    ASSERT_EQ(KpxMemZip(packed.data(), &packedSize, source, size), MemZipCode::success);
+    expectGolden("block.zlib", {reinterpret_cast<const char*>(packed.data()), packedSize});
+  }
+  std::vector<unsigned char> unpacked(size);
+  auto unpackedSize = size;
+  EXPECT_EQ(KpxMemUnZip(unpacked.data(), &unpackedSize, packed.data(), packedSize),
+            MemZipCode::success);
+  EXPECT_EQ(std::string(unpacked.begin(), unpacked.end()), content);
+}
+
+}  // namespace
+}  // namespace kpx
