@@ -23,6 +23,7 @@ function(kpx_test name)
   target_link_libraries(test_${name} PRIVATE kpx_test_main ${TEST_LAYERS} ${TEST_LINK})
   target_compile_definitions(test_${name} PRIVATE KPX_STATIC
                              KPX_TEST_DATA="${CMAKE_CURRENT_SOURCE_DIR}/data")
+  target_precompile_headers(test_${name} REUSE_FROM kpx_test_main)
   add_test(NAME ${name} COMMAND test_${name})
   set_tests_properties(${name} PROPERTIES TIMEOUT 300)
 endfunction()

@@ -21,7 +21,7 @@ struct ErrorEntry {
 ///
 /// 900001 to 909999 belong to settings; what has no number from older modules has one from 910001
 /// on, in blocks: 910101 INI files and timers, 910201 registry and text files, 910301 application
-/// context. A new operation takes the next free number of its block.
+/// context, 910401 C interface. A new operation takes the next free number of its block.
 inline constexpr ErrorEntry errorTable[] = {
     {42830, "CFGRange::GetElementName"},
     {42832, "CFGRange::serializeXML"},
@@ -206,6 +206,32 @@ inline constexpr ErrorEntry errorTable[] = {
     {910357, "setBinFolderApplication"},
     {910358, "kpxSetProgPath"},
     {910359, "kpxSetSystemPath"},
+    {910401, "kpx_c_start_texts"},
+    {910402, "kpx_c_text"},
+    {910403, "kpx_c_class_count"},
+    {910404, "kpx_c_class_name"},
+    {910405, "kpx_c_new"},
+    {910406, "kpx_c_open"},
+    {910407, "kpx_c_open_bytes"},
+    {910408, "kpx_c_save"},
+    {910409, "kpx_c_save_bytes"},
+    {910410, "kpx_c_close"},
+    {910411, "kpx_c_count"},
+    {910412, "kpx_c_find"},
+    {910413, "kpx_c_configuration_class"},
+    {910414, "kpx_c_add"},
+    {910415, "kpx_c_key_count"},
+    {910416, "kpx_c_key"},
+    {910417, "kpx_c_type"},
+    {910418, "kpx_c_caption"},
+    {910419, "kpx_c_group"},
+    {910420, "kpx_c_is_stored"},
+    {910421, "kpx_c_get_int32"},
+    {910422, "kpx_c_get_double"},
+    {910423, "kpx_c_get_text"},
+    {910424, "kpx_c_set_int32"},
+    {910425, "kpx_c_set_double"},
+    {910426, "kpx_c_set_text"},
 };
 
 /// The operation of a number; empty when it is none of this table.

@@ -106,8 +106,7 @@ EditOutcome addColumn(CMarkup& document, const SettingsClass& settingsClass, con
 /// Gives what was added the line ends of the file, which the elements are not written with.
 /// Requires the text from before; behind ">" there is no value.
 void takeOverLineEnds(CMarkup& document, const CString& before) {
-  const int lineEnd = before.Find(u'\n');
-  if (lineEnd < 0 || (lineEnd > 0 && before[lineEnd - 1] == u'\r')) return;
+  if (detail::isWrittenWithItsLineEnds(before)) return;
   const std::u16string_view old = before.view();
   const std::u16string_view all = document.GetDoc().view();
   const auto same = std::ranges::mismatch(old, all);
@@ -147,6 +146,25 @@ EditOutcome outcomeBefore(const Candidates& found, MissingKey missingKey) {
 }
 
 }  // namespace
+
+bool addConfiguration(CMarkup& document, const CFGConfig& config) {
+  CMarkup alone;
+  if (config.serializeXML(&alone) != 1) return false;
+  CString before;
+  const bool hasOtherLineEnds = !detail::isWrittenWithItsLineEnds(document.GetDoc());
+  if (hasOtherLineEnds) before = document.GetDoc();
+  document.ResetPos();
+  bool added = true;
+  if (document.FindElem()) {
+    added = !detail::isConfiguration(document);
+    document.ResetChildPos();
+    document.IntoElem();
+  }
+  added = added && document.AddSubDoc(alone.GetDoc());
+  if (added && hasOtherLineEnds) takeOverLineEnds(document, before);
+  document.ResetPos();
+  return added;
+}
 
 EditResult setValueInDocument(CMarkup& document, const ConfigurationChoice& choice,
                               const CString& key, const CString& text, MissingKey missingKey) {

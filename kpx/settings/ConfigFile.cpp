@@ -33,6 +33,8 @@ DocumentConfiguration configurationAt(CMarkup& document) {
     found.offset = begin;
     found.length = end - begin;
   }
+  document.ResetChildPos();
+  found.hasClass = document.FindChildElem(u"CFGClass");
   detail::visitColumns(document, [&](bool hasValue) {
     found.settings.push_back(settingAt(document, hasValue));
     return true;

@@ -37,6 +37,7 @@ struct DocumentConfiguration {
   const SettingsClass* settingsClass = nullptr;  // nullptr: the catalogue does not know it
   int offset = 0;                                // of its element
   int length = 0;
+  bool hasClass = false;                  // it has the "CFGClass" that columns stand in
   std::vector<DocumentSetting> settings;  // in the document's order, unknown ones included
 };
 
@@ -133,8 +134,8 @@ KPX_API std::vector<ConfigFinding> validateConfigurations(CMarkup& document,
 /// is not a whole number: "4.5" is read as 4". Texts of the document stand in it as they are.
 KPX_API CString describe(const ConfigFinding& finding);
 
-// --- changing one value
-// ---------------------------------------------------------------------------
+// --- changing values
+// ------------------------------------------------------------------------------
 
 enum class EditOutcome : std::uint8_t {
   changed,
@@ -169,6 +170,24 @@ enum class MissingKey : std::uint8_t {
 KPX_API EditResult setValueInDocument(CMarkup& document, const ConfigurationChoice& choice,
                                       const CString& key, const CString& text,
                                       MissingKey missingKey = MissingKey::refuse);
+
+/// What one configuration of a document shall hold.
+struct ConfigurationValues {
+  int number = 0;  // `DocumentConfiguration::number`
+  std::vector<KeyAndValue> values;
+};
+
+/// Changes many values as `setValueInDocument` would one after the other with `MissingKey::add`,
+/// but in time linear in the document. Requires what that would accept: keys of the class that do
+/// not stand twice, each once, and values as setters store them. Saved positions are lost, and how
+/// a file was stored is forgotten, as by `SetDoc`. Answers false, with the document as it was, when
+/// the document does not take them.
+KPX_API bool setValuesInDocument(CMarkup& document, const std::vector<ConfigurationValues>& all);
+
+/// Adds a configuration with the line ends of the document: as the root of one that has none, else
+/// as the last child of the root. Answers false, with the document as it was, when the root is a
+/// configuration itself, which holds no others, or when the document does not take it.
+KPX_API bool addConfiguration(CMarkup& document, const CFGConfig& config);
 
 /// An outcome as a sentence without its subject: "is not known to this class".
 KPX_API const char* describe(EditOutcome outcome) noexcept;

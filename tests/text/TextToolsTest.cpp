@@ -65,7 +65,9 @@ TEST(Wildcards, AgreeWithTheMeaningOfPatterns) {
 
 TEST(Wildcards, HostileRepetitionsStayQuick) {
   const CString text(u'a', 400000);
-  const CString pattern = u"*" + CString(u'a', 100000) + u"b*";
+  CString pattern(u'a', 100000);
+  pattern.Insert(0, u'*');
+  pattern += u"b*";
   const std::clock_t start = std::clock();
   EXPECT_EQ(kpxMatchWildcardString(text, pattern), 0);
   EXPECT_EQ(kpxMatchWildcardString(text, u"*a*a*a*a*a*a*a*a*a*a*a*a*a*a*a?b*"), 0);

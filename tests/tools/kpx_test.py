@@ -1,15 +1,14 @@
 #!/usr/bin/env python3
 """Runs kpx as its users do and checks output, exit codes and the files it leaves:
 
-    kpx_test.py PROGRAM [TEST...]
+    kpx_test.py PROGRAM [TEST...]    such as config_test or services_test.RegistryTest
 """
 
 import sys
 import unittest
 
-from config_test import *  # noqa: F403
-from services_test import *  # noqa: F403
-
 if __name__ == "__main__":
-    del sys.argv[1]  # the program, which tool.py took
-    unittest.main()
+    tests = sys.argv[2:]
+    if not [each for each in tests if not each.startswith("-")]:
+        tests += ["config_test", "services_test"]
+    unittest.main(module=None, argv=[sys.argv[0], *tests])

@@ -8,6 +8,7 @@
 #include "kpx/xml/Encoding.h"
 #include "kpx/xml/MarkupCheck.h"
 #include "kpx/xml/MarkupProblem.h"
+#include "kpx/xml/StoredMarkup.h"
 #include "tools/kpx/Exit.h"
 #include "tools/kpx/Output.h"
 
@@ -31,16 +32,8 @@ ProblemLine lineOf(const MarkupProblem& problem) {
 }  // namespace
 
 ProblemLine atByte(std::string_view bytes, std::size_t offset, std::string sentence) {
-  ProblemLine problem{1, 1, std::move(sentence)};
-  for (std::size_t i = 0; i < offset && i < bytes.size(); ++i) {
-    if (bytes[i] == '\n') {
-      ++problem.line;
-      problem.column = 1;
-    } else {
-      ++problem.column;
-    }
-  }
-  return problem;
+  const auto [line, column] = placeOfByte(bytes, offset);
+  return {line, column, std::move(sentence)};
 }
 
 std::string placeOf(const std::string& name, const ProblemLine& problem) {
@@ -58,28 +51,15 @@ Input readInput(const std::string& path) {
 }
 
 ReadDocument parseInput(const Input& input) {
-  ReadDocument read;
-  DecodedText decoded = decodeMarkupBytes(input.bytes());
-  read.encoding = shown(encodingName(decoded.codePage));
-  read.storage = {decoded.codePage, decoded.mark};
-  if (decoded.declarationWrong) read.wrongEncoding = shown(decoded.declared);
-  const auto refuse = [&](std::size_t offset, std::string sentence) {
-    read.problems.push_back(atByte(input.bytes(), offset, std::move(sentence)));
-  };
-  if (decoded.refusal == DecodingRefusal::tooLarge) {
-    refuse(0, "is larger than a document can be");
-  } else if (decoded.refusal == DecodingRefusal::binary || decoded.nulls > 0) {
-    refuse(input.bytes().find('\0'), "is a binary file, no text");
-  } else if (decoded.invalid > 0) {
-    refuse(decoded.firstInvalid, std::to_string(decoded.invalid) +
-                                     (decoded.invalid == 1 ? " byte that is" : " bytes that are") +
-                                     " no text in the encoding " + read.encoding);
-  } else {
-    read.readable = true;
-    read.document.SetProblemSink(
-        [&](const MarkupProblem& problem) { read.problems.push_back(lineOf(problem)); });
-    read.document.SetDoc(std::move(decoded.text));
-    read.document.SetProblemSink({});
+  StoredMarkup stored = readMarkup(input.bytes());
+  ReadDocument read{std::move(stored.document),
+                    shown(encodingName(stored.storage.codePage)),
+                    stored.storage,
+                    shown(stored.wrongEncoding),
+                    stored.readable,
+                    {}};
+  for (const PlacedProblem& problem : stored.problems) {
+    read.problems.push_back({problem.line, problem.column, shown(problem.sentence)});
   }
   return read;
 }

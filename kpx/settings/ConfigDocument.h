@@ -1,0 +1,163 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "kpx/config/CFGConfig.h"
+#include "kpx/config/KeyedCollection.h"
+#include "kpx/report/Export.h"
+#include "kpx/settings/Catalogue.h"
+#include "kpx/settings/ConfigFile.h"
+#include "kpx/settings/ValueCheck.h"
+#include "kpx/text/CString.h"
+#include "kpx/xml/CMarkup.h"
+#include "kpx/xml/Encoding.h"
+
+namespace kpx {
+
+/// What became of an operation on a `ConfigDocument`.
+enum class DocumentOutcome : std::uint8_t {
+  ok,
+  notRead,         // the file cannot be read
+  notText,         // its bytes are no text in their encoding
+  illFormed,       // the document is not well formed
+  notWritten,      // the file cannot be written; an old one is as it was
+  notEncodable,    // the encoding lacks a character of the document; likewise
+  refused,         // the document does not take it
+  unknownKey,      // the class does not know the key
+  wrongType,       // the setting is not of this type
+  badValue,        // the setting does not take this value
+  badStoredValue,  // the stored value is none of its type
+  severalColumns,  // the key stands twice in the configuration: it is not clear which to change
+};
+
+struct DocumentResult {
+  DocumentOutcome outcome = DocumentOutcome::ok;
+  ValueProblem problem = ValueProblem::none;  // of a bad value
+  int line = 0;                               // where the document is wrong, from 1; else 0
+  int column = 0;
+  CString detail = {};  // of files and documents: why, as the end of a sentence
+
+  bool ok() const noexcept { return outcome == DocumentOutcome::ok; }
+};
+
+/// The outcome as the end of a sentence, with its detail: "is not a whole number".
+KPX_API CString describe(const DocumentResult& result);
+
+/// A document whose settings are read and changed by configuration and key, for programs that know
+/// them only by name. Whatever else stands in the document stays as it is, unit by unit, and so
+/// does its encoding.
+///
+/// Configurations are counted from 0 in the document's order; every function requires a number
+/// that there is, and those of settings one of a known class. Keys are those of the class; an older
+/// key means the setting that took its place. A getter answers what every module reads: of a key
+/// that the document lacks the default, of one that stands twice the last. Only the few keys that
+/// objects get from their setters alone, and pass over in reading, are read here.
+///
+/// Reading from several threads is safe while nobody changes the document.
+class KPX_API ConfigDocument {
+ public:
+  /// Without a root: the first configuration becomes it, and stays the only one.
+  ConfigDocument();
+  ConfigDocument(ConfigDocument&&) noexcept = default;
+  ConfigDocument& operator=(ConfigDocument&&) noexcept = default;
+  ~ConfigDocument() = default;
+
+  // --- whole documents ------------------------------------------------------------------------
+
+  /// Gives a document without a root one; false when the name cannot be one.
+  bool addRoot(const CString& name);
+  /// Replaces the content by that of a file, or by bytes as of a file; a failure leaves it as it
+  /// was. Other than `CMarkup::Load`, takes nothing that could not be written back.
+  DocumentResult load(const CString& path);
+  DocumentResult read(std::string_view bytes);
+  /// Writes the document whole or not at all.
+  DocumentResult save(const CString& path);
+  /// The same into bytes, which stay as they are after a failure.
+  DocumentResult write(std::string& bytes);
+
+  // --- configurations -------------------------------------------------------------------------
+
+  int count() const noexcept { return static_cast<int>(held_.size()); }
+  /// nullptr: the catalogue does not know it.
+  const SettingsClass* classOf(int configuration) const noexcept;
+  /// The configuration's own name in the document.
+  const CString& nameOf(int configuration) const noexcept;
+  /// The `index`th configuration of a class, from 0; -1 if there are not so many.
+  int find(const SettingsClass& settingsClass, int index) const noexcept;
+  /// Adds a new object of the class as the last configuration; the class has to be that of
+  /// configurations.
+  DocumentResult add(const SettingsClass& settingsClass);
+
+  // --- settings -------------------------------------------------------------------------------
+
+  /// How many keys the class has; each counts once.
+  int keyCount(int configuration) const noexcept;
+  /// The setting of a key, in the order of the class. Requires a number from 0 below `keyCount`.
+  const SettingDef& settingAt(int configuration, int number) const noexcept;
+  /// nullptr if the class does not know the key.
+  const SettingDef* findSetting(int configuration, std::u16string_view key) const noexcept;
+  /// Whether the document has a value under the key, or will have when it is written.
+  bool isStored(int configuration, std::u16string_view key) const noexcept;
+
+  /// Of integers, flags and enumerations. Of `badStoredValue` the value is what it reads as.
+  DocumentResult getInteger(int configuration, std::u16string_view key, std::int32_t& value) const;
+  /// Of reals and all of these.
+  DocumentResult getReal(int configuration, std::u16string_view key, double& value) const;
+  /// Of all types: texts and numbers as they are stored.
+  DocumentResult getText(int configuration, std::u16string_view key, CString& value) const;
+
+  // What is stored is what the setter of the class stores, and only that value is changed in the
+  // document; a key that it lacks is added with the caption, group and type of the class.
+
+  /// Into integers, flags (0 and 1), enumerations and reals.
+  DocumentResult setInteger(int configuration, std::u16string_view key, std::int32_t value);
+  /// Into reals, with the decimals of the setting.
+  DocumentResult setReal(int configuration, std::u16string_view key, double value);
+  /// Into all types; of numbers the whole text has to be one, see `checkValueText`.
+  DocumentResult setText(int configuration, std::u16string_view key, std::u16string_view value);
+
+ private:
+  /// What the document has, or will have, under a key.
+  struct Setting {
+    CString value;
+    int columns = 0;       // in the document, with a value
+    int emptyColumns = 0;  // and without one
+    bool isChanged = false;
+  };
+  /// A class of which the document has configurations, once for all of them.
+  struct Known {
+    const SettingsClass* settingsClass = nullptr;
+    std::unique_ptr<CFGConfig> defaults;
+    KeyedCollection<const SettingDef*> keys;
+  };
+  struct Held {
+    CString name;
+    const Known* known = nullptr;  // nullptr: its class is not known
+    bool hasClass = false;         // it has the element that columns stand in
+    KeyedCollection<Setting> settings;
+  };
+  using Classes = std::map<const SettingsClass*, std::unique_ptr<Known>>;
+
+  const Held& at(int configuration) const noexcept {
+    return held_[static_cast<std::size_t>(configuration)];
+  }
+  Held& at(int configuration) noexcept { return held_[static_cast<std::size_t>(configuration)]; }
+  static const Known& knownClass(Classes& classes, const SettingsClass& settingsClass);
+  static const CString* textOf(const Held& held, const SettingDef& setting) noexcept;
+  static DocumentResult checkStored(const Held& held, const SettingDef& setting);
+  static DocumentResult store(Held& held, const SettingDef& setting, ValueCheck&& check);
+  bool writeChanges();
+
+  CMarkup document_;
+  MarkupEncoding storage_;
+  Classes classes_;
+  std::vector<Held> held_;
+};
+
+}  // namespace kpx
