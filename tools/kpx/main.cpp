@@ -74,7 +74,7 @@ int runProgram(std::vector<std::string> arguments) {
 
 int main(int argc, char** argv) {
   try {
-    kpx::keepStandardStreamBytes();
+    kpx::prepareStandardStreams();
     return kpx::tool::runProgram(kpx::programArguments(argc, argv));
   } catch (const std::exception& error) {
     kpx::tool::complain(error.what());

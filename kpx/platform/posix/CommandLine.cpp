@@ -7,6 +7,6 @@ std::vector<std::string> programArguments(int count, const char* const* values) 
                    : std::vector<std::string>();
 }
 
-void keepStandardStreamBytes() noexcept {}
+void prepareStandardStreams() noexcept {}
 
 }  // namespace kpx

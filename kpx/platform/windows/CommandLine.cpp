@@ -7,6 +7,7 @@
 #include <shellapi.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
 
 #include "kpx/text/CString.h"
@@ -26,10 +27,23 @@ std::vector<std::string> programArguments(int count, const char* const* values) 
   return arguments;
 }
 
-void keepStandardStreamBytes() noexcept {
+namespace {
+
+UINT consolePage = 0;  // what the console had before
+
+void restoreConsole() { ::SetConsoleOutputCP(consolePage); }
+
+}  // namespace
+
+void prepareStandardStreams() noexcept {
   for (std::FILE* const stream : {stdin, stdout}) {
     // A program without a console may have none.
     if (const int file = ::_fileno(stream); file >= 0) ::_setmode(file, _O_BINARY);
+  }
+  // The console stays when the program ends, and so would its code page.
+  consolePage = ::GetConsoleOutputCP();
+  if (consolePage != 0 && consolePage != CP_UTF8 && ::SetConsoleOutputCP(CP_UTF8)) {
+    std::atexit(&restoreConsole);
   }
 }
 

@@ -3,6 +3,7 @@
 #include <commctrl.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <functional>
 #include <iterator>
 #include <stdexcept>
@@ -11,6 +12,7 @@
 #include "kpx/platform/InputDialog.h"
 #include "kpx/platform/ProgressDialog.h"
 #include "tests/common/TextPrinter.h"
+#include "tests/common/windows/BoxPresser.h"
 #include "tests/platform/ManualClock.h"
 
 namespace kpx {
@@ -281,6 +283,30 @@ TEST_F(ProgressWindowTest, TheOwnerIsLeftAsItWas) {
   ::EnableWindow(owner_.window(), FALSE);
   { ProgressDialog dialog({.owner = owner_.window()}); }
   EXPECT_FALSE(owner_.takesInput());
+}
+
+// --- as a person at the keyboard: from outside the thread of the dialog ------------------------
+
+TEST(DialogPersonTest, PressesCancelWhileTheOperationRuns) {
+  BoxPresser person(IDCANCEL);
+  ProgressDialog dialog({.caption = u"Auspacken"});
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+  std::uint64_t done = 0;
+  while (dialog.show({.done = ++done, .total = ~0ull})) {
+    ASSERT_LT(std::chrono::steady_clock::now(), end);
+  }
+  person.wait();
+  EXPECT_TRUE(person.hasPressed());
+  EXPECT_EQ(person.caption(), L"Auspacken");
+}
+
+TEST(DialogPersonTest, AnswersTheQuestion) {
+  BoxPresser person(IDOK);
+  EXPECT_EQ(showInputDialog({.caption = u"Punktnummer", .initialText = u"Größe 12"}),
+            u"Größe 12"_cs);
+  person.wait();
+  EXPECT_TRUE(person.hasPressed());
+  EXPECT_EQ(person.caption(), L"Punktnummer");
 }
 
 }  // namespace
