@@ -29,7 +29,7 @@
  * stored whole or not at all: when `capacity`, in units, is smaller than that, the buffer holds the
  * empty text and the answer is KPX_C_TRUNCATED. A unit 0 follows when there is room for it, thus
  * whenever the capacity is greater than the length. A capacity of 0 with a null buffer asks for the
- * length.
+ * length. Nothing that a function stores may overlap a text that goes in: it is emptied first.
  *
  * Threads. A document may be read from several threads while nobody changes it; what loads texts,
  * kpx_c_start_texts or else the first document or text, has to be over before. The library starts
@@ -114,9 +114,10 @@ KPX_C_API int32_t KPX_C_CALL kpx_c_last_error_text(kpx_c_unit* buffer, int32_t c
 
 /* Loads the texts in a language: "Deutsch [Default]", "English [ENG.LNG]", or null with length 0
  * for the one that the user has chosen. Language files lie in the folder "MLT" of the program
- * folder; null with length 0 leaves that as it is set for the machine. A language file that is
- * missing is left out. Without this call the texts are the built-in German ones. Nobody may use the
- * library meanwhile: it is for a program's start. */
+ * folder; null with length 0 leaves that as it is set for the machine. What stands in
+ * the brackets decides. A language file that is missing is left out, without an answer of its own:
+ * its texts stay English where that file is there, else German. Without this call the texts are the
+ * built-in German ones. Nobody may use the library meanwhile: it is for a program's start. */
 KPX_C_API int32_t KPX_C_CALL kpx_c_start_texts(const kpx_c_unit* programFolder,
                                                int32_t programFolderLength,
                                                const kpx_c_unit* language, int32_t languageLength);
@@ -159,7 +160,8 @@ KPX_C_API int32_t KPX_C_CALL kpx_c_save(kpx_c_document* document, const kpx_c_un
 /* The same bytes into memory, by the rules of buffers for texts but without a 0 at the end. */
 KPX_C_API int32_t KPX_C_CALL kpx_c_save_bytes(kpx_c_document* document, void* buffer,
                                               int64_t capacity, int64_t* byteCount);
-/* Frees a document, changes that were not saved included. Null is none. */
+/* Frees a document, changes that were not saved included. Null is none. Nobody may use the pointer
+ * afterwards; KPX_C_BAD_DOCUMENT finds only some of those that do. */
 KPX_C_API int32_t KPX_C_CALL kpx_c_close(kpx_c_document* document);
 
 /* --- configurations of a document ------------------------------------------------------------- */
@@ -201,8 +203,8 @@ KPX_C_API int32_t KPX_C_CALL kpx_c_key(const kpx_c_document* document, int32_t c
 KPX_C_API int32_t KPX_C_CALL kpx_c_type(const kpx_c_document* document, int32_t configuration,
                                         const kpx_c_unit* key, int32_t keyLength, int32_t* type,
                                         int32_t* typeCode);
-/* Caption and group of a setting in the current language. A group of digits is the number of a text
- * for kpx_c_text. */
+/* Caption and group of a setting in the current language. Most are stored as the number of a text:
+ * where that text is not known, the digits are what is given. */
 KPX_C_API int32_t KPX_C_CALL kpx_c_caption(const kpx_c_document* document, int32_t configuration,
                                            const kpx_c_unit* key, int32_t keyLength,
                                            kpx_c_unit* buffer, int32_t capacity, int32_t* length);

@@ -19,7 +19,7 @@ set(CMAKE_CXX_FLAGS_RELEASE "-O2 -DNDEBUG")
 
 if(MSVC)
   # Nobody has seen all of this compiler's warnings here yet, so they do not stop the build.
-  add_compile_options(/utf-8 /W4 /permissive- /Zc:preprocessor /Zc:__cplusplus)
+  add_compile_options(/utf-8 /bigobj /W4 /permissive- /Zc:preprocessor /Zc:__cplusplus)
 else()
   add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wcast-align -Wunused -Wformat=2 -Werror)
   foreach(warning -Wnon-virtual-dtor -Woverloaded-virtual -Wold-style-cast)

@@ -1,5 +1,6 @@
 #include "kpx/capi/internal/Answer.h"
 #include "kpx/settings/Catalogue.h"
+#include "kpx/support/TextStore.h"
 
 using namespace kpx;        // NOLINT(google-build-using-namespace): the functions are global
 using namespace kpx::capi;  // NOLINT(google-build-using-namespace)
@@ -185,12 +186,29 @@ int32_t kpx_c_type(const kpx_c_document* document, int32_t configuration, const 
   });
 }
 
+namespace {
+
+/// Many captions and groups are stored as the number of a text.
+CString currentText(const CString& stored) {
+  constexpr int mostDigits = 9;  // fits into 32 bits
+  std::int32_t number = 0;
+  if (stored.IsEmpty() || stored.GetLength() > mostDigits) return stored;
+  for (const char16_t unit : stored.view()) {
+    if (unit < u'0' || unit > u'9') return stored;
+    number = 10 * number + (unit - u'0');
+  }
+  const CString& text = GetMLT(number);
+  return text.IsEmpty() ? stored : text;
+}
+
+}  // namespace
+
 int32_t kpx_c_caption(const kpx_c_document* document, int32_t configuration, const kpx_c_unit* key,
                       int32_t keyLength, kpx_c_unit* buffer, int32_t capacity, int32_t* length) {
   return answer("kpx_c_caption", [&] {
     if (!clearBuffer(buffer, capacity, length)) return failArgument();
     return atDefinition({document, configuration, key, keyLength}, [&](const SettingDef& setting) {
-      return store(setting.caption.get(), buffer, capacity, length);
+      return store(currentText(setting.caption.get()), buffer, capacity, length);
     });
   });
 }
@@ -200,7 +218,7 @@ int32_t kpx_c_group(const kpx_c_document* document, int32_t configuration, const
   return answer("kpx_c_group", [&] {
     if (!clearBuffer(buffer, capacity, length)) return failArgument();
     return atDefinition({document, configuration, key, keyLength}, [&](const SettingDef& setting) {
-      return store(setting.group.get(), buffer, capacity, length);
+      return store(currentText(setting.group.get()), buffer, capacity, length);
     });
   });
 }

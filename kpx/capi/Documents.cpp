@@ -8,6 +8,13 @@
 using namespace kpx;        // NOLINT(google-build-using-namespace): the functions are global
 using namespace kpx::capi;  // NOLINT(google-build-using-namespace)
 
+namespace {
+
+/// More than any text of 2^31 units has in any encoding.
+constexpr std::int64_t largestDocument = std::int64_t{1} << 34;
+
+}  // namespace
+
 int32_t kpx_c_new(const kpx_c_unit* rootName, int32_t rootNameLength, kpx_c_document** document) {
   return answer("kpx_c_new", [&] {
     if (document) *document = nullptr;
@@ -40,7 +47,7 @@ int32_t kpx_c_open(const kpx_c_unit* path, int32_t pathLength, kpx_c_document** 
 int32_t kpx_c_open_bytes(const void* bytes, int64_t byteCount, kpx_c_document** document) {
   return answer("kpx_c_open_bytes", [&] {
     if (document) *document = nullptr;
-    if (!document || !std::in_range<std::size_t>(byteCount) || (byteCount > 0 && !bytes)) {
+    if (!document || byteCount < 0 || byteCount > largestDocument || (byteCount > 0 && !bytes)) {
       return failArgument();
     }
     needTexts();

@@ -26,7 +26,9 @@ class KPX_API Clock {
   /// The local date and time now, to the second.
   virtual DateTime localNow() = 0;
 
-  /// The same moment in the other time base, by the rules that the zone had or will have then. In
+  /// The same moment in the other time base, by the rules that the zone had or will have then, as
+  /// far as the system knows them: Windows takes today's rules for most zones and years of the
+  /// past, so that summers long ago may differ by an hour between the systems. In
   /// the hour that the clocks show twice the first pass counts; a time in the hour that they skip
   /// is read as if they had not been changed yet. `converted` is written only on success.
   virtual ZoneResult localToUtc(const DateTime& local, DateTime& converted) = 0;

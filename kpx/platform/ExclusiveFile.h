@@ -34,7 +34,8 @@ class KPX_API ExclusiveFile {
  public:
   enum class Mode : std::uint8_t {
     append,   // created when it is missing, kept when it exists; links are followed
-    rewrite,  // the same, but emptied; only for this user, and never through a link
+    rewrite,  // the same, but emptied, and never through a link; off Windows only for this user,
+              // on Windows for whom its folder admits
   };
 
   ExclusiveFile() noexcept = default;

@@ -18,9 +18,17 @@ constexpr std::u16string_view separators =
     u"/";
 #endif
 
+// What a file's name follows: also the drive, whose current folder is meant without a separator.
+constexpr std::u16string_view folderEnds =
+#ifdef _WIN32
+    u"/\\:";
+#else
+    separators;
+#endif
+
 // The folder of a path with its separator; empty for a bare name.
 std::u16string_view folderOf(std::u16string_view path) noexcept {
-  return path.substr(0, path.find_last_of(separators) + 1);
+  return path.substr(0, path.find_last_of(folderEnds) + 1);
 }
 
 // The root keeps its separator.

@@ -17,6 +17,21 @@ std::pair<int, int> placeOfByte(std::string_view bytes, std::size_t offset) noex
   return place;
 }
 
+namespace {
+
+/// The first character 0, or where a binary file has its first byte 0.
+std::size_t firstNull(std::string_view bytes, int codePage) noexcept {
+  const bool isWide =
+      codePage == CodePage::utf16LittleEndian || codePage == CodePage::utf16BigEndian;
+  if (!isWide) return bytes.find('\0');
+  for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
+    if (bytes[i] == '\0' && bytes[i + 1] == '\0') return i;
+  }
+  return bytes.find('\0');
+}
+
+}  // namespace
+
 StoredMarkup readMarkup(std::string_view bytes) {
   StoredMarkup read;
   DecodedText decoded = decodeMarkupBytes(bytes);
@@ -29,7 +44,7 @@ StoredMarkup readMarkup(std::string_view bytes) {
   if (decoded.refusal == DecodingRefusal::tooLarge) {
     refuse(0, u"is larger than a document can be");
   } else if (decoded.refusal == DecodingRefusal::binary || decoded.nulls > 0) {
-    refuse(bytes.find('\0'), u"is a binary file, no text");
+    refuse(firstNull(bytes, decoded.codePage), u"is a binary file, no text");
   } else if (decoded.invalid > 0) {
     CString sentence;
     sentence.Format(u"%d %S no text in the encoding ", decoded.invalid,

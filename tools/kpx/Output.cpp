@@ -1,8 +1,10 @@
 #include "tools/kpx/Output.h"
 
 #include <cstdio>
+#include <new>
 
 #include "kpx/platform/FileSystem.h"
+#include "kpx/platform/Terminal.h"
 #include "kpx/text/Utf.h"
 #include "tools/kpx/Exit.h"
 
@@ -122,7 +124,11 @@ std::pair<int, int> PlaceCounter::at(int offset) {
 
 void complain(std::string_view message) {
   // Standard error is the last resort: where it is closed too, the exit code must do.
-  std::fprintf(stderr, "kpx: %.*s\n", static_cast<int>(message.size()), message.data());
+  try {
+    writeErrorOutput(CString::fromUtf8("kpx: " + std::string(message) + "\n"));
+  } catch (const std::bad_alloc&) {
+    std::fputs("kpx: not enough memory\n", stderr);
+  }
 }
 
 }  // namespace kpx::tool

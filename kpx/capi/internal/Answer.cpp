@@ -55,8 +55,12 @@ std::int32_t fail(std::int32_t code, std::u16string_view text, std::int32_t numb
 }
 
 std::int32_t fail(const DocumentResult& result, const CString& subject) {
-  return fail(codeOf(result.outcome), subject + u" " + describe(result), 0, result.line,
-              result.column);
+  const CString reason = u" " + describe(result);
+  // Of a long path the end tells more than its front, and why it failed most of all.
+  const int room = std::max(LastError::longestText - reason.GetLength(), 2);
+  const bool fits = subject.GetLength() <= room;
+  return fail(codeOf(result.outcome), (fits ? subject : u"…" + subject.Right(room - 1)) + reason, 0,
+              result.line, result.column);
 }
 
 TextArgument::TextArgument(const kpx_c_unit* units, std::int32_t length) noexcept
@@ -64,6 +68,7 @@ TextArgument::TextArgument(const kpx_c_unit* units, std::int32_t length) noexcep
   if (!isValid || !units) return;
   text = length < 0 ? std::u16string_view(units)
                     : std::u16string_view(units, static_cast<std::size_t>(length));
+  isValid = text.size() <= INT32_MAX;
 }
 
 bool isDocument(const kpx_c_document* document) noexcept {

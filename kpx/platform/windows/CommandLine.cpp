@@ -36,10 +36,15 @@ void restoreConsole() { ::SetConsoleOutputCP(consolePage); }
 }  // namespace
 
 void prepareStandardStreams() noexcept {
-  for (std::FILE* const stream : {stdin, stdout}) {
+  for (std::FILE* const stream : {stdin, stdout, stderr}) {
     // A program without a console may have none.
     if (const int file = ::_fileno(stream); file >= 0) ::_setmode(file, _O_BINARY);
   }
+  // The runtime gives a console single bytes otherwise, of which it knows no character.
+  std::setvbuf(stdout, nullptr, _IOFBF, std::size_t{1} << 14);
+  // Programs of one pipe share the console; only the last one writes to it, and an earlier one
+  // would take the code page away from it when it ends.
+  if (::GetFileType(::GetStdHandle(STD_OUTPUT_HANDLE)) == FILE_TYPE_PIPE) return;
   // The console stays when the program ends, and so would its code page.
   consolePage = ::GetConsoleOutputCP();
   if (consolePage != 0 && consolePage != CP_UTF8 && ::SetConsoleOutputCP(CP_UTF8)) {

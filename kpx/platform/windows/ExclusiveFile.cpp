@@ -23,13 +23,20 @@ const wchar_t* systemName(std::u16string_view path, wchar_t (&plain)[maxName],
   std::copy(path.begin(), path.end(), plain);
   plain[path.size()] = L'\0';
   constexpr std::wstring_view mark = LR"(\\?\)";
-  const DWORD length = ::GetFullPathNameW(plain, static_cast<DWORD>(maxName - mark.size()),
-                                          marked + mark.size(), nullptr);
-  const bool isLong = length >= MAX_PATH && length < maxName - mark.size();
-  // Servers and devices have marks of their own.
-  if (!isLong || marked[mark.size()] == L'\\') return plain;
-  std::copy(mark.begin(), mark.end(), marked);
-  return marked;
+  constexpr std::wstring_view serverMark = LR"(\\?\UNC)";
+  // The mark of servers takes the place of the first of their two backslashes.
+  constexpr std::size_t room = serverMark.size() - 1;
+  const DWORD length =
+      ::GetFullPathNameW(plain, static_cast<DWORD>(maxName - room), marked + room, nullptr);
+  if (length < MAX_PATH || length >= maxName - room) return plain;
+  const std::wstring_view complete(marked + room, length);
+  if (complete.starts_with(LR"(\\?\)") || complete.starts_with(LR"(\\.\)")) return plain;
+  if (complete.starts_with(LR"(\\)")) {
+    std::copy(serverMark.begin(), serverMark.end(), marked);
+    return marked;
+  }
+  std::copy(mark.begin(), mark.end(), marked + room - mark.size());
+  return marked + room - mark.size();
 }
 
 }  // namespace
@@ -43,7 +50,8 @@ FileResult ExclusiveFile::open(std::u16string_view path, Mode mode,
   if (name == nullptr) return {FileStatus::badName, 0};
   const bool rewrites = mode == Mode::rewrite;
   const DWORD access = rewrites ? GENERIC_WRITE : FILE_APPEND_DATA | FILE_READ_ATTRIBUTES;
-  // A link is opened as itself, so that the trace cannot be led to another file.
+  // A link is opened as itself and a file of several names refused, so that the trace cannot be led
+  // to another file.
   const DWORD flags = FILE_ATTRIBUTE_NORMAL | (rewrites ? FILE_FLAG_OPEN_REPARSE_POINT : 0);
   const auto end = std::chrono::steady_clock::now() + patience;
   for (DWORD pause = 1;; pause = std::min<DWORD>(pause * 2, 5)) {
@@ -53,7 +61,7 @@ FileResult ExclusiveFile::open(std::u16string_view path, Mode mode,
       BY_HANDLE_FILE_INFORMATION found;
       if (rewrites && (!::GetFileInformationByHandle(handle, &found) ||
                        (found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 ||
-                       !::SetEndOfFile(handle))) {
+                       found.nNumberOfLinks > 1 || !::SetEndOfFile(handle))) {
         ::CloseHandle(handle);
         return {FileStatus::noPermission, 0};
       }

@@ -164,6 +164,12 @@ class AccessRecord {
   std::string bytes_;
 };
 
+/// Whether a code says that the volume or its server has no such operation.
+bool isUnknownThere(DWORD code) noexcept {
+  return code == ERROR_INVALID_FUNCTION || code == ERROR_NOT_SUPPORTED ||
+         code == ERROR_CALL_NOT_IMPLEMENTED;
+}
+
 /// Renames as newer systems can: also over a file that others have open, if they let it be
 /// removed. False when this one cannot; the system's last code tells why.
 bool renameInOneStep(const SystemPath& from, const SystemPath& to, bool flushed) {
@@ -374,11 +380,13 @@ class WindowsFileSystem final : public FileSystem {
     if (!from.usable() || !to.usable()) return badName;
     AccessRecord access;
     AccessRecord present;
-    if (!access.read(from)) return failureAt(from);
+    const bool hasAccess = access.read(from);
+    // A volume without access lists has none to keep.
+    if (!hasAccess && !isUnknownThere(::GetLastError())) return failureAt(from);
     const DWORD wanted = ::GetFileAttributesW(from.get());
     if (wanted == INVALID_FILE_ATTRIBUTES) return failureAt(from);
     // Mostly both have what their folder hands on. Some servers let nobody change that.
-    const bool isSame = present.read(to) && present == access;
+    const bool isSame = !hasAccess || (present.read(to) && present == access);
     if (!isSame && !access.giveTo(to)) return failureAt(to);
     // A hidden file stays hidden, a protected one protected.
     constexpr DWORD kept = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM |
@@ -509,7 +517,9 @@ class WindowsFileSystem final : public FileSystem {
     if (!::DeviceIoControl(handle.get(), FSCTL_GET_REPARSE_POINT, nullptr, 0, record.data(),
                            static_cast<DWORD>(record.size()), &size, nullptr)) {
       // What marks the file is not for programs to see, so it is no link.
-      return ::GetLastError() == ERROR_NOT_A_REPARSE_POINT ? FileResult{} : lastError();
+      const DWORD code = ::GetLastError();
+      return code == ERROR_NOT_A_REPARSE_POINT || isUnknownThere(code) ? FileResult{}
+                                                                       : resultOf(code);
     }
     isLink = readLink(record.data(), size, link, isRelative);
     return {};

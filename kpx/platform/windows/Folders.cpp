@@ -11,6 +11,8 @@ namespace {
 
 CString shellFolder(int which) {
   wchar_t path[MAX_PATH] = {};
+  // Whether it exists is not asked: it may lie on a server that does not answer.
+  which |= CSIDL_FLAG_DONT_VERIFY;
   return SUCCEEDED(::SHGetFolderPathW(nullptr, which, nullptr, SHGFP_TYPE_CURRENT, path))
              ? CString(path)
              : CString();

@@ -113,9 +113,8 @@ FileResult openWindowsUpdate(const CString& path, UpdateMode mode,
 FileResult openWindowsInput(const CString& path, std::unique_ptr<InputFile>& file) {
   const SystemPath name(path);
   if (!name.usable()) return {FileStatus::badName, 0};
-  // Others may go on to read, rename and remove the file.
-  Handle handle =
-      openHandle(name, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_DELETE, OPEN_EXISTING);
+  // Who reads holds nobody up: while an error log is read, programs go on to append to it.
+  Handle handle = openHandle(name, GENERIC_READ, shareAll, OPEN_EXISTING);
   if (!handle.isOpen()) return failureAt(name);
   if (::GetFileType(handle.get()) != FILE_TYPE_DISK) return {FileStatus::notRegularFile, 0};
   LARGE_INTEGER size{};

@@ -5,8 +5,11 @@
 namespace kpx::detail {
 
 int systemMessageBox(const MessageBoxRequest& request) {
-  return ::MessageBoxW(request.owner, request.text, request.caption,
-                       static_cast<UINT>(request.style));
+  // For a window that is gone the system would show nothing at all. That of another thread would
+  // have to answer before the box is there, and never would while it waits for this thread.
+  const bool isOwn = ::GetWindowThreadProcessId(request.owner, nullptr) == ::GetCurrentThreadId();
+  const HWND owner = isOwn ? request.owner : nullptr;
+  return ::MessageBoxW(owner, request.text, request.caption, static_cast<UINT>(request.style));
 }
 
 bool systemWindowTitle(WindowHandle window, const CString& title) {

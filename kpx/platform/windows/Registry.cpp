@@ -97,6 +97,8 @@ class SystemKey final : public RegistryKey {
   }
 
   RegistryResult read(const CString& name, RegistryValue& value) override {
+    // The system would take the name up to its character 0, thus another value's.
+    if (!checkValueName(name)) return {RegistryStatus::notFound};
     RegistryValue found;
     DWORD type = 0;
     DWORD size = 256;
@@ -132,6 +134,7 @@ class SystemKey final : public RegistryKey {
   }
 
   RegistryResult removeValue(const CString& name) override {
+    if (!checkValueName(name)) return {RegistryStatus::notFound};
     return resultOf(::RegDeleteValueW(handle_, wide(name)));
   }
 

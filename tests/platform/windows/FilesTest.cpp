@@ -73,6 +73,20 @@ TEST(WindowsFiles, FileThatAnotherProgramKeepsIsLeftAlone) {
   EXPECT_EQ(folder.read("job.xml"), "old");
 }
 
+TEST(WindowsFiles, ReadersAndWritersDoNotMind) {
+  const TemporaryFolder folder;
+  folder.write("Error.log", "12345");
+  const CString path = folder / "Error.log";
+  ExclusiveFile log;
+  ASSERT_TRUE(log.open(path, ExclusiveFile::Mode::append, std::chrono::milliseconds(0)));
+  std::unique_ptr<InputFile> reader;
+  ASSERT_TRUE(fileSystem().openInput(path, reader));
+  EXPECT_EQ(reader->size(), 5u);
+  log.close();
+  EXPECT_TRUE(log.open(path, ExclusiveFile::Mode::append, std::chrono::milliseconds(0)))
+      << "while it is read";
+}
+
 TEST(WindowsFiles, NamesThatTheSystemDoesNotTake) {
   const TemporaryFolder folder;
   for (const char* name : {"a?b", "a*b", "a|b", "a\"b", "a<b"}) {
