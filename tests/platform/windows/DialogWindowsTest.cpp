@@ -288,25 +288,25 @@ TEST_F(ProgressWindowTest, TheOwnerIsLeftAsItWas) {
 // --- as a person at the keyboard: from outside the thread of the dialog ------------------------
 
 TEST(DialogPersonTest, PressesCancelWhileTheOperationRuns) {
-  BoxPresser person(IDCANCEL);
+  BoxPresser presser(IDCANCEL);
   ProgressDialog dialog({.caption = u"Auspacken"});
   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
   std::uint64_t done = 0;
   while (dialog.show({.done = ++done, .total = ~0ull})) {
     ASSERT_LT(std::chrono::steady_clock::now(), end);
   }
-  person.wait();
-  EXPECT_TRUE(person.hasPressed());
-  EXPECT_EQ(person.caption(), L"Auspacken");
+  presser.wait();
+  EXPECT_TRUE(presser.hasPressed());
+  EXPECT_EQ(presser.caption(), L"Auspacken");
 }
 
 TEST(DialogPersonTest, AnswersTheQuestion) {
-  BoxPresser person(IDOK);
+  BoxPresser presser(IDOK);
   EXPECT_EQ(showInputDialog({.caption = u"Punktnummer", .initialText = u"Größe 12"}),
             u"Größe 12"_cs);
-  person.wait();
-  EXPECT_TRUE(person.hasPressed());
-  EXPECT_EQ(person.caption(), L"Punktnummer");
+  presser.wait();
+  EXPECT_TRUE(presser.hasPressed());
+  EXPECT_EQ(presser.caption(), L"Punktnummer");
 }
 
 }  // namespace
