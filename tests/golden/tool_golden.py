@@ -6,11 +6,13 @@ the golden file data/answers.txt.
 
 import difflib
 import os
-import subprocess
 import sys
 import tempfile
 import zlib
 from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "tools"))
+import runner  # noqa: E402: only found now
 
 KPX, DATA = os.path.abspath(sys.argv[1]), Path(sys.argv[2])
 
@@ -88,10 +90,9 @@ log stats error.log --json
 
 
 def run(arguments, stdin, folder):
-    program = [*os.environ.get("KPX_RUNNER", "").split(), KPX]
     # Python, wine and the file system agree on how the bytes of names are read.
-    done = subprocess.run(program + arguments, input=stdin, capture_output=True, cwd=folder,
-                          timeout=120, env={**os.environ, "LC_ALL": "C.UTF-8"})
+    done = runner.run([KPX, *arguments], input=stdin, cwd=folder,
+                      env={**os.environ, "LC_ALL": "C.UTF-8"})
     return done.returncode, done.stdout
 
 

@@ -10,7 +10,8 @@ import xml.etree.ElementTree
 import xml.parsers.expat
 from pathlib import Path
 
-from tool import KPX, ToolTest, kpx
+from runner import run
+from tool import KPX, PROGRAM, ToolTest, kpx
 
 
 def shape_by_expat(content):
@@ -286,8 +287,7 @@ class ConvertTest(ToolTest):
         return out
 
     def back(self, text):
-        done = subprocess.run([*KPX, "config", "convert", "-", "--to", "xml"], input=text.encode(),
-                              capture_output=True, timeout=60)
+        done = run([PROGRAM, "config", "convert", "-", "--to", "xml"], input=text.encode())
         self.assertEqual(done.returncode, 0, done.stderr)
         return done.stdout
 

@@ -10,7 +10,7 @@ import unittest.mock
 import zipfile
 from pathlib import Path
 
-from tool import KPX, ON_WINDOWS, ToolTest, kpx
+from tool import KPX, ON_WINDOWS, PROGRAM, ToolTest, kpx
 
 
 class IniTest(ToolTest):
@@ -161,7 +161,7 @@ class TextsTest(ToolTest):
         self.assertEqual(kpx("texts", "get", 614, "--language", "eng"), (0, "Error\n", ""))
         self.assertEqual(kpx("texts", "get", 4300)[:2], (1, ""))
         self.assertEqual(kpx("texts", "get", 614, "--language", "fra")[0], 3)
-        file = Path(KPX[-1]).parent / "MLT" / "ENG.LNG"
+        file = Path(PROGRAM).parent / "MLT" / "ENG.LNG"
         self.assertEqual(kpx("texts", "check", file)[0], 0)
         german = Path(__file__).resolve().parents[2] / "kpx" / "support" / "texts" / "deu.tsv"
         out = kpx("texts", "coverage", file, "--german", german, "--json")[1]

@@ -1,20 +1,19 @@
 """What all tests of the tool share: kpx as a process, and a folder with a configuration."""
 
-import os
-import subprocess
 import sys
 import tempfile
 import unittest
 from pathlib import Path
 
-# The program, behind the one that runs it where it was built for another system.
-KPX = [*os.environ.get("KPX_RUNNER", "").split(), sys.argv[1]]
-ON_WINDOWS = KPX[-1].endswith(".exe")
+from runner import RUNNER, run
+
+PROGRAM = sys.argv[1]
+KPX = [*RUNNER, PROGRAM]
+ON_WINDOWS = PROGRAM.endswith(".exe")
 
 
 def kpx(*arguments, stdin=b""):
-    done = subprocess.run([*KPX, *map(str, arguments)], input=stdin, capture_output=True,
-                          timeout=120)
+    done = run([PROGRAM, *map(str, arguments)], input=stdin)
     return done.returncode, done.stdout.decode(), done.stderr.decode()
 
 
