@@ -22,6 +22,7 @@ TEST(Threads, ManyReadAtOnce) {
   std::array<int, 4> good{};
   {
     std::vector<std::thread> threads;
+    threads.reserve(good.size());
     for (int& count : good) {
       threads.emplace_back([&count, &settings, number = static_cast<int>(&count - good.data())] {
         for (int i = 0; i < 50; ++i) {

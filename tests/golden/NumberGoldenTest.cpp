@@ -38,8 +38,8 @@ std::vector<double> manyDoubles() {
       values.push_back(std::bit_cast<double>(bits));
     } else if (i % 4 == 1) {
       static constexpr double powers[] = {1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8};
-      values.push_back(static_cast<double>(bits % 100'000'000'000 / 10 * 10 + 5) /
-                       powers[bits >> 61]);
+      const std::uint64_t endingWithFive = bits % 100'000'000'000 / 10 * 10 + 5;
+      values.push_back(static_cast<double>(endingWithFive) / powers[bits >> 61]);
     } else {
       const std::uint64_t exponent = 1023 - 24 + (bits >> 52) % 64;
       values.push_back(std::bit_cast<double>((bits & 0x800FFFFFFFFFFFFFu) | exponent << 52));

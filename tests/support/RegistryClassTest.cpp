@@ -89,6 +89,7 @@ TEST_F(RegistryClassTest, KeysAndValues) {
 }
 
 TEST_F(RegistryClassTest, WithoutAnOpenKeyOrWithAnotherRoot) {
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): that is what these handles are
   CRegistry registry(reinterpret_cast<HKEY>(std::intptr_t{5}));
   CString text = u"before";
   const auto before = errorCounts().reported;

@@ -86,6 +86,7 @@ TEST_F(RegistryStoreTest, ProcessesShareIt) {
   constexpr int processes = 4;
   constexpr int rounds = 12;
   std::vector<pid_t> children;
+  children.reserve(processes);
   // All of them find no file and create it at the same moment.
   for (int process = 0; process < processes; ++process) {
     children.push_back(inChild([&] {
