@@ -13,10 +13,8 @@ namespace {
 /// What this program was built from and with; the rest comes from the library.
 std::vector<DiagnosisLine> wholeReport() {
   std::vector<DiagnosisLine> lines{
-      {u"program", u"version", CString::fromUtf8(KPX_VERSION), u"built in", {}}};
-#if defined(__VERSION__)
-  lines.push_back({u"program", u"compiler", CString::fromUtf8(__VERSION__), u"built in", {}});
-#endif
+      {u"program", u"version", CString::fromUtf8(KPX_VERSION), u"built in", {}},
+      {u"program", u"compiler", CString::fromUtf8(KPX_COMPILER), u"built in", {}}};
   for (DiagnosisLine& line : diagnose()) lines.push_back(std::move(line));
   return lines;
 }

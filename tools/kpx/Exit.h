@@ -12,7 +12,7 @@ enum class Exit : int {
   usage = 2,       // the command line is wrong
   input = 3,       // an input is unreadable or ill-formed
   notWritten = 4,  // the result could not be written; nothing was changed
-  incomplete = 5,  // entries of an archive were refused or failed; the others were treated
+  incomplete = 5,  // not all of an archive was unpacked: refused, failed, kept, cancelled
 };
 
 /// Ends a verb with one message on standard error.

@@ -44,7 +44,7 @@ int runProgram(std::vector<std::string> arguments) {
       "A file named - is standard input, but for archives. Data goes to standard output, all\n"
       "else to standard error. Exit codes: 0 success, equal or clean; 1 the answer is no\n"
       "(differences, findings, key absent); 2 wrong usage; 3 input unreadable or ill-formed; 4\n"
-      "could not be written and nothing was changed; 5 entries of an archive were refused.");
+      "could not be written and nothing was changed; 5 not all of an archive was unpacked.");
   Action chosen;
   addConfigVerbs(app, chosen);
   addClassesVerbs(app, chosen);
