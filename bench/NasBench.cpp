@@ -6,9 +6,9 @@
 #include <pugixml.hpp>
 #include <string>
 #include <unordered_map>
-#include <utility>
 #include <vector>
 
+#include "bench/PugixmlCopy.h"
 #include "kpx/domain/CNAS_Punktobjekt.h"
 #include "kpx/xml/CMarkup.h"
 
@@ -107,41 +107,6 @@ CMarkup documentOf(const std::vector<CNAS_Punktobjekt>& all) {
   return document;
 }
 
-// The elements of one point as pugixml takes them.
-struct Element {
-  std::string name;
-  std::vector<std::pair<std::string, std::string>> attributes;
-  std::string data;
-  std::vector<Element> children;
-};
-Element elementOf(const pugi::xml_node& node) {
-  Element element;
-  element.name = node.name();
-  for (const auto& each : node.attributes()) {
-    element.attributes.emplace_back(each.name(), each.value());
-  }
-  element.data = node.child_value();
-  for (const auto& child : node.children()) {
-    if (child.type() == pugi::node_element) element.children.push_back(elementOf(child));
-  }
-  return element;
-}
-void append(pugi::xml_node parent, const Element& element) {
-  pugi::xml_node node = parent.append_child(element.name.c_str());
-  for (const auto& [name, value] : element.attributes) {
-    node.append_attribute(name.c_str()) = value.c_str();
-  }
-  if (!element.data.empty()) node.text().set(element.data.c_str());
-  for (const Element& child : element.children) append(node, child);
-}
-
-struct TextWriter : pugi::xml_writer {
-  std::string text;
-  void write(const void* data, std::size_t size) override {
-    text.append(static_cast<const char*>(data), size);
-  }
-};
-
 // Down to the text, which is what kpx holds then.
 void saveKpx(benchmark::State& state) {
   const std::vector<CNAS_Punktobjekt> all = points();
@@ -152,11 +117,11 @@ void saveKpx(benchmark::State& state) {
 void savePugixml(benchmark::State& state) {
   pugi::xml_document source;
   source.load_string(documentOf(points()).GetDoc().utf8().c_str());
-  const Element root = elementOf(source.document_element());
+  const bench::Element root = bench::elementOf(source.document_element());
   for ([[maybe_unused]] auto _ : state) {
     pugi::xml_document document;
-    append(document, root);
-    TextWriter writer;
+    bench::append(document, root);
+    bench::TextWriter writer;
     document.save(writer, "", pugi::format_raw);
     benchmark::DoNotOptimize(writer.text.data());
   }

@@ -10,6 +10,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "bench/PugixmlCopy.h"
 #include "kpx/settings/CFGGeneralSettings.h"
 #include "kpx/support/TextStore.h"
 #include "kpx/text/NumberText.h"
@@ -157,44 +158,14 @@ std::string fileText() {
   return document.GetDoc().utf8();
 }
 
-// Every element and attribute of the file, in order.
-struct Element {
-  std::string name;
-  std::vector<std::pair<std::string, std::string>> attributes;
-  std::vector<Element> children;
-};
-Element elementOf(const pugi::xml_node& node) {
-  Element element;
-  element.name = node.name();
-  for (const auto& each : node.attributes()) {
-    element.attributes.emplace_back(each.name(), each.value());
-  }
-  for (const auto& child : node.children()) element.children.push_back(elementOf(child));
-  return element;
-}
-void append(pugi::xml_node parent, const Element& element) {
-  pugi::xml_node node = parent.append_child(element.name.c_str());
-  for (const auto& [name, value] : element.attributes) {
-    node.append_attribute(name.c_str()) = value.c_str();
-  }
-  for (const Element& child : element.children) append(node, child);
-}
-
-struct TextWriter : pugi::xml_writer {
-  std::string text;
-  void write(const void* data, std::size_t size) override {
-    text.append(static_cast<const char*>(data), size);
-  }
-};
-
 void savePugixml(benchmark::State& state) {
   pugi::xml_document source;
   source.load_string(fileText().c_str());
-  const Element root = elementOf(source.document_element());
+  const bench::Element root = bench::elementOf(source.document_element());
   for ([[maybe_unused]] auto _ : state) {
     pugi::xml_document document;
-    append(document, root);
-    TextWriter writer;
+    bench::append(document, root);
+    bench::TextWriter writer;
     document.save(writer, "", pugi::format_raw);
     benchmark::DoNotOptimize(writer.text.data());
   }

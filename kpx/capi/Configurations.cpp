@@ -7,13 +7,6 @@ using namespace kpx::capi;  // NOLINT(google-build-using-namespace)
 
 namespace {
 
-/// Gives a text that lives as long as the library.
-std::int32_t lend(std::u16string_view text, const kpx_c_unit** units, int32_t* length) noexcept {
-  *units = text.data();
-  *length = static_cast<int32_t>(text.size());
-  return KPX_C_OK;
-}
-
 /// The class of a name whose objects are configurations; nullptr, and a failure, if there is none.
 const SettingsClass* classNamed(std::u16string_view name) {
   const SettingsClass* const found = findSettingsClass(name);
@@ -89,6 +82,19 @@ std::int32_t typeOf(ValueKind kind) noexcept {
       return KPX_C_TEXT;
   }
   return KPX_C_TEXT;
+}
+
+/// Many captions and groups are stored as the number of a text.
+CString currentText(const CString& stored) {
+  constexpr int mostDigits = 9;  // fits into 32 bits
+  std::int32_t number = 0;
+  if (stored.IsEmpty() || stored.GetLength() > mostDigits) return stored;
+  for (const char16_t unit : stored.view()) {
+    if (unit < u'0' || unit > u'9') return stored;
+    number = 10 * number + (unit - u'0');
+  }
+  const CString& text = GetMLT(number);
+  return text.IsEmpty() ? stored : text;
 }
 
 }  // namespace
@@ -185,23 +191,6 @@ int32_t kpx_c_type(const kpx_c_document* document, int32_t configuration, const 
     });
   });
 }
-
-namespace {
-
-/// Many captions and groups are stored as the number of a text.
-CString currentText(const CString& stored) {
-  constexpr int mostDigits = 9;  // fits into 32 bits
-  std::int32_t number = 0;
-  if (stored.IsEmpty() || stored.GetLength() > mostDigits) return stored;
-  for (const char16_t unit : stored.view()) {
-    if (unit < u'0' || unit > u'9') return stored;
-    number = 10 * number + (unit - u'0');
-  }
-  const CString& text = GetMLT(number);
-  return text.IsEmpty() ? stored : text;
-}
-
-}  // namespace
 
 int32_t kpx_c_caption(const kpx_c_document* document, int32_t configuration, const kpx_c_unit* key,
                       int32_t keyLength, kpx_c_unit* buffer, int32_t capacity, int32_t* length) {

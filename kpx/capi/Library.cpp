@@ -66,9 +66,7 @@ int32_t kpx_c_class_name(int32_t number, const kpx_c_unit** name, int32_t* lengt
     if (!name || !length || number < 0) return failArgument();
     for (const SettingsClass* const each : settingsClasses()) {
       if (!each->isConfiguration() || number-- > 0) continue;
-      *name = each->name.data();
-      *length = static_cast<int32_t>(each->name.size());
-      return KPX_C_OK;
+      return lend(each->name, name, length);
     }
     return failArgument();
   });

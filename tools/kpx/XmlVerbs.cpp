@@ -18,9 +18,6 @@ struct Arguments {
   bool json = false;
 };
 
-/// What one file's turn came to: the worst of several files is what the verb answers.
-Exit worse(Exit a, Exit b) { return std::max(a, b); }
-
 // --- check ----------------------------------------------------------------------------------
 
 Exit checkFile(const std::string& file, const Arguments& arguments, Json& report) {
@@ -66,7 +63,7 @@ Exit check(const Arguments& arguments) {
   Json report = Json::array();
   Exit exit = Exit::success;
   for (const std::string& file : arguments.files) {
-    exit = worse(exit, checkFile(file, arguments, report));
+    exit = std::max(exit, checkFile(file, arguments, report));
   }
   if (arguments.json) printJson(report);
   return exit;
@@ -165,10 +162,10 @@ Exit stats(const Arguments& arguments) {
   Exit exit = Exit::success;
   for (const std::string& file : arguments.files) {
     try {
-      exit = worse(exit, statsOfFile(file, arguments, report));
+      exit = std::max(exit, statsOfFile(file, arguments, report));
     } catch (const Failure& failure) {
       complain(failure.what());
-      exit = worse(exit, failure.code());
+      exit = std::max(exit, failure.code());
     }
   }
   if (arguments.json) printJson(report);

@@ -98,6 +98,13 @@ std::int32_t store(std::u16string_view text, kpx_c_unit* buffer, std::int32_t ca
   return KPX_C_OK;
 }
 
+std::int32_t lend(std::u16string_view text, const kpx_c_unit** units,
+                  std::int32_t* length) noexcept {
+  *units = text.data();
+  *length = static_cast<std::int32_t>(text.size());
+  return KPX_C_OK;
+}
+
 void needTexts() {
   constexpr std::int32_t anyBuiltInText = 1;
   [[maybe_unused]] static const bool isDone = [] {

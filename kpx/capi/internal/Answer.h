@@ -68,6 +68,10 @@ std::int32_t store(std::u16string_view text, kpx_c_unit* buffer, std::int32_t ca
 /// Whether there is such a buffer; it holds the empty text then.
 bool clearBuffer(kpx_c_unit* buffer, std::int32_t capacity, std::int32_t* length) noexcept;
 
+/// Gives a text that lives as long as the library.
+std::int32_t lend(std::u16string_view text, const kpx_c_unit** units,
+                  std::int32_t* length) noexcept;
+
 /// Sees to it that there are texts: the built-in ones if the program has not loaded any.
 void needTexts();
 

@@ -7,20 +7,12 @@
 #include <string>
 
 namespace kpx {
-namespace {
-
-const wchar_t* wide(const CString& text) noexcept {
-  return reinterpret_cast<const wchar_t*>(text.GetString());
-}
-
-}  // namespace
-
 bool readEnvironmentVariable(const CString& name, CString& value) {
   std::wstring buffer(256, L'\0');
   for (;;) {
     ::SetLastError(ERROR_SUCCESS);
     const DWORD length =
-        ::GetEnvironmentVariableW(wide(name), buffer.data(), static_cast<DWORD>(buffer.size()));
+        ::GetEnvironmentVariableW(name, buffer.data(), static_cast<DWORD>(buffer.size()));
     if (length == 0 && ::GetLastError() != ERROR_SUCCESS) return false;
     if (length < buffer.size()) {
       buffer.resize(length);

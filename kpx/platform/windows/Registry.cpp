@@ -11,10 +11,6 @@
 namespace kpx {
 namespace {
 
-const wchar_t* wide(const CString& text) noexcept {
-  return reinterpret_cast<const wchar_t*>(text.GetString());
-}
-
 RegistryResult resultOf(LSTATUS code) noexcept {
   const int number = static_cast<int>(code);
   switch (code) {
@@ -84,14 +80,13 @@ class SystemKey final : public RegistryKey {
   RegistryResult openBelow(RegistryRoot root, const CString& path, RegistryAccess access) {
     CString joined;
     if (const RegistryResult result = systemPath(path, joined); !result) return result;
-    return resultOf(
-        ::RegOpenKeyExW(handleOfRoot(root), wide(joined), 0, rightsFor(access), &handle_));
+    return resultOf(::RegOpenKeyExW(handleOfRoot(root), joined, 0, rightsFor(access), &handle_));
   }
 
   RegistryResult createBelow(RegistryRoot root, const CString& path, RegistryAccess access) {
     CString joined;
     if (const RegistryResult result = systemPath(path, joined); !result) return result;
-    return resultOf(::RegCreateKeyExW(handleOfRoot(root), wide(joined), 0, nullptr,
+    return resultOf(::RegCreateKeyExW(handleOfRoot(root), joined, 0, nullptr,
                                       REG_OPTION_NON_VOLATILE, rightsFor(access), nullptr, &handle_,
                                       nullptr));
   }
@@ -107,7 +102,7 @@ class SystemKey final : public RegistryKey {
     while (code == ERROR_MORE_DATA) {
       if (size > maxBytes) return {RegistryStatus::tooLarge};
       found.bytes.resize(size);
-      code = ::RegQueryValueExW(handle_, wide(name), nullptr, &type,
+      code = ::RegQueryValueExW(handle_, name, nullptr, &type,
                                 reinterpret_cast<BYTE*>(found.bytes.data()), &size);
     }
     if (code != ERROR_SUCCESS) return resultOf(code);
@@ -128,14 +123,14 @@ class SystemKey final : public RegistryKey {
     if (value.bytes.size() > Registry::maxValueBytes) return {RegistryStatus::tooLarge};
     std::string bytes = value.bytes;
     if (isText(value.type) && bytes.size() % 2 == 0) bytes.append(2, '\0');
-    return resultOf(::RegSetValueExW(handle_, wide(name), 0, static_cast<DWORD>(value.type),
+    return resultOf(::RegSetValueExW(handle_, name, 0, static_cast<DWORD>(value.type),
                                      reinterpret_cast<const BYTE*>(bytes.data()),
                                      static_cast<DWORD>(bytes.size())));
   }
 
   RegistryResult removeValue(const CString& name) override {
     if (!checkValueName(name)) return {RegistryStatus::notFound};
-    return resultOf(::RegDeleteValueW(handle_, wide(name)));
+    return resultOf(::RegDeleteValueW(handle_, name));
   }
 
   RegistryResult valueNames(std::vector<CString>& names) override {
@@ -189,7 +184,7 @@ class SystemRegistry final : public Registry {
     CString joined;
     if (const RegistryResult result = systemPath(path, joined); !result) return result;
     if (joined.IsEmpty()) return {RegistryStatus::badName};
-    const LSTATUS code = ::RegDeleteKeyExW(handleOfRoot(root), wide(joined), 0, 0);
+    const LSTATUS code = ::RegDeleteKeyExW(handleOfRoot(root), joined, 0, 0);
     // The system says "access denied" for keys below and for rights that are missing.
     if (code == ERROR_ACCESS_DENIED && hasSubkeys(root, path)) {
       return {RegistryStatus::hasSubkeys, static_cast<int>(code)};
@@ -201,7 +196,7 @@ class SystemRegistry final : public Registry {
     CString joined;
     if (const RegistryResult result = systemPath(path, joined); !result) return result;
     if (joined.IsEmpty()) return {RegistryStatus::badName};
-    return resultOf(::RegDeleteTreeW(handleOfRoot(root), wide(joined)));
+    return resultOf(::RegDeleteTreeW(handleOfRoot(root), joined));
   }
 
   RegistryResult change(RegistryRoot root, std::span<const RegistryChange> steps,

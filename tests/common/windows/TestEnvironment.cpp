@@ -9,19 +9,18 @@
 namespace kpx {
 namespace {
 
-std::wstring wide(std::u16string_view text) { return std::filesystem::path(text).wstring(); }
+void changeVariable(std::string_view name, const wchar_t* value) {
+  const std::filesystem::path wideName(std::u8string(name.begin(), name.end()));
+  ::SetEnvironmentVariableW(wideName.c_str(), value);
+}
 
 }  // namespace
 
 void setVariable(std::string_view name, std::u16string_view value) {
-  const auto name8 = std::filesystem::path(std::u8string(name.begin(), name.end()));
-  ::SetEnvironmentVariableW(name8.c_str(), wide(value).c_str());
+  changeVariable(name, std::filesystem::path(value).c_str());
 }
 
-void removeVariable(std::string_view name) {
-  const auto name8 = std::filesystem::path(std::u8string(name.begin(), name.end()));
-  ::SetEnvironmentVariableW(name8.c_str(), nullptr);
-}
+void removeVariable(std::string_view name) { changeVariable(name, nullptr); }
 
 struct ZoneScope::State {
   std::string zone;
@@ -43,7 +42,7 @@ struct TemporaryRegistry::State {
   /// Lets the process see a key of its own in place of a root.
   class Root {
    public:
-    Root(HKEY root, const std::wstring& path) : root_(root), path_(path) {
+    Root(HKEY root, const std::wstring& path) : root_(root) {
       HKEY key = nullptr;
       if (::RegCreateKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
                             &key, nullptr) != ERROR_SUCCESS) {
@@ -54,7 +53,6 @@ struct TemporaryRegistry::State {
     ~Root() {
       ::RegOverridePredefKey(root_, nullptr);
       ::RegCloseKey(key_);
-      ::RegDeleteTreeW(HKEY_CURRENT_USER, path_.c_str());
     }
     Root(const Root&) = delete;
     Root& operator=(const Root&) = delete;
@@ -63,7 +61,6 @@ struct TemporaryRegistry::State {
 
    private:
     HKEY root_;
-    std::wstring path_;
     HKEY key_ = nullptr;
   };
 
@@ -75,7 +72,7 @@ struct TemporaryRegistry::State {
 
   std::wstring path = place();
   Root machine{HKEY_LOCAL_MACHINE, path + L"\\machine"};
-  Root user{HKEY_CURRENT_USER, path + L"\\user"};  // gone first, so that the path can be removed
+  Root user{HKEY_CURRENT_USER, path + L"\\user"};
 };
 
 TemporaryRegistry::TemporaryRegistry() : state_(std::make_unique<State>()) {

@@ -4,7 +4,6 @@
 #include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -13,6 +12,7 @@
 #include <set>
 
 #include "kpx/context/ErrorReport.h"
+#include "tests/common/posix/ChildProcess.h"
 #include "tests/common/TextPrinter.h"
 #include "tests/context/ContextScope.h"
 
@@ -44,17 +44,14 @@ TEST(SharedLog, WriteProtectedLogIsSkipped) {
   std::filesystem::permissions(log, std::filesystem::perms::owner_read);
   std::filesystem::permissions(scope.folder.path(), std::filesystem::perms::all);
   std::filesystem::permissions(scope.folder.path() / "project", std::filesystem::perms::all);
-  const pid_t child = ::fork();
-  if (child == 0) {
+  const pid_t child = inChild([] {
     // The administrator may write everything.
     constexpr uid_t nobody = 65534;
-    if (::geteuid() == 0 && ::setuid(nobody) != 0) ::_exit(2);
+    if (::geteuid() == 0 && ::setuid(nobody) != 0) return 2;
     kpxError(7);
-    ::_exit(0);
-  }
-  int status = -1;
-  ASSERT_EQ(::waitpid(child, &status, 0), child);
-  EXPECT_EQ(status, 0);
+    return 0;
+  });
+  EXPECT_EQ(exitOf(child), 0);
   EXPECT_EQ(scope.log("system"), std::vector<std::string>{"old"});
   EXPECT_EQ(scope.log("project").size(), 1u);
 }
@@ -62,17 +59,14 @@ TEST(SharedLog, WriteProtectedLogIsSkipped) {
 TEST(SharedLog, LineThatFitsOnlyHalfIsTakenBack) {
   ContextScope scope;
   scope.folder.write("system/Error.log", "old\n");
-  const pid_t child = ::fork();
-  if (child == 0) {
+  const pid_t child = inChild([] {
     std::signal(SIGXFSZ, SIG_IGN);
     const rlimit limit{40, 40};
-    if (::setrlimit(RLIMIT_FSIZE, &limit) != 0) ::_exit(2);
+    if (::setrlimit(RLIMIT_FSIZE, &limit) != 0) return 2;
     kpxError(7);
-    ::_exit(0);
-  }
-  int status = -1;
-  ASSERT_EQ(::waitpid(child, &status, 0), child);
-  EXPECT_EQ(status, 0);
+    return 0;
+  });
+  EXPECT_EQ(exitOf(child), 0);
   EXPECT_EQ(scope.log("system"), std::vector<std::string>{"old"});
   EXPECT_TRUE(scope.log("project").empty());
 }
@@ -119,19 +113,14 @@ TEST(SharedLog, EightProcessesLoseAndMixUpNoLine) {
   constexpr int processes = 8;
   constexpr int reports = 1000;
   std::vector<pid_t> children;
+  children.reserve(processes);
   for (int process = 0; process < processes; ++process) {
-    const pid_t child = ::fork();
-    if (child == 0) {
+    children.push_back(inChild([&] {
       for (int i = 0; i < reports; ++i) kpxError(100000 * (process + 1) + i);
-      ::_exit(0);
-    }
-    children.push_back(child);
+      return 0;
+    }));
   }
-  for (const pid_t child : children) {
-    int status = -1;
-    ASSERT_EQ(::waitpid(child, &status, 0), child);
-    EXPECT_EQ(status, 0);
-  }
+  for (const pid_t child : children) EXPECT_EQ(exitOf(child), 0);
   for (const char* place : {"system", "project"}) {
     std::set<int> numbers;
     const auto lines = scope.log(place);

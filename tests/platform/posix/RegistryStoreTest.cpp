@@ -4,7 +4,6 @@
 #include <sqlite3.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -12,6 +11,7 @@
 #include <iterator>
 
 #include "kpx/platform/Registry.h"
+#include "tests/common/posix/ChildProcess.h"
 #include "tests/common/TemporaryFolder.h"
 #include "tests/common/TestEnvironment.h"
 #include "tests/common/TextPrinter.h"
@@ -48,17 +48,6 @@ class RegistryStoreTest : public testing::Test {
     if (result) result = key->read(u"x", value);
     if (result && !value.asNumber(number)) return RegistryStatus::wrongType;
     return result.status;
-  }
-
-  static pid_t inChild(const std::function<int()>& body) {
-    const pid_t child = ::fork();
-    if (child == 0) ::_exit(body());
-    return child;
-  }
-  static int exitOf(pid_t child) {
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
   }
 
   void execute(const char* sql) const {
