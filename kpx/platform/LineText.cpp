@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "kpx/platform/Terminal.h"
 #include "kpx/text/Utf.h"
 
 namespace kpx::detail {
@@ -9,10 +10,6 @@ namespace {
 
 constexpr bool isLineBreak(char16_t unit) noexcept {
   return (unit >= u'\n' && unit <= u'\r') || unit == 0x85 || unit == 0x2028 || unit == 0x2029;
-}
-
-constexpr bool isControl(char32_t code) noexcept {
-  return code < 0x20 || (code >= 0x7F && code < 0xA0);
 }
 
 constexpr bool isSurrogate(char32_t code) noexcept { return code >= 0xD800 && code <= 0xDFFF; }
@@ -34,7 +31,7 @@ CString terminalText(std::u16string_view text) {
   shown.reserve(text.size());
   for (std::size_t i = 0; i < text.size();) {
     const char32_t code = nextCodePoint(text, i);
-    const bool harmful = (isControl(code) && code != U'\n') || isSurrogate(code);
+    const bool harmful = (steersTerminal(code) && code != U'\n') || isSurrogate(code);
     appendCodePoint(shown, harmful ? replacementCharacter : code);
   }
   return shown;

@@ -9,8 +9,8 @@ namespace kpx::detail {
 /// The text on one line: a blank for each line break, of whatever kind.
 CString withoutLineBreaks(std::u16string_view text);
 
-/// The text as a terminal can show it without taking a part of it for a command: U+FFFD for
-/// control characters other than the line feed, and for lone surrogates.
+/// The text as a terminal can show it without taking a part of it for a command: U+FFFD for what
+/// steers it, line feeds excepted, and for lone surrogates.
 CString terminalText(std::u16string_view text);
 
 }  // namespace kpx::detail

@@ -7,6 +7,8 @@
 
 namespace kpx {
 
+bool outputIsTerminal() noexcept { return ::isatty(STDOUT_FILENO) == 1; }
+
 bool errorOutputIsTerminal() noexcept { return ::isatty(STDERR_FILENO) == 1; }
 
 void writeErrorOutput(const CString& text) {

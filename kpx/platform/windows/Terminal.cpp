@@ -7,11 +7,19 @@
 
 namespace kpx {
 
-bool errorOutputIsTerminal() noexcept {
+namespace {
+
+bool isConsole(DWORD stream) noexcept {
   // Only a console has a mode; the null device is a character device too, but has none.
   DWORD mode = 0;
-  return ::GetConsoleMode(::GetStdHandle(STD_ERROR_HANDLE), &mode) != 0;
+  return ::GetConsoleMode(::GetStdHandle(stream), &mode) != 0;
 }
+
+}  // namespace
+
+bool outputIsTerminal() noexcept { return isConsole(STD_OUTPUT_HANDLE); }
+
+bool errorOutputIsTerminal() noexcept { return isConsole(STD_ERROR_HANDLE); }
 
 void writeErrorOutput(const CString& text) {
   if (errorOutputIsTerminal()) {
