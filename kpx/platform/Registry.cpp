@@ -124,6 +124,8 @@ bool RegistryValue::asNumber(std::uint32_t& number) const noexcept {
 
 RegistryKey::~RegistryKey() = default;
 Registry::~Registry() = default;
+bool Registry::isChangeWhole() const noexcept { return false; }
+CString Registry::fileOf(RegistryRoot) const { return {}; }
 
 Registry& registry() noexcept {
   Registry* const other = installed.load(std::memory_order_acquire);

@@ -148,6 +148,11 @@ class KPX_API Registry {
   /// all steps are stored together or none is.
   virtual RegistryResult change(RegistryRoot root, std::span<const RegistryChange> steps,
                                 std::size_t& reached) = 0;
+
+  /// Whether `change` and `removeTree` are carried out whole or not at all: not on Windows.
+  virtual bool isChangeWhole() const noexcept;
+  /// The file that holds a root, which may not exist yet; empty on Windows, which has none.
+  virtual CString fileOf(RegistryRoot root) const;
 };
 
 /// As long as it lives, operations of this thread give up at its deadline (with `busy`) when other

@@ -159,6 +159,7 @@ std::string registryTextBytes(const CString& text) {
 bool importRegistryText(std::string_view bytes, RegistryTextProblem& problem) {
   std::vector<RegistryStep> steps;
   if (!readRegistryText(bytes, steps, problem)) return false;
+  problem.changed = false;
   // The machine's first: if one of the two is refused, it is hardly ever the user's own.
   for (const RegistryRoot root : {RegistryRoot::localMachine, RegistryRoot::currentUser}) {
     std::vector<RegistryChange> changes;
@@ -171,6 +172,7 @@ bool importRegistryText(std::string_view bytes, RegistryTextProblem& problem) {
     if (changes.empty()) continue;
     std::size_t reached = 0;
     const RegistryResult result = registry().change(root, changes, reached);
+    if (result || (reached > 0 && !registry().isChangeWhole())) problem.changed = true;
     if (result) continue;
     problem.line = reached < lines.size() ? lines[reached] : 0;
     problem.message = result.message();

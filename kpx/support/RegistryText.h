@@ -33,8 +33,9 @@ struct RegistryStep {
 
 /// The first thing that is wrong with a text.
 struct RegistryTextProblem {
-  int line = 0;     // from 1; 0 when a single line is not to blame
-  CString message;  // an English sentence; empty when nothing is wrong
+  int line = 0;          // from 1; 0 when a single line is not to blame
+  CString message;       // an English sentence; empty when nothing is wrong
+  bool changed = false;  // of `importRegistryText`: something was carried out before it, and stays
 };
 
 /// Reads the text form: UTF-16 with a byte-order mark, or UTF-8 with or without one. False, and no
@@ -56,8 +57,8 @@ KPX_API bool writeRegistryText(std::span<const RegistryStep> steps, CString& tex
 KPX_API std::string registryTextBytes(const CString& text);
 
 /// Reads the text form and carries it out. Nothing is changed when the text is wrong. When the
-/// registry refuses a step, the problem has its line; off Windows nothing of that root is changed
-/// then.
+/// registry refuses a step, the problem has its line, and tells whether something else is changed:
+/// of the machine's root, which comes first, or, on Windows, of the same root.
 KPX_API bool importRegistryText(std::string_view bytes, RegistryTextProblem& problem);
 
 /// Root and path of a key that is written with its root in front, as in the text form. False when

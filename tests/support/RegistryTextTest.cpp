@@ -197,6 +197,7 @@ TEST(RegistryTextTest, RefusedStepHasItsLine) {
   RegistryTextProblem problem;
   EXPECT_FALSE(importRegistryText(header + "[HKCU\\A]\n[HKLM\\B]\n\n\"x\"=-\n", problem));
   EXPECT_EQ(problem.line, 5);
+  EXPECT_TRUE(problem.changed) << "of several steps, those before the refused one stay";
   EXPECT_TRUE(importRegistryText(header + "[HKCU\\A]\n", problem));
   setRegistry(nullptr);
 }

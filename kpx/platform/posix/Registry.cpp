@@ -133,6 +133,9 @@ class StoredRegistry final : public Registry {
     });
   }
 
+  bool isChangeWhole() const noexcept override { return true; }
+  CString fileOf(RegistryRoot root) const override { return detail::registryStorePath(root); }
+
  private:
   static RegistryResult removeWith(RegistryRoot root, const CString& path,
                                    RegistryResult (RegistryStore::*removal)(RegistryStore::KeyId)) {
