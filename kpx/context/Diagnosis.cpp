@@ -1,5 +1,7 @@
 #include "kpx/context/Diagnosis.h"
 
+#include <filesystem>
+
 #include "kpx/context/Folders.h"
 #include "kpx/context/internal/FoundFolder.h"
 #include "kpx/context/internal/SettingsValue.h"
@@ -8,6 +10,7 @@
 #include "kpx/context/Trace.h"
 #include "kpx/platform/FileSystem.h"
 #include "kpx/platform/Folders.h"
+#include "kpx/support/LanguageFile.h"
 #include "kpx/text/NumberText.h"
 #include "kpx/text/TextTools.h"
 
@@ -86,11 +89,13 @@ void addRegistry(Report& report) {
         registry().open(root, CString(detail::settingsKey), RegistryAccess::read, key);
     // Most machines have the key in one root only.
     const bool isMissing = result.status == RegistryStatus::notFound;
+    const CString file = registry().fileOf(root);
     report.add(rootName(root),
-               result      ? u"readable"
+               result      ? u"has settings"
                : isMissing ? u"no settings"
                            : u"not readable",
-               CString(detail::settingsKey), result || isMissing ? CString() : result.message());
+               file.IsEmpty() ? CString(detail::settingsKey) : file,
+               result || isMissing ? CString() : result.message());
   }
 }
 
@@ -111,6 +116,17 @@ void addSwitches(Report& report) {
   }
 }
 
+/// What the start-up of the texts makes of a language file that is not as it should be.
+CString languageProblem(const CString& path) {
+  FileBytes bytes;
+  if (const FileResult result = fileSystem().read(path, bytes); !result) {
+    return failure(u"is left out", result);
+  }
+  TextList list;
+  if (readLanguageFile(bytes.view(), list).isWhole) return {};
+  return u"ends early, so the start-up stops here and reports error 71472";
+}
+
 void addTexts(Report& report) {
   report.topic(u"texts");
   const SettingsValue language = detail::readSettingsValue({}, u"Language");
@@ -121,40 +137,36 @@ void addTexts(Report& report) {
     report.add(u"language", u"Deutsch [Default]", source);
     return;
   }
-  const CString file = languageFileName(value);
   report.add(u"language", value, source,
-             file.IsEmpty() ? u"names no usable file in square brackets; the texts stay as they are"
-                            : CString());
-  for (const CString& name : {CString(u"ENG.LNG"), file}) {
-    if (name.IsEmpty()) continue;
-    const CString path = joinPath(textFolder(), name);
-    FileInfo info;
-    report.add(u"language file", path, u"program folder",
-               failure(u"cannot be read", fileSystem().info(path, info)));
+             languageFileName(value).IsEmpty()
+                 ? u"names no file that a language can have, so the texts are English"
+                 : CString());
+  for (const CString& path : languageFiles(value)) {
+    report.add(u"language file", path, u"program folder", languageProblem(path));
   }
 }
 
 void addLog(Report& report, std::u16string_view name, const CString& folder) {
-  if (folder.IsEmpty()) {
-    report.add(name, CString(), u"not set", u"the folder is not known");
-    return;
-  }
-  const CString path = joinPath(folder, u"Error.log");
+  // An error log is written whether its folder is known or not.
+  CString top = folder;
+  top.TrimRight(u"/\\");
+  top += static_cast<char16_t>(std::filesystem::path::preferred_separator);
+  const CString path = top + u"Error.log";
   FileInfo info;
   const FileResult result = fileSystem().info(path, info);
+  CString source(u"not there yet");
   CString problem;
-  if (!result && result.status != FileStatus::notFound) {
-    problem = failure(u"cannot be looked at", result);
-  } else if (result && info.kind == FileKind::folder) {
-    problem = u"that is a folder";
-  } else if (result && !info.writable) {
-    problem = u"this user may not write it";
-  }
-  CString source;
   if (result) {
     source.Format(u"%lld bytes", static_cast<long long>(info.size));
-  } else {
-    source = u"not there yet";
+    problem = info.kind == FileKind::folder ? u"that is a folder"
+              : !info.writable              ? u"this user may not write it"
+                                            : u"";
+  } else if (result.status != FileStatus::notFound) {
+    problem = failure(u"cannot be looked at", result);
+  } else if (const FileResult above = fileSystem().info(top, info); !above) {
+    problem = failure(u"its folder cannot be looked at", above);
+  } else if (!info.writable) {
+    problem = u"this user may not create it";
   }
   report.add(name, path, source, problem);
 }
@@ -175,7 +187,12 @@ std::vector<DiagnosisLine> diagnose() {
   const FoundFolder system = detail::findSystemFolder();
   const FoundFolder systemOrIni = detail::findSystemFolderOrIni();
   report.folder(u"program folder", programs);
-  report.folder(u"system folder", system);
+  if (system.path.IsEmpty()) {
+    report.add(u"system folder", {}, sourceName(system.source),
+               u"the registry value SysPath below Software\\KPX\\Settings\\Install is missing");
+  } else {
+    report.folder(u"system folder", system);
+  }
   if (systemOrIni.path != system.path) report.folder(u"system folder for set-up", systemOrIni);
   const CString project = kpxGetCurrentProjectPath();
   if (!project.IsEmpty()) {

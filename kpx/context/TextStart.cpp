@@ -32,19 +32,10 @@ bool isAlkisProject() {
   return settings && settings->getIsAlkis() != 0;
 }
 
-void overlay(const CString& folder, const CString& file) {
-  if (!folder.IsEmpty() && !file.IsEmpty()) LoadMLTFile(joinPath(folder, file));
-}
-
 int fillTexts(const CString& language) {
-  const CString chosen = CString(language).Trim();
   addBuiltInTexts();
   useProjectWording(isAlkisProject());
-  if (chosen.IsEmpty() || chosen == german) return 1;
-  const CString folder = textFolder();
-  const CString file = languageFileName(chosen);
-  overlay(folder, CString(englishFile));
-  if (file.CompareNoCase(englishFile) != 0) overlay(folder, file);
+  for (const CString& file : languageFiles(language)) LoadMLTFile(file);
   return 1;
 }
 
@@ -63,6 +54,18 @@ CString languageFileName(const CString& language) {
   const bool staysInside =
       name.FindOneOf(u"/\\") < 0 && detail::zipEntryPath(name, path) == ZipStatus::done;
   return staysInside ? name : CString();
+}
+
+std::vector<CString> languageFiles(const CString& language) {
+  const CString chosen = CString(language).Trim();
+  const CString folder = textFolder();
+  if (chosen.IsEmpty() || chosen == german || folder.IsEmpty()) return {};
+  std::vector<CString> files{joinPath(folder, CString(englishFile))};
+  const CString file = languageFileName(chosen);
+  if (!file.IsEmpty() && file.CompareNoCase(englishFile) != 0) {
+    files.push_back(joinPath(folder, file));
+  }
+  return files;
 }
 
 CString textFolder() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string_view>
+#include <vector>
 
 #include "kpx/report/Export.h"
 #include "kpx/text/CString.h"
@@ -31,6 +32,11 @@ KPX_API CString chosenLanguage();
 /// The file name that a language value has in square brackets. Empty without one, and for a name
 /// that leads out of the folder of the texts or to a device, since such a file counts as missing.
 KPX_API CString languageFileName(const CString& language);
+
+/// The paths of the language files that `InitMLT` lays over the German texts for a language, in
+/// this order, whether they exist or not: none for German; else the English one, and that of the
+/// language when it names another.
+KPX_API std::vector<CString> languageFiles(const CString& language);
 
 /// Where language files lie; empty when the program folder is not known.
 KPX_API CString textFolder();

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <thread>
 
+#include "kpx/context/Diagnosis.h"
 #include "kpx/settings/CFGProjectSettingsIntern.h"
 #include "kpx/support/internal/BuiltInTexts.h"
 #include "kpx/support/LanguageFile.h"
@@ -62,6 +63,34 @@ TEST_F(TextStart, LanguagesLieOverEachOther) {
     EXPECT_EQ(GetMLT(1), each.one) << CString(each.language).utf8();
     EXPECT_EQ(GetMLT(12), each.twelve) << CString(each.language).utf8();
     EXPECT_EQ(GetMLT(231), u"LG");
+  }
+}
+
+TEST_F(TextStart, TheDiagnosisTellsOfTheFilesInForce) {
+  write("MLT/CUT.LNG", {{1, u"cut"}}, 1);
+  const struct {
+    const char16_t* language;
+    std::vector<CString> files;    // their names
+    std::vector<bool> areInOrder;  // of the language itself, and of each file
+  } cases[] = {
+      {u"Deutsch [Default]", {}, {true}},
+      {u"English [eng.lng]", {u"ENG.LNG"}, {true, true}},
+      {u"Dansk [DAN.LNG]", {u"ENG.LNG", u"DAN.LNG"}, {true, true, true}},
+      {u"Suomi [FIN.LNG]", {u"ENG.LNG", u"FIN.LNG"}, {true, true, false}},
+      {u"Cut [CUT.LNG]", {u"ENG.LNG", u"CUT.LNG"}, {true, true, false}},
+      {u"Out [../OUT.LNG]", {u"ENG.LNG"}, {false, true}},
+  };
+  for (const auto& each : cases) {
+    setLanguage(RegistryRoot::currentUser, CString(each.language));
+    std::vector<CString> files;
+    std::vector<bool> areInOrder;
+    for (const DiagnosisLine& line : diagnose()) {
+      if (line.topic != u"texts") continue;
+      areInOrder.push_back(line.problem.IsEmpty());
+      if (line.name == u"language file") files.push_back(line.value.Right(7));
+    }
+    EXPECT_EQ(files, each.files) << CString(each.language).utf8();
+    EXPECT_EQ(areInOrder, each.areInOrder) << CString(each.language).utf8();
   }
 }
 

@@ -49,8 +49,9 @@ Exit doctor(bool json) {
       text += "\n";
     }
     text += "\n" +
-            (problems == 0 ? std::string("No problems found")
-                           : std::to_string(problems) + " problems found") +
+            (problems == 0   ? std::string("No problems found")
+             : problems == 1 ? "1 problem found"
+                             : std::to_string(problems) + " problems found") +
             "\n";
     print(text);
   }
