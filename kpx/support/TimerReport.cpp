@@ -1,5 +1,6 @@
 #include "kpx/support/TimerReport.h"
 
+#include <algorithm>
 #include <cmath>
 #include <string_view>
 #include <utility>
@@ -23,6 +24,22 @@ bool cutField(std::u16string_view& line, std::u16string_view& field) {
   return true;
 }
 
+bool isDigit(char16_t unit) noexcept { return unit >= u'0' && unit <= u'9'; }
+
+/// Digits, a point and digits, as "%lf" writes a time, with a minus in front or not.
+bool isTime(std::u16string_view text) {
+  if (text.starts_with(u'-')) text.remove_prefix(1);
+  const std::size_t point = std::min(text.find(u'.'), text.size());
+  const std::u16string_view fraction = text.substr(std::min(point + 1, text.size()));
+  return point > 0 && !fraction.empty() && std::ranges::all_of(text.substr(0, point), isDigit) &&
+         std::ranges::all_of(fraction, isDigit);
+}
+
+/// A number of calls, of 32 bits.
+bool isCount(std::u16string_view text) {
+  return std::ranges::all_of(text, isDigit) && utlLongAsText(textAsLong(text)) == text;
+}
+
 bool readLine(std::u16string_view line, TimerLine& result) {
   if (line.ends_with(running)) {
     result.running = true;
@@ -31,10 +48,7 @@ bool readLine(std::u16string_view line, TimerLine& result) {
   std::u16string_view calls;
   std::u16string_view time;
   if (!cutField(line, calls) || !cutField(line, time)) return false;
-  if (calls.find_first_not_of(u"0123456789") != calls.npos ||
-      time.find_first_not_of(u"0123456789.-") != time.npos) {
-    return false;
-  }
+  if (!isCount(calls) || !isTime(time)) return false;
   result.name = line;
   result.milliseconds = textAsDouble(time);
   result.calls = textAsLong(calls);
@@ -57,28 +71,36 @@ CString numThou(std::int32_t number) {
   return text;
 }
 
-int readTimerCsv(const CString& text, std::vector<std::vector<TimerLine>>& reports) {
+std::vector<int> readTimerCsv(const CString& text, std::vector<std::vector<TimerLine>>& reports) {
   reports.clear();
+  std::vector<int> strange;
   std::u16string_view rest = text;
   int number = 0;
+  bool isInReport = false;
   while (!rest.empty()) {
     ++number;
     const std::size_t end = rest.find(u'\n');
     std::u16string_view line = rest.substr(0, end);
     rest = end == rest.npos ? std::u16string_view() : rest.substr(end + 1);
     if (line.ends_with(u'\r')) line.remove_suffix(1);
-    if (line.empty()) continue;
-    if (line == header) {
-      reports.emplace_back();
+    if (line.empty()) {
+      isInReport = false;  // a report ends with an empty line
       continue;
     }
-    if (reports.empty()) return number;
-    if (line == noTimers) continue;
     TimerLine timer;
-    if (!readLine(line, timer)) return number;
-    reports.back().push_back(std::move(timer));
+    if (line.ends_with(header)) {
+      // A report that was appended to a torn one begins in the middle of a line.
+      if (line != header) strange.push_back(number);
+      reports.emplace_back();
+      isInReport = true;
+    } else if (!isInReport || (line != noTimers && !readLine(line, timer))) {
+      strange.push_back(number);
+    } else if (line != noTimers) {
+      reports.back().push_back(std::move(timer));
+    }
   }
-  return reports.empty() ? 1 : 0;
+  if (reports.empty() && strange.empty()) strange.push_back(1);
+  return strange;
 }
 
 }  // namespace kpx

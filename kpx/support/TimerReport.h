@@ -25,8 +25,10 @@ struct TimerLine {
 };
 
 /// Reads the reports that `CTimerFactory::dumpCsv` wrote; a file to which reports were appended
-/// has several. Names may hold commas. Answers 0, or the number of the first line that is none of
-/// a report (1 for a text without any), with what was read until there.
-KPX_API int readTimerCsv(const CString& text, std::vector<std::vector<TimerLine>>& reports);
+/// has several. Names may hold commas. Answers the numbers of the lines, from 1, that are none of a
+/// report, such as one that was torn when a program ended; the others are read all the same. A text
+/// without any report has at least line 1 among them.
+KPX_API std::vector<int> readTimerCsv(const CString& text,
+                                      std::vector<std::vector<TimerLine>>& reports);
 
 }  // namespace kpx

@@ -127,7 +127,7 @@ TEST(Timer, ReportsInBothOrders) {
 
   // What was written is read.
   std::vector<std::vector<TimerLine>> reports;
-  ASSERT_EQ(readTimerCsv(CString::fromUtf8(folder.read("t.csv")), reports), 0);
+  ASSERT_TRUE(readTimerCsv(CString::fromUtf8(folder.read("t.csv")), reports).empty());
   ASSERT_EQ(reports.size(), 2u);
   EXPECT_TRUE(reports[0].empty());
   ASSERT_EQ(reports[1].size(), 3u);
@@ -191,21 +191,30 @@ TEST(Timer, FailingStepLeavesTheOldReport) {
   }
 }
 
-TEST(TimerCsv, LineThatIsNoneIsNamed) {
+TEST(TimerCsv, LinesThatAreNoneAreNamedAndTheOthersRead) {
+  const CString header = u"Timer name,Time (ms),# Calls\n";
   const struct {
     CString text;
-    int line;
+    std::vector<int> strange;
+    std::size_t timers;
   } cases[] = {
-      {u"", 1},
-      {u"a,1,2\n", 1},
-      {u"Timer name,Time (ms),# Calls\r\na,1.5,2\r\n", 0},
-      {u"Timer name,Time (ms),# Calls\na,1.5,2\n1,2\n", 3},
-      {u"Timer name,Time (ms),# Calls\na,b,2\n", 2},
-      {u"Timer name,Time (ms),# Calls\na,1,\n", 2},
+      {u"", {1}, 0},
+      {u"a,1.0,2\n", {1}, 0},
+      {u"Timer name,Time (ms),# Calls\r\na,1.5,2\r\n", {}, 1},
+      {header + u"a,-1.5,0\n1,2\nb,1.5,2147483647\n", {3}, 2},
+      {header + u"a,b,2\na,1.0,\na,1..5,2\na,---,2\na,1.5,99999999999\na,.5,2\na,1.0,x\n",
+       {2, 3, 4, 5, 6, 7, 8},
+       0},
+      // A report that ends in the middle of a line, and the next one behind it.
+      {header + u"a,1.5,2\nlong,60" + header + u"b,1.5,2\n\n", {3}, 2},
+      {header + u"a,1.5,2\n\nb,1.5,2\n", {4}, 1},
   };
   for (const auto& each : cases) {
     std::vector<std::vector<TimerLine>> reports;
-    EXPECT_EQ(readTimerCsv(each.text, reports), each.line) << each.text.utf8();
+    EXPECT_EQ(readTimerCsv(each.text, reports), each.strange) << each.text.utf8();
+    std::size_t timers = 0;
+    for (const auto& report : reports) timers += report.size();
+    EXPECT_EQ(timers, each.timers) << each.text.utf8();
   }
 }
 

@@ -16,16 +16,27 @@ struct Arguments {
   bool json = false;
 };
 
-using Reports = std::vector<std::vector<TimerLine>>;
+struct Reports {
+  std::vector<std::vector<TimerLine>> list;
+  Exit exit = Exit::success;  // whether every line was one of a report
+};
 
+/// Reads what is whole, and names the lines that are not.
 Reports readReports(const std::string& file) {
   const Input input = readInput(file);
   Reports reports;
-  const int line = readTimerCsv(CString::fromUtf8(input.bytes()), reports);
-  if (line != 0) {
-    throw Failure(Exit::input, placeOf(input.name, {line, 1, "this is no line of a timer report"}));
+  const std::vector<int> strange = readTimerCsv(CString::fromUtf8(input.bytes()), reports.list);
+  constexpr std::size_t mostNamed = 10;
+  const auto tell = [&](int line) {
+    return placeOf(input.name, {line, 1, "this is no line of a timer report"});
+  };
+  if (reports.list.empty()) throw Failure(Exit::input, tell(strange.front()));
+  for (std::size_t i = 0; i < strange.size() && i < mostNamed; ++i) complain(tell(strange[i]));
+  if (strange.size() > mostNamed) {
+    complain(input.name + ": nor are " + std::to_string(strange.size() - mostNamed) + " others");
   }
-  for (std::vector<TimerLine>& report : reports) {
+  if (!strange.empty()) reports.exit = Exit::input;
+  for (std::vector<TimerLine>& report : reports.list) {
     std::ranges::stable_sort(report, std::ranges::greater(), &TimerLine::milliseconds);
   }
   return reports;
@@ -42,11 +53,11 @@ Exit show(const Arguments& arguments) {
   Json json = Json::array();
   CString text;
   int number = 0;
-  for (const std::vector<TimerLine>& report : reports) {
+  for (const std::vector<TimerLine>& report : reports.list) {
     ++number;
-    if (reports.size() > 1) {
+    if (reports.list.size() > 1) {
       text.AppendFormat(u"%sReport %d of %d\n", number > 1 ? u"\n" : u"", number,
-                        static_cast<int>(reports.size()));
+                        static_cast<int>(reports.list.size()));
     }
     int width = 5;
     for (const TimerLine& timer : report) width = std::max(width, timer.name.GetLength());
@@ -73,15 +84,16 @@ Exit show(const Arguments& arguments) {
   } else {
     print(shown(text));
   }
-  return Exit::success;
+  return reports.exit;
 }
 
 /// One row for each timer, longest first, with a bar as long as its runs together: the report does
 /// not tell when they were. Each report of the file is a process of its own.
 Exit trace(const Arguments& arguments) {
+  const Reports reports = readReports(arguments.file);
   Json events = Json::array();
   int process = 0;
-  for (const std::vector<TimerLine>& report : readReports(arguments.file)) {
+  for (const std::vector<TimerLine>& report : reports.list) {
     ++process;
     events.push_back({{"name", "process_name"},
                       {"ph", "M"},
@@ -112,14 +124,13 @@ Exit trace(const Arguments& arguments) {
     }
   }
   printJson({{"traceEvents", std::move(events)}, {"displayTimeUnit", "ms"}});
-  return Exit::success;
+  return reports.exit;
 }
 
 }  // namespace
 
 void addTimersVerbs(CLI::App& app, Action& chosen) {
   CLI::App* timers = app.add_subcommand("timers", "Show timer reports in CSV");
-  requireVerb(*timers);
 
   const auto add = [&](const char* name, const char* description, Exit (*verb)(const Arguments&)) {
     auto added = addVerb(*timers, chosen, name, description, verb);
