@@ -268,7 +268,6 @@ const SettingsClass& requireClass(const std::string& name) {
 
 void addClassesVerbs(CLI::App& app, Action& chosen) {
   CLI::App* classes = app.add_subcommand("classes", "The catalogue of all settings classes");
-  requireVerb(*classes);
   auto json = std::make_shared<bool>(false);
   auto name = std::make_shared<std::string>();
 

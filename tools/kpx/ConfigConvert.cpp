@@ -7,6 +7,7 @@
 
 #include "kpx/settings/ConfigParts.h"
 #include "tools/kpx/ConfigJson.h"
+#include "tools/kpx/Usage.h"
 
 namespace kpx::tool {
 namespace {
@@ -209,11 +210,11 @@ std::string convertedFrom(const std::string& file, const Selection& selection,
 void addConvertOptions(CLI::App& command, ConvertOptions& options) {
   command.add_option("--to", options.to, "json, csv, ini, or xml (from JSON)")
       ->required()
-      ->check(CLI::IsMember({"json", "csv", "ini", "xml"}));
+      ->check(oneOf({"json", "csv", "ini", "xml"}));
   command.add_option("-o,--output", options.output,
                      "Write this file, whole or not at all, instead of standard output");
   command.add_option("--separator", options.separator, "Of CSV: , ; | or tab (default ,)")
-      ->check(CLI::IsMember({",", ";", "|", "tab"}).description(""));
+      ->check(oneOf({",", ";", "|", "tab"}).description(""));
   command.add_flag("--strict", options.strict,
                    "To XML: answer 1 and write nothing where a key or value is not as the suite "
                    "writes it");

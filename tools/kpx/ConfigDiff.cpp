@@ -7,6 +7,7 @@
 
 #include "tools/kpx/Exit.h"
 #include "tools/kpx/Output.h"
+#include "tools/kpx/Usage.h"
 
 namespace kpx::tool {
 namespace {
@@ -32,7 +33,7 @@ class DifferenceReport {
   }
   void addUnpaired(const Configurations& all, const DocumentConfiguration& owner) {
     list_.push_back({{"class", nameOf(owner)}, {"index", owner.number}, {"only_in", all.source}});
-    lines_ += labelOf(all, owner) + ": only in " + all.source + "\n";
+    lines_ += labelOf(all, owner) + ": only in " + onOneLine(all.source) + "\n";
   }
 
   Exit finish(bool json) const {
@@ -62,7 +63,7 @@ class DifferenceReport {
     if (a && b) {
       lines_ += text(a) + " -> " + text(b);
     } else {
-      lines_ += text(a ? a : b) + " (only in " + (a ? a_ : b_) + ")";
+      lines_ += text(a ? a : b) + " (only in " + onOneLine(a ? a_ : b_) + ")";
     }
     lines_ += "\n";
   }
@@ -81,7 +82,7 @@ Exit diffFromDefaults(const std::string& file, const Selection& selection, bool 
     if (configuration.settingsClass) {
       report.add(configurations, configuration, changedFromDefaults(configuration));
     } else {
-      complain(configurations.source + ": " + nameOf(configuration) +
+      complain(configurations.source + ": " + labelOf(configuration) +
                " is not a known class and has no defaults to compare with");
     }
   }
@@ -103,9 +104,9 @@ Selection selectionInB(Selection selection, const DiffOptions& options) {
 
 void addDiffOptions(CLI::App& command, DiffOptions& options) {
   command.add_option("B", options.other, "The same; without it, the defaults");
-  command
-      .add_option("--other-index", options.otherIndex, "The number in B, where it is not that in A")
-      ->check(CLI::Range(1, std::numeric_limits<int>::max()).description(""));
+  takesWholeNumber(*command.add_option("--other-index", options.otherIndex,
+                                       "The number in B, where it is not that in A"),
+                   1, std::numeric_limits<int>::max());
 }
 
 Exit diffConfigurations(const std::string& file, const Selection& selection,
@@ -115,9 +116,6 @@ Exit diffConfigurations(const std::string& file, const Selection& selection,
       throw Failure(Exit::usage, "--other-index chooses in the file B, and there is none");
     }
     return diffFromDefaults(file, selection, json);
-  }
-  if (file == "-" && options.other == "-") {
-    throw Failure(Exit::usage, "standard input can be read only once, so A and B cannot both be -");
   }
   const Configurations a = readConfigurations(file, selection);
   const Configurations b = readConfigurations(options.other, selectionInB(selection, options));

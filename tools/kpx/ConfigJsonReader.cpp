@@ -121,8 +121,8 @@ class Reader {
     }
     CString element = textOf(object["element"], at + "/element");
     if (known && !usual.IsEmpty() && element != usual) {
-      json_.fail(at + "/element", "does not belong to the class " + shown(className) +
-                                      ", which has " + shown(usual));
+      json_.fail(at + "/element", "does not belong to the class " + shownName(className) +
+                                      ", which has " + shownName(usual));
     }
     requireElementName(element, at + "/element");
     return element;
@@ -316,9 +316,9 @@ class Reader {
       const bool isKey =
           finding.kind == FindingKind::unknownKey || finding.kind == FindingKind::duplicateKey;
       result.notes.push_back(
-          json_.located(at + (isKey ? "/key" : "/value"), shown(finding.className) + "." +
-                                                              shownOnOneLine(finding.key) + " " +
-                                                              shownOnOneLine(describe(finding))));
+          json_.located(at + (isKey ? "/key" : "/value"), shownName(finding.className) + "." +
+                                                              shownName(finding.key) + " " +
+                                                              shown(describe(finding))));
     }
   }
 

@@ -184,11 +184,11 @@ class Writer {
     for (attribute.rewind(); attribute.next();) {
       const auto field = std::ranges::find(fields, attribute.name(), &JsonField::attribute);
       if (field == fields.end()) {
-        refuse(element.offset, "the attribute '" + shown(CString(attribute.name())) + "'");
+        refuse(element.offset, "the attribute '" + shownName(CString(attribute.name())) + "'");
       }
       std::optional<CString>& text = texts[static_cast<std::size_t>(field - fields.begin())];
       if (text) {
-        refuse(element.offset, "a second attribute '" + shown(CString(attribute.name())) + "'");
+        refuse(element.offset, "a second attribute '" + shownName(CString(attribute.name())) + "'");
       }
       text = attribute.value();
     }

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <vector>
 
-#include "kpx/platform/FileSystem.h"
 #include "kpx/text/NumberText.h"
 #include "tools/kpx/ConfigAbsent.h"
+#include "tools/kpx/FileChange.h"
 #include "tools/kpx/Output.h"
 
 namespace kpx::tool {
@@ -75,19 +75,10 @@ std::string notInFile(const Request& request) {
     if (accessOf(configuration, key) &&
         std::ranges::find(configuration.settings, key, &DocumentSetting::key) !=
             configuration.settings.end()) {
-      return "stands in " + nameOf(configuration) + " without a value; --add gives it one";
+      return "stands in " + labelOf(configuration) + " without a value; --add gives it one";
     }
   }
   return whyAbsent(request.configurations, key);
-}
-
-/// A name for a backup that overwrites none: FILE.bak, FILE.bak2 and so on.
-std::string freeBackupName(const std::string& file) {
-  std::string name = file + ".bak";
-  for (int number = 2; fileSystem().exists(given(name)); ++number) {
-    name = file + ".bak" + std::to_string(number);
-  }
-  return name;
 }
 
 [[noreturn]] void failUnknownClass(const Request& request) {
@@ -96,13 +87,13 @@ std::string freeBackupName(const std::string& file) {
     if (!each.settingsClass &&
         std::ranges::find(each.settings, key, &DocumentSetting::key) != each.settings.end()) {
       throw Failure(Exit::usage, request.source + ": '" + request.key + "' stands in " +
-                                     nameOf(each) +
+                                     labelOf(each) +
                                      ", a class that is not known, so its value cannot be checked");
     }
   }
   throw Failure(Exit::no, request.source + ": '" + request.key +
                               "' is not in this file, and the class of " +
-                              nameOf(request.configurations.list.front()) + " is not known");
+                              labelOf(request.configurations.list.front()) + " is not known");
 }
 
 [[noreturn]] void failEdit(const Request& request, const EditResult& result) {
@@ -152,7 +143,8 @@ Exit setValue(const std::string& file, const std::string& key, const Selection& 
                   "with standard input the document is printed, so neither --json "
                   "nor --backup can be meant");
   }
-  const Input input = readInput(file);
+  FileChange change(file);
+  const Input& input = change.input();
   Configurations read = configurationsOf(input, selection);
   if (encode(read) != input.bytes()) {
     throw Failure(Exit::input, input.name + ": would not keep every other byte in the encoding " +
@@ -170,17 +162,10 @@ Exit setValue(const std::string& file, const std::string& key, const Selection& 
 
   const std::string bytes = encode(read);
   const bool write = changed && !options.dryRun && !toOutput;
-  if (write) {
-    if (options.backup) {
-      const std::string backup = freeBackupName(file);
-      replaceOrFail(backup, input.bytes());
-      fileSystem().copyPermissions(given(file), given(backup));
-      if (backup != file + ".bak") complain("the old file is kept as " + backup);
-    }
-    replaceOrFail(file, bytes);
-  }
+  if (options.backup) change.keepOld();
+  if (write) change.write(bytes);
 
-  const std::string sentence = key + ": " +
+  const std::string sentence = shownOnOneLine(given(key)) + ": " +
                                (added ? "added as " : shownOnOneLine(result.oldValue) + " -> ") +
                                shownOnOneLine(result.newValue) +
                                (!changed         ? " (unchanged)"
@@ -194,7 +179,7 @@ Exit setValue(const std::string& file, const std::string& key, const Selection& 
     complain(key + ": the value holds a line break, which other programs turn into a blank");
   }
   if (toOutput && !options.dryRun) {
-    print(bytes);
+    change.write(bytes);
     complain(sentence);
   } else if (json) {
     printJson(Json{{"file", input.name},

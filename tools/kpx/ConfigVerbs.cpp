@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "kpx/settings/ConfigFile.h"
 #include "tools/kpx/ConfigAbsent.h"
@@ -17,7 +18,8 @@ namespace kpx::tool {
 namespace {
 
 struct Arguments {
-  std::string file;  // or class
+  std::string file;                // or class
+  std::vector<std::string> files;  // of verbs that take several
   std::string key;
   Selection selection;
   DiffOptions diff;
@@ -57,53 +59,71 @@ std::map<CString, CString> defaultsOf(const DocumentConfiguration& configuration
   return values;
 }
 
-Exit show(const Arguments& arguments) {
-  const Configurations configurations = readConfigurations(arguments.file, arguments.selection);
-  Json report = Json::array();
-  CString text;
+/// Adds one configuration of a file, as lines and as JSON.
+void showConfiguration(const DocumentConfiguration& configuration, const Arguments& arguments,
+                       CString heading, CString& text, Json& settings) {
+  const std::map<CString, CString> defaultValues = defaultsOf(configuration);
+  if (!arguments.onlyChanged) text += std::exchange(heading, {});
+  for (const DocumentSetting& setting : configuration.settings) {
+    const auto found = defaultValues.find(setting.key);
+    const bool changed = found == defaultValues.end() || found->second != setting.value;
+    if (arguments.onlyChanged && !changed) continue;
+    Json entry{{"key", shown(setting.key)}, {"value", shown(setting.value)}};
+    entry["default"] = found == defaultValues.end() ? Json(nullptr) : Json(shown(found->second));
+    settings.push_back(std::move(entry));
+    text += std::exchange(heading, {});  // only above something
+    text.AppendFormat(u"%-28s %s", CString::fromUtf8(shownOnOneLine(setting.key)),
+                      CString::fromUtf8(shownOnOneLine(setting.value)));
+    if (found == defaultValues.end()) {
+      text += configuration.settingsClass ? u"   (unknown key)" : u"";
+    } else if (changed) {
+      const std::string value = shownOnOneLine(found->second);
+      text.AppendFormat(u"   (default %S)", value.empty() ? "\"\"" : value.c_str());
+    }
+    text += u'\n';
+  }
+}
+
+void showFile(const std::string& file, const Arguments& arguments, CString& text, Json& report) {
+  const Configurations configurations = readConfigurations(file, arguments.selection);
+  const bool isOneOfSeveral = arguments.files.size() > 1;
   PlaceCounter places(configurations.document.GetDoc());
   for (const DocumentConfiguration& configuration : configurations.list) {
     const int line = places.at(configuration.offset).first;
-    const std::map<CString, CString> defaultValues = defaultsOf(configuration);
-    Json settings = Json::array();
-    CString heading;
-    heading.Format(u"%s[%S]", text.IsEmpty() ? u"" : u"\n", nameOf(configuration));
+    CString heading(text.IsEmpty() ? u"" : u"\n");
+    heading.AppendFormat(u"[%S]", onOneLine(nameOf(configuration)));
+    if (isOneOfSeveral) heading.AppendFormat(u"   (%S)", onOneLine(configurations.source));
     if (configurations.count > 1) {
       heading.AppendFormat(u"   (--index %d, line %d)", configuration.number, line);
     }
-    heading += u'\n';
-    if (!arguments.onlyChanged) text += std::exchange(heading, {});
-    for (const DocumentSetting& setting : configuration.settings) {
-      const auto found = defaultValues.find(setting.key);
-      const bool changed = found == defaultValues.end() || found->second != setting.value;
-      if (arguments.onlyChanged && !changed) continue;
-      Json entry{{"key", shown(setting.key)}, {"value", shown(setting.value)}};
-      entry["default"] = found == defaultValues.end() ? Json(nullptr) : Json(shown(found->second));
-      settings.push_back(std::move(entry));
-      text += std::exchange(heading, {});  // only above something
-      text.AppendFormat(u"%-28s %s", setting.key, CString::fromUtf8(shownOnOneLine(setting.value)));
-      if (found == defaultValues.end()) {
-        text += configuration.settingsClass ? u"   (unknown key)" : u"";
-      } else if (changed) {
-        const std::string value = shownOnOneLine(found->second);
-        text.AppendFormat(u"   (default %S)", value.empty() ? "\"\"" : value.c_str());
-      }
-      text += u'\n';
-    }
-    report.push_back({{"class", nameOf(configuration)},
-                      {"index", configuration.number},
-                      {"line", line},
-                      {"name", shown(configuration.name)},
-                      {"element", shown(configuration.elementName)},
-                      {"known", configuration.settingsClass != nullptr},
-                      {"settings", std::move(settings)}});
+    Json settings = Json::array();
+    showConfiguration(configuration, arguments, heading + u'\n', text, settings);
+    Json entry;
+    if (isOneOfSeveral) entry["file"] = configurations.source;
+    entry.update({{"class", nameOf(configuration)},
+                  {"index", configuration.number},
+                  {"line", line},
+                  {"name", shown(configuration.name)},
+                  {"element", shown(configuration.elementName)},
+                  {"known", configuration.settingsClass != nullptr},
+                  {"settings", std::move(settings)}});
+    report.push_back(std::move(entry));
   }
+}
+
+Exit show(const Arguments& arguments) {
+  Json report = Json::array();
+  CString text;
+  const Exit exit = forEachFile(arguments.files, [&](const std::string& file) {
+    showFile(file, arguments, text, report);
+    return Exit::success;
+  });
   if (arguments.json) {
     printJson(report);
   } else {
     print(shown(text));
   }
-  return Exit::success;
+  return exit;
 }
 
 // --- get ------------------------------------------------------------------------------------
@@ -139,7 +159,7 @@ Exit get(const Arguments& arguments) {
                                    candidates.sentence());
   }
   if (std::ranges::count(owner->settings, key, &DocumentSetting::key) > 1) {
-    complain(configurations.source + ": '" + arguments.key + "' stands in " + nameOf(*owner) +
+    complain(configurations.source + ": '" + arguments.key + "' stands in " + labelOf(*owner) +
              " more than once; this is the last, which programs read");
   }
   if (arguments.json) {
@@ -161,11 +181,10 @@ Exit diff(const Arguments& arguments) {
 
 // --- validate -------------------------------------------------------------------------------
 
-Exit validate(const Arguments& arguments) {
-  Configurations configurations = readConfigurations(arguments.file, arguments.selection);
+Exit validateFile(const std::string& file, const Arguments& arguments, Json& report) {
+  Configurations configurations = readConfigurations(file, arguments.selection);
   PlaceCounter places(configurations.document.GetDoc());
-  Json report = Json::array();
-  std::string lines;
+  Exit exit = Exit::success;
   auto owner = configurations.list.begin();
   for (const ConfigFinding& finding : validateConfigurations(configurations.document)) {
     // Findings come in the order of the document, as the configurations do.
@@ -174,25 +193,33 @@ Exit validate(const Arguments& arguments) {
     }
     if (owner == configurations.list.end()) break;
     if (finding.offset < owner->offset) continue;
+    exit = Exit::no;
     const auto [line, column] = places.at(finding.offset);
     const std::string subject = labelOf(configurations, *owner) +
-                                (finding.key.IsEmpty() ? "" : "." + shownOnOneLine(finding.key));
-    const std::string sentence = subject + " " + shownOnOneLine(describe(finding));
-    lines += placeOf(configurations.source, {line, column, sentence}) + "\n";
-    report.push_back({{"line", line},
-                      {"column", column},
-                      {"class", shown(finding.className)},
-                      {"index", owner->number},
-                      {"key", shown(finding.key)},
-                      {"value", shown(finding.value)},
-                      {"message", sentence}});
+                                (finding.key.IsEmpty() ? "" : "." + shownName(finding.key));
+    const std::string sentence = subject + " " + shown(describe(finding));
+    if (!arguments.json) printLine(placeOf(configurations.source, {line, column, sentence}));
+    Json entry;
+    if (arguments.files.size() > 1) entry["file"] = configurations.source;
+    entry.update({{"line", line},
+                  {"column", column},
+                  {"class", shown(finding.className)},
+                  {"index", owner->number},
+                  {"key", shown(finding.key)},
+                  {"value", shown(finding.value)},
+                  {"message", onOneLine(sentence)}});
+    report.push_back(std::move(entry));
   }
-  if (arguments.json) {
-    printJson(report);
-  } else {
-    print(lines);
-  }
-  return report.empty() ? Exit::success : Exit::no;
+  return exit;
+}
+
+Exit validate(const Arguments& arguments) {
+  Json report = Json::array();
+  const Exit exit = forEachFile(arguments.files, [&](const std::string& file) {
+    return validateFile(file, arguments, report);
+  });
+  if (arguments.json) printJson(report);
+  return exit;
 }
 
 Exit set(const Arguments& arguments) {
@@ -208,12 +235,12 @@ Exit convertFile(const Arguments& arguments) {
 
 void addConfigVerbs(CLI::App& app, Action& chosen) {
   CLI::App* config = app.add_subcommand("config", "Show, change and compare configurations");
-  requireVerb(*config);
   const auto add = [&](const char* name, const char* description, Exit (*verb)(const Arguments&)) {
     auto added = addVerb(*config, chosen, name, description, verb);
     added.first->add_flag("--json", added.second->json, "Print JSON");
     return added;
   };
+  const char* const filesOrClasses = "Files, - for standard input, or names of classes";
   const char* const fileOrClass = "A file, - for standard input, or the name of a class";
 
   {
@@ -223,7 +250,7 @@ void addConfigVerbs(CLI::App& app, Action& chosen) {
   }
   {
     const auto [command, arguments] = add("show", "Show all settings with their values", &show);
-    command->add_option("FILE|CLASS", arguments->file, fileOrClass)->required();
+    command->add_option("FILE|CLASS", arguments->files, filesOrClasses)->required();
     addSelection(*command, arguments->selection);
     command->add_flag("--changed", arguments->onlyChanged,
                       "Only those whose text differs from the default");
@@ -258,7 +285,7 @@ void addConfigVerbs(CLI::App& app, Action& chosen) {
   {
     const auto [command, arguments] =
         add("validate", "Name everything that is not as the suite writes it", &validate);
-    command->add_option("FILE|CLASS", arguments->file, fileOrClass)->required();
+    command->add_option("FILE|CLASS", arguments->files, filesOrClasses)->required();
     addSelection(*command, arguments->selection);
   }
   {

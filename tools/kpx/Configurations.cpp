@@ -7,6 +7,7 @@
 #include "tools/kpx/Classes.h"
 #include "tools/kpx/ConfigAbsent.h"
 #include "tools/kpx/Exit.h"
+#include "tools/kpx/Usage.h"
 
 namespace kpx::tool {
 namespace {
@@ -23,7 +24,7 @@ std::string namesOf(const std::vector<DocumentConfiguration>& list) {
   constexpr std::size_t mostNames = 10;
   std::vector<std::string> names;
   for (const DocumentConfiguration& each : list) {
-    std::string name = nameOf(each);
+    std::string name = labelOf(each);
     if (std::ranges::find(names, name) != names.end()) continue;
     if (names.size() == mostNames) {
       names.emplace_back("...");
@@ -57,7 +58,7 @@ void select(Configurations& all, const Selection& selection) {
     const DocumentConfiguration& meant = all.list[static_cast<std::size_t>(choice.number) - 1];
     if (!choice.includes(meant)) {
       throw Failure(Exit::no, all.source + ": configuration " + std::to_string(choice.number) +
-                                  " is of the class " + nameOf(meant) + ", not " +
+                                  " is of the class " + labelOf(meant) + ", not " +
                                   selection.className);
     }
   }
@@ -75,11 +76,11 @@ void select(Configurations& all, const Selection& selection) {
 void addSelection(CLI::App& command, Selection& selection) {
   command.add_option("--class", selection.className,
                      "Only configurations of this class (or element)");
-  command
-      .add_option("--index", selection.index,
-                  "Only the configuration with this number, counted from 1 as config show lists "
-                  "all of the file")
-      ->check(CLI::Range(1, std::numeric_limits<int>::max()).description(""));
+  takesWholeNumber(
+      *command.add_option("--index", selection.index,
+                          "Only the configuration with this number, counted from 1 as config show "
+                          "lists all of the file"),
+      1, std::numeric_limits<int>::max());
 }
 
 ConfigurationChoice choiceOf(const Selection& selection) {
@@ -136,14 +137,26 @@ Configurations readConfigurations(const std::string& fileOrClass, const Selectio
   return result;
 }
 
+namespace {
+
+CString fullName(const DocumentConfiguration& configuration) {
+  return configuration.settingsClass ? CString(configuration.settingsClass->name)
+                                     : configuration.elementName;
+}
+
+}  // namespace
+
 std::string nameOf(const DocumentConfiguration& configuration) {
-  return shown(configuration.settingsClass ? CString(configuration.settingsClass->name)
-                                           : configuration.elementName);
+  return shown(fullName(configuration));
+}
+
+std::string labelOf(const DocumentConfiguration& configuration) {
+  return shownName(fullName(configuration));
 }
 
 std::string labelOf(const Configurations& configurations,
                     const DocumentConfiguration& configuration) {
-  std::string name = nameOf(configuration);
+  std::string name = labelOf(configuration);
   if (configurations.count != 1) name += " (" + std::to_string(configuration.number) + ")";
   return name;
 }
@@ -151,7 +164,7 @@ std::string labelOf(const Configurations& configurations,
 void CandidateList::add(const DocumentConfiguration& configuration, int offset) {
   ++count_;
   if (owners_.empty() || owners_.back().number != configuration.number) {
-    owners_.push_back({nameOf(configuration), configuration.number, {}, 0});
+    owners_.push_back({labelOf(configuration), configuration.number, {}, 0});
   }
   Owner& owner = owners_.back();
   if (++owner.places > mostPlaces) return;

@@ -47,9 +47,11 @@ Configurations configurationsOf(const Input& input, const Selection& selection =
 /// for a class whose objects are no configurations.
 CString defaultsAsXml(const SettingsClass& settingsClass);
 
-/// How a configuration is called in output: its class, or its element if the class is unknown.
+/// The name of a configuration as data: its class, or its element if the class is unknown.
 std::string nameOf(const DocumentConfiguration& configuration);
 
+/// The same as messages call it.
+std::string labelOf(const DocumentConfiguration& configuration);
 /// The same, with its number in a file that holds several: "CFGHeader (2)".
 std::string labelOf(const Configurations& configurations,
                     const DocumentConfiguration& configuration);

@@ -12,7 +12,8 @@ enum class Exit : int {
   usage = 2,       // the command line is wrong
   input = 3,       // an input is unreadable or ill-formed
   notWritten = 4,  // the result could not be written; nothing was changed
-  incomplete = 5,  // not all of an archive was unpacked: refused, failed, kept, cancelled
+  incomplete = 5,  // only a part was done: of an archive, of an import, of several files
+  notTold = 6,     // everything was done, but standard output could not take the report of it
 };
 
 /// Ends a verb with one message on standard error.
@@ -23,6 +24,13 @@ class Failure : public std::runtime_error {
 
  private:
   Exit code_;
+};
+
+/// Ends a verb because standard output cannot take what it says. No Failure, which verbs with
+/// several files tell and go on after.
+class OutputFailure : public std::runtime_error {
+ public:
+  OutputFailure() : std::runtime_error("standard output cannot be written") {}
 };
 
 }  // namespace kpx::tool

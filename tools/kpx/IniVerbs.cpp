@@ -5,7 +5,7 @@
 
 #include "kpx/support/CIniEx.h"
 #include "kpx/support/IniCheck.h"
-#include "tools/kpx/Input.h"
+#include "tools/kpx/FileChange.h"
 #include "tools/kpx/Output.h"
 #include "tools/kpx/Verbs.h"
 
@@ -38,16 +38,6 @@ CIniEx parse(const Input& input) {
                               arguments.section + "'");
 }
 
-/// Puts the changed file where it came from; standard input is answered on standard output.
-void save(const CIniEx& ini, const std::string& file, const Input& input) {
-  const std::string bytes = ini.fileBytes();
-  if (file == "-") {
-    print(bytes);
-  } else if (bytes != input.bytes()) {
-    replaceOrFail(file, bytes);
-  }
-}
-
 // --- get, set, del --------------------------------------------------------------------------
 
 Exit get(const Arguments& arguments) {
@@ -66,23 +56,24 @@ Exit get(const Arguments& arguments) {
 }
 
 Exit set(const Arguments& arguments) {
-  const std::string& file = arguments.file;
   const CString section = given(arguments.section);
   const CString key = given(arguments.key);
   const CString value = given(arguments.value);
-  const Input input = readInput(file);
-  CIniEx ini = parse(input);
+  FileChange change(arguments.file, FileChange::Missing::isEmpty);
+  CIniEx ini = parse(change.input());
   ini.AddNewSection(section);
   const bool changed = ini.GetKeyData(section, key) != 0 ? ini.UpdateKey(section, key, value) != 0
                                                          : ini.AddNewKey(section, key, value) != 0;
   if (!changed) {
-    throw Failure(Exit::usage, input.name + ": '" + arguments.key + "' in section '" +
+    throw Failure(Exit::usage, change.input().name + ": '" + arguments.key + "' in section '" +
                                    arguments.section +
                                    "' cannot be written so that it is read back as the same");
   }
   CString read;
   ini.GetKeyData(section, key, read);
-  save(ini, file, input);
+  change.write(ini.fileBytes());
+  // A mistyped name of a file is not to go unnoticed.
+  if (change.isNew()) complain(change.input().name + ": is a new file");
   if (value.Find(u"\\n") > 0 && read != value) {
     complain(R"(the characters \n in a value are read as a line break)");
   }
@@ -90,12 +81,12 @@ Exit set(const Arguments& arguments) {
 }
 
 Exit remove(const Arguments& arguments) {
-  const Input input = readInput(arguments.file);
-  CIniEx ini = parse(input);
+  FileChange change(arguments.file);
+  CIniEx ini = parse(change.input());
   if (ini.DeleteKey(given(arguments.section), given(arguments.key)) == 0) {
-    failMissing(ini, input, arguments);
+    failMissing(ini, change.input(), arguments);
   }
-  save(ini, arguments.file, input);
+  change.write(ini.fileBytes());
   return Exit::success;
 }
 
@@ -141,10 +132,10 @@ Exit checkFile(const std::string& file, bool json, Json& report) {
       const ProblemLine line{problem.line, problem.column, shownOnOneLine(describe(problem))};
       problems.push_back(
           {{"line", line.line}, {"column", line.column}, {"message", line.sentence}});
-      if (!json) print(placeOf(input.name, line) + "\n");
+      if (!json) printLine(placeOf(input.name, line));
       exit = Exit::no;
     }
-    if (!json && exit == Exit::success) print(input.name + ": nothing to object to\n");
+    if (!json && exit == Exit::success) printLine(input.name + ": nothing to object to");
   } catch (const Failure& failure) {
     complain(failure.what());
     entry["error"] = failure.what();
@@ -169,7 +160,6 @@ Exit check(const Arguments& arguments) {
 
 void addIniVerbs(CLI::App& app, Action& chosen) {
   CLI::App* ini = app.add_subcommand("ini", "Read, change and check INI files");
-  requireVerb(*ini);
 
   const auto add = [&](const char* name, const char* description, Exit (*verb)(const Arguments&)) {
     return addVerb(*ini, chosen, name, description, verb);

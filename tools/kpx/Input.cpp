@@ -16,6 +16,10 @@ namespace kpx::tool {
 namespace {
 
 std::string readStandardInput() {
+  static bool isRead = false;
+  if (std::exchange(isRead, true)) {
+    throw Failure(Exit::usage, "standard input can be read only once, so only one file can be -");
+  }
   std::string bytes;
   char chunk[1 << 16];
   while (const std::size_t count = std::fread(chunk, 1, sizeof chunk, stdin)) {
@@ -48,6 +52,20 @@ Input readInput(const std::string& path) {
     throw Failure(Exit::input, path + ": " + shown(result.message()));
   }
   return input;
+}
+
+Exit forEachFile(const std::vector<std::string>& files,
+                 const std::function<Exit(const std::string& file)>& body) {
+  Exit worst = Exit::success;
+  for (const std::string& file : files) {
+    try {
+      worst = std::max(worst, body(file));
+    } catch (const Failure& failure) {
+      complain(failure.what());
+      worst = std::max(worst, failure.code());
+    }
+  }
+  return worst;
 }
 
 ReadDocument parseInput(const Input& input) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -8,6 +9,7 @@
 #include "kpx/xml/CMarkup.h"
 #include "kpx/xml/Encoding.h"
 #include "kpx/xml/MarkupProblem.h"
+#include "tools/kpx/Exit.h"
 
 namespace kpx::tool {
 
@@ -21,7 +23,13 @@ struct Input {
 };
 
 /// Reads a file, or standard input for "-". Raises a Failure that says why when it cannot.
+/// Standard input can be read only once.
 Input readInput(const std::string& path);
+
+/// What a verb answers for several files: the worst of the answers for each. One that ends with a
+/// Failure is told, and the others are looked at all the same.
+Exit forEachFile(const std::vector<std::string>& files,
+                 const std::function<Exit(const std::string& file)>& body);
 
 /// A problem with its place, as it follows a file's name: "line:column: sentence".
 struct ProblemLine {

@@ -1,6 +1,8 @@
 #include <algorithm>
 #include <charconv>
 #include <chrono>
+#include <cstdint>
+#include <limits>
 #include <map>
 #include <memory>
 #include <string>
@@ -15,6 +17,7 @@
 #include "tools/kpx/ErrorNames.h"
 #include "tools/kpx/Input.h"
 #include "tools/kpx/Output.h"
+#include "tools/kpx/Usage.h"
 #include "tools/kpx/Verbs.h"
 
 namespace kpx::tool {
@@ -38,7 +41,7 @@ struct Options {
   std::string project;
   std::string from;
   std::string to;
-  double seconds = 0.0;
+  std::int32_t seconds = 0;
   bool json = false;
 };
 
@@ -102,8 +105,9 @@ Json jsonOf(const std::string& file, const ErrorLogEntry& entry) {
 
 std::string lineOf(const Options& options, const std::string& file, const ErrorLogEntry& entry) {
   // Of several logs, each line says whose it is.
-  const std::string begin =
-      options.files.size() > 1 ? file + ":" + std::to_string(entry.line) + ": " : std::string();
+  const std::string begin = options.files.size() > 1
+                                ? onOneLine(file) + ":" + std::to_string(entry.line) + ": "
+                                : std::string();
   if (entry.kind == ErrorLogEntry::Kind::broken) {
     return begin + "line " + std::to_string(entry.line) +
            " is broken: " + shownOnOneLine(entry.text) + "\n";
@@ -184,8 +188,8 @@ Exit stats(const Options& options) {
     } else {
       ++texts;
     }
-    ++users[shownOnOneLine(entry.user)];
-    ++projects[shownOnOneLine(entry.project)];
+    ++users[shown(entry.user)];
+    ++projects[shown(entry.project)];
     const double time = doubleOfTime(entry.time);
     first = first == 0.0 ? time : std::min(first, time);
     last = std::max(last, time);
@@ -222,7 +226,9 @@ Exit stats(const Options& options) {
               describe(name) + "\n";
     }
   };
-  const auto asItIs = [](const std::string& name) { return name.empty() ? "(none)" : name; };
+  const auto asItIs = [](const std::string& name) {
+    return name.empty() ? "(none)" : shownOnOneLine(CString::fromUtf8(name));
+  };
   section("Errors", numbers, describeNumber);
   section("Users", users, asItIs);
   section("Projects", projects, asItIs);
@@ -272,13 +278,12 @@ Exit follow(const Options& options) {
     }
     if (!exists) complain(file + ": is not there yet; waiting for it");
   }
-  const auto end =
-      std::chrono::steady_clock::now() + std::chrono::duration<double>(options.seconds);
-  while (options.seconds == 0.0 || std::chrono::steady_clock::now() < end) {
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(options.seconds);
+  while (options.seconds == 0 || std::chrono::steady_clock::now() < end) {
     for (Watched& log : logs) {
       log.read([&](ErrorLogEntry&& entry) {
         if (!filter.wants(entry)) return;
-        print(options.json ? jsonOf(log.name, entry).dump() + "\n"
+        print(options.json ? compactJson(jsonOf(log.name, entry)) + "\n"
                            : lineOf(options, log.name, entry));
       });
     }
@@ -292,7 +297,9 @@ CLI::App* addLogVerb(CLI::App* log, const std::shared_ptr<Options>& options, con
                      const char* about) {
   CLI::App* const command = log->add_subcommand(name, about);
   command->add_option("FILE", options->files, "Error logs")->required();
-  command->add_option("--number", options->numbers, "Only these error numbers");
+  takesWholeNumber(
+      *command->add_option("--number", options->numbers, "Only this error number; may be repeated"),
+      std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max());
   command->add_option("--user", options->user, "Only this user (* and ? as wildcards)");
   command->add_option("--project", options->project, "Only this project (* and ? as wildcards)");
   command->add_option("--from", options->from, "Not before: DD.MM.YYYY[-hh:mm:ss] or YYYY-MM-DD");
@@ -304,7 +311,6 @@ CLI::App* addLogVerb(CLI::App* log, const std::shared_ptr<Options>& options, con
 
 void addLogVerbs(CLI::App& app, Action& chosen) {
   CLI::App* log = app.add_subcommand("log", "The error logs of the suite");
-  requireVerb(*log);
   auto options = std::make_shared<Options>();
 
   CLI::App* command =
@@ -317,8 +323,9 @@ void addLogVerbs(CLI::App& app, Action& chosen) {
   command->callback([&chosen, options] { chosen = [options] { return stats(*options); }; });
 
   command = addLogVerb(log, options, "follow", "Print new lines as they are written");
-  command->add_option("--seconds", options->seconds, "End after this time; 0: never")
-      ->check(CLI::NonNegativeNumber);
+  takesWholeNumber(
+      *command->add_option("--seconds", options->seconds, "End after this time; 0: never"), 0,
+      std::numeric_limits<std::int32_t>::max());
   command->add_flag("--json", options->json, "Print JSON, an object a line");
   command->callback([&chosen, options] { chosen = [options] { return follow(*options); }; });
 }

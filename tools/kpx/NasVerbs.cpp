@@ -1,14 +1,11 @@
-#include <algorithm>
 #include <charconv>
 #include <cstdint>
 #include <memory>
-#include <numeric>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "kpx/domain/NasObjectKinds.h"
-#include "kpx/text/CaseFold.h"
+#include "tools/kpx/Nearest.h"
 #include "tools/kpx/Output.h"
 #include "tools/kpx/Verbs.h"
 
@@ -43,41 +40,6 @@ Exit listCodes(bool json) {
   return Exit::success;
 }
 
-/// How many units have to be changed, added or left out to make one text of the other, without
-/// regard to case.
-std::size_t editDistance(std::u16string_view from, std::u16string_view to) {
-  std::vector<std::size_t> row(to.size() + 1);
-  std::iota(row.begin(), row.end(), std::size_t{0});
-  for (std::size_t i = 0; i < from.size(); ++i) {
-    std::size_t diagonal = row[0];
-    row[0] = i + 1;
-    for (std::size_t j = 0; j < to.size(); ++j) {
-      const std::size_t changed = diagonal + (foldCase(from[i]) == foldCase(to[j]) ? 0 : 1);
-      diagonal = row[j + 1];
-      row[j + 1] = std::min({changed, row[j] + 1, row[j + 1] + 1});
-    }
-  }
-  return row.back();
-}
-
-/// The kind whose name is meant by a slip of the keyboard, a forgotten prefix or another case;
-/// nullptr if none is near enough.
-const NasObjectKind* nearestKind(std::u16string_view name) {
-  constexpr std::size_t prefixLength = 3;
-  if (name.size() > 100) return nullptr;
-  const NasObjectKind* nearest = nullptr;
-  std::size_t smallest = std::max<std::size_t>(name.size() / 4, 1) + 1;
-  for (const NasObjectKind& kind : nasObjectKinds()) {
-    const std::size_t distance =
-        std::min(editDistance(name, kind.name), editDistance(name, kind.name.substr(prefixLength)));
-    if (distance < smallest) {
-      smallest = distance;
-      nearest = &kind;
-    }
-  }
-  return nearest;
-}
-
 bool isNumber(const std::string& text) {
   return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
 }
@@ -97,14 +59,17 @@ NasObjectKind kindOfNumber(const std::string& number) {
 NasObjectKind kindOfName(const std::string& argument) {
   const CString name = given(argument);
   if (const std::int32_t code = GetNASObjektart(name)) return {nasObjectKindName(code), code};
-  std::string message = "there is no object kind '" + shownOnOneLine(name) + "'; ";
-  if (const NasObjectKind* const nearest = nearestKind(name)) {
-    message += "did you mean " + shown(CString(nearest->name)) + " (" +
-               std::to_string(nearest->code) + ")?";
-  } else {
-    message += "kpx nas codes lists them";
+  Nearest nearest(name);
+  for (const NasObjectKind& kind : nasObjectKinds()) {
+    constexpr std::size_t prefixLength = 3;  // "AX_", which people leave out
+    nearest.offer(kind.name);
+    nearest.offer(kind.name, kind.name.substr(prefixLength));
   }
-  throw Failure(Exit::no, message);
+  const std::int32_t code = GetNASObjektart(nearest.name());
+  throw Failure(Exit::no, "there is no object kind '" + argument + "'; " +
+                              (code == 0 ? "kpx nas codes lists them"
+                                         : "did you mean " + shown(nearest.name()) + " (" +
+                                               std::to_string(code) + ")?"));
 }
 
 Exit showCode(const std::string& wanted, bool json) {
@@ -121,7 +86,6 @@ Exit showCode(const std::string& wanted, bool json) {
 
 void addNasVerbs(CLI::App& app, Action& chosen) {
   CLI::App* nas = app.add_subcommand("nas", "The cadastral exchange format NAS");
-  requireVerb(*nas);
   auto json = std::make_shared<bool>(false);
   auto wanted = std::make_shared<std::string>();
 

@@ -6,31 +6,30 @@
 #include <utility>
 
 #include "kpx/text/CString.h"
+#include "tools/kpx/ShownText.h"
 
 namespace kpx::tool {
 
 /// JSON with its members in the order they were added.
 using Json = nlohmann::ordered_json;
 
-/// A text for JSON and for the terminal: UTF-8, with lone surrogates replaced, so that what
-/// is printed is always valid.
-std::string shown(const CString& text);
-
-/// The same on one line: line breaks, tabs and other control characters as escapes; a backslash
-/// that would look like the beginning of one is doubled, so that the two can be told apart.
-std::string shownOnOneLine(const CString& text);
-/// The same for paths, whose backslashes are never doubled.
-std::string shownPath(const CString& path);
-
-/// An argument of the command line as text. Raises a Failure (wrong usage) if it is no UTF-8.
-CString given(const std::string& argument);
-
-/// Writes data to standard output. Raises a Failure when standard output cannot take it.
+/// Writes to standard output: data as it is, but to a terminal without what that would take for
+/// commands. Raises an OutputFailure when standard output cannot take it.
 void print(std::string_view data);
+/// Writes a sentence as one line, whatever is in it.
+void printLine(std::string_view sentence);
 void printJson(const Json& json);
+/// JSON on one line.
+std::string compactJson(const Json& json);
 
-/// Writes a file whole or not at all. Raises a Failure when that is not possible.
+/// Writes a file whole or not at all, and notes the change. Raises a Failure when that is not
+/// possible.
 void replaceOrFail(const std::string& path, std::string_view bytes);
+
+/// Notes that the verb has changed something that stays. What fails from now on is only the report
+/// of it, and the exit code says so.
+void noteChange() noexcept;
+bool isChangeMade() noexcept;
 
 /// Makes sure that everything printed has arrived.
 void finishOutput();
@@ -49,7 +48,7 @@ class PlaceCounter {
   int lineStart_ = 0;
 };
 
-/// Writes "kpx: message" to standard error.
-void complain(std::string_view message);
+/// Writes "kpx: sentence" to standard error, on one line, whatever is in it.
+void complain(std::string_view sentence);
 
 }  // namespace kpx::tool

@@ -10,6 +10,7 @@
 #include "kpx/support/RegistryText.h"
 #include "tools/kpx/Input.h"
 #include "tools/kpx/Output.h"
+#include "tools/kpx/Usage.h"
 #include "tools/kpx/Verbs.h"
 
 namespace kpx::tool {
@@ -192,6 +193,7 @@ Exit set(const Arguments& arguments) {
   std::size_t reached = 0;
   const RegistryResult result = registry().change(place.root, {&change, 1}, reached);
   if (!result) fail(result, arguments.key, Exit::notWritten);
+  noteChange();
   return Exit::success;
 }
 
@@ -203,14 +205,20 @@ Exit remove(const Arguments& arguments) {
     if (!result) fail(result, arguments.key, Exit::notWritten);
     result = key->removeValue(given(arguments.name));
     if (!result) fail(result, valueText(arguments), Exit::notWritten);
+    noteChange();
     return Exit::success;
+  }
+  if (place.path.view().find_first_not_of(u'\\') == std::u16string_view::npos) {
+    throw Failure(Exit::usage, arguments.key + ": a root stays; only keys below it can be removed");
   }
   const RegistryResult result = arguments.tree ? registry().removeTree(place.root, place.path)
                                                : registry().remove(place.root, place.path);
   if (result.status == RegistryStatus::hasSubkeys) {
     throw Failure(Exit::no, arguments.key + ": there are keys below it; --tree removes them too");
   }
-  if (!result) fail(result, arguments.key, Exit::notWritten);
+  const bool isPart = arguments.tree && !registry().isChangeWhole();
+  if (!result) fail(result, arguments.key, isPart ? Exit::incomplete : Exit::notWritten);
+  noteChange();
   return Exit::success;
 }
 
@@ -231,7 +239,7 @@ Exit list(const Arguments& arguments) {
     RegistryValue value;
     result = key->read(name, value);
     if (result.status == RegistryStatus::notFound) continue;
-    if (!result) fail(result, arguments.key + ", value '" + shown(name) + "'", Exit::input);
+    if (!result) fail(result, arguments.key + ", value '" + shownName(name) + "'", Exit::input);
     const std::string content = contentText(value);
     report["values"].push_back(
         {{"name", shown(name)}, {"type", typeText(value.type)}, {"value", content}});
@@ -312,8 +320,11 @@ Exit importFile(const Arguments& arguments) {
     throw Failure(Exit::input, placeOf(input.name, problem) + "; nothing was imported");
   }
   if (!importRegistryText(input.bytes(), problem)) {
-    throw Failure(Exit::notWritten, placeOf(input.name, problem));
+    throw Failure(problem.changed ? Exit::incomplete : Exit::notWritten,
+                  placeOf(input.name, problem) +
+                      (problem.changed ? "; a part of it was imported" : "; nothing was imported"));
   }
+  noteChange();
   return Exit::success;
 }
 
@@ -351,7 +362,6 @@ Exit diff(const Arguments& arguments) {
 
 void addRegistryVerbs(CLI::App& app, Action& chosen) {
   CLI::App* verbs = app.add_subcommand("registry", "Read, change, export and import the registry");
-  requireVerb(*verbs);
 
   const auto add = [&](const char* name, const char* description, Exit (*verb)(const Arguments&)) {
     return addVerb(*verbs, chosen, name, description, verb);
@@ -392,7 +402,7 @@ void addRegistryVerbs(CLI::App& app, Action& chosen) {
       },
       "Text, number (0x… too) or bytes (2c 00 ff); -- in front of one that begins with -");
   setter.first->add_option("--type", setter.second->type, "Without it the present one, else string")
-      ->check(CLI::IsMember({"string", "dword", "binary"}));
+      ->check(oneOf({"string", "dword", "binary"}));
 
   const auto remover = addKey("del", "Remove a value, or a key with its values", &remove);
   addName(remover, "Value, \"\" for the default one; without it the key is removed");

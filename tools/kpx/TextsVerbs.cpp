@@ -1,5 +1,5 @@
 #include <algorithm>
-#include <cstdio>
+#include <limits>
 #include <memory>
 #include <string>
 #include <vector>
@@ -13,6 +13,7 @@
 #include "tools/kpx/Input.h"
 #include "tools/kpx/Output.h"
 #include "tools/kpx/TextLists.h"
+#include "tools/kpx/Usage.h"
 #include "tools/kpx/Verbs.h"
 
 namespace kpx::tool {
@@ -22,6 +23,7 @@ struct Arguments {
   std::int32_t id = 0;
   std::vector<std::string> files;
   std::string file;
+  std::string other;  // the second list of a comparison
   std::string output;
   std::string german;  // empty: the built-in texts
   std::string language;
@@ -47,9 +49,15 @@ CString languageValue(const std::string& argument) {
 
 /// The texts as a program of the suite has them. A language that was asked for has to be there.
 void useLanguage(const CString& language, bool askedFor) {
-  const CString file = joinPath(textFolder(), languageFileName(language));
-  if (askedFor && !language.IsEmpty() && !fileSystem().exists(file)) {
-    throw Failure(Exit::input, shown(file) + ": there is no such language file");
+  const CString name = languageFileName(language);
+  const CString file = joinPath(textFolder(), name);
+  if (askedFor && !language.IsEmpty()) {
+    if (name.IsEmpty()) {
+      throw Failure(Exit::input, shown(language) + ": names no file that a language can have");
+    }
+    if (!fileSystem().exists(file)) {
+      throw Failure(Exit::input, shown(file) + ": there is no such language file");
+    }
   }
   if (initTexts(language) == 0) {
     throw Failure(Exit::input, shown(file) + ": it or the English one cannot be read to its end");
@@ -121,7 +129,7 @@ Exit checkFile(const std::string& file, const TextList* german, const Arguments&
     const ReadTexts read = readTexts(file);
     entry["file"] = read.name;
     for (const std::string& problem : read.problems) {
-      if (!arguments.json) print(problem + "\n");
+      if (!arguments.json) printLine(problem);
       findings.push_back({{"message", problem}});
       exit = Exit::input;
     }
@@ -130,8 +138,8 @@ Exit checkFile(const std::string& file, const TextList* german, const Arguments&
     for (const TextFinding& finding : found) {
       const std::string message = shown(describe(finding.kind));
       if (!arguments.json) {
-        print(read.name + ": entry " + std::to_string(finding.index + 1) + ", text " +
-              std::to_string(finding.id) + ": " + message + "\n");
+        printLine(read.name + ": entry " + std::to_string(finding.index + 1) + ", text " +
+                  std::to_string(finding.id) + ": " + message);
       }
       findings.push_back({{"entry", finding.index + 1},
                           {"id", finding.id},
@@ -139,7 +147,7 @@ Exit checkFile(const std::string& file, const TextList* german, const Arguments&
                           {"text", shown(read.list.entries[finding.index].text)}});
       exit = std::max(exit, Exit::no);
     }
-    if (!arguments.json && exit == Exit::success) print(read.name + ": nothing to object to\n");
+    if (!arguments.json && exit == Exit::success) printLine(read.name + ": nothing to object to");
   } catch (const Failure& failure) {
     complain(failure.what());
     entry["error"] = failure.what();
@@ -176,7 +184,7 @@ Exit coverage(const Arguments& arguments) {
     line.Format(u"%.1f %%, %zu of %zu texts, %zu of them as in German, %zu missing, %zu unknown",
                 found.percent(), found.translated, found.germanIds, found.sameAsGerman,
                 found.missing.size(), found.unknown.size());
-    if (!arguments.json) print(file + ": " + shown(line) + "\n");
+    if (!arguments.json) printLine(file + ": " + shown(line));
     report.push_back({{"file", file},
                       {"percent", found.percent()},
                       {"german", found.germanIds},
@@ -191,7 +199,7 @@ Exit coverage(const Arguments& arguments) {
 
 Exit diff(const Arguments& arguments) {
   const std::vector<TextDifference> differences =
-      differencesOf(requireTexts(arguments.files[0]), requireTexts(arguments.files[1]));
+      differencesOf(requireTexts(arguments.file), requireTexts(arguments.other));
   Json report = Json::array();
   for (const TextDifference& difference : differences) {
     Json entry{{"id", difference.id}, {"before", nullptr}, {"after", nullptr}};
@@ -210,7 +218,6 @@ Exit diff(const Arguments& arguments) {
 
 void addTextsVerbs(CLI::App& app, Action& chosen) {
   CLI::App* texts = app.add_subcommand("texts", "Show, build and check the texts and languages");
-  requireVerb(*texts);
   texts->footer(
       "A list of texts is a language file (.LNG), a tab-separated list (id, tab, text; \\n is a\n"
       "line break, \\t a tab, \\\\ a backslash, \\uXXXX a UTF-16 unit), or JSON as dump --json\n"
@@ -228,7 +235,9 @@ void addTextsVerbs(CLI::App& app, Action& chosen) {
   };
 
   const auto getter = add("get", "Print a text as the suite shows it to this user", &get);
-  getter.first->add_option("ID", getter.second->id, "Number of the text")->required();
+  takesWholeNumber(
+      *getter.first->add_option("ID", getter.second->id, "Number of the text")->required(),
+      std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max());
   CLI::Option* over = getter.first->add_option(
       "FILE", getter.second->files, "Lists to lay over the built-in texts, in place of a language");
   getter.first
@@ -251,16 +260,21 @@ void addTextsVerbs(CLI::App& app, Action& chosen) {
                            "List, or - for standard input; without it, the built-in texts");
   addJson(dumper);
 
-  const auto checker = add("check", "Compare lists with the German texts, text by text", &check);
+  const auto checker =
+      add("check", "Compare the texts that lists hold with the German ones", &check);
   checker.first->add_option("FILE", checker.second->files,
                             "Lists, or - for standard input; without any, the German texts alone");
   addGerman(checker);
-  checker.first
-      ->add_option("--room", checker.second->room.percent,
-                   "Longest line in percent of the German text's")
-      ->capture_default_str()
-      ->check(CLI::Range(1, 10000));
+  takesWholeNumber(*checker.first
+                        ->add_option("--room", checker.second->room.percent,
+                                     "Longest line in percent of the German text's")
+                        ->capture_default_str(),
+                   1, 10000);
   addJson(checker);
+  checker.first->footer(
+      texts->get_footer() +
+      "\n\nTexts that a list lacks are not named, since the suite shows English or German ones in\n"
+      "their place; kpx texts coverage counts them.");
 
   const auto coverer = add("coverage", "Print how many of the German texts lists hold", &coverage);
   coverer.first->add_option("FILE", coverer.second->files, "Lists, or - for standard input")
@@ -270,7 +284,8 @@ void addTextsVerbs(CLI::App& app, Action& chosen) {
 
   const auto differ =
       add("diff", "Print what two lists say differently; exit code 1 if they do", &diff);
-  differ.first->add_option("FILE", differ.second->files, "Two lists")->required()->expected(2);
+  differ.first->add_option("A", differ.second->file, "List")->required();
+  differ.first->add_option("B", differ.second->other, "List")->required();
   addJson(differ);
 }
 

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -7,6 +8,7 @@
 #include "kpx/support/Unzip.h"
 #include "kpx/support/ZipArchive.h"
 #include "tools/kpx/Output.h"
+#include "tools/kpx/Usage.h"
 #include "tools/kpx/Verbs.h"
 
 namespace kpx::tool {
@@ -128,6 +130,8 @@ Exit unpack(const Arguments& arguments) {
     result = unzip(given(arguments.archive), given(arguments.folder), options);
   }
   requireArchive(arguments, result.archive, result.file);
+  const auto isDone = [](const UnzipReceipt& receipt) { return receipt.status == ZipStatus::done; };
+  if (!arguments.test && std::ranges::any_of(result.entries, isDone)) noteChange();
   Json json = jsonOf(arguments, result.archive);
   Sums sums;
   for (const UnzipReceipt& receipt : result.entries) {
@@ -177,7 +181,7 @@ void addUnzipVerb(CLI::App& app, Action& chosen) {
       command->add_option("--overwrite", arguments->overwrite,
                           "What becomes of files that exist; without it they are kept, with exit "
                           "code 5");
-  overwrite->check(CLI::IsMember({"never", "always"}));
+  overwrite->check(oneOf({"never", "always"}));
   list->excludes(test)->excludes(folder)->excludes(overwrite);
   test->excludes(folder)->excludes(overwrite);
   command->add_flag("--json", arguments->json, "Print JSON");

@@ -12,9 +12,6 @@ namespace kpx::tool {
 /// The verb that the command line chose, with its arguments bound.
 using Action = std::function<Exit()>;
 
-/// Makes a group of verbs demand one of them, and name one that it does not have.
-void requireVerb(CLI::App& group);
-
 /// Adds a verb to its group. Answers it and the arguments that its options are to fill.
 template <class Arguments>
 std::pair<CLI::App*, std::shared_ptr<Arguments>> addVerb(CLI::App& group, Action& chosen,

@@ -6,6 +6,7 @@
 #include "kpx/xml/CMarkup.h"
 #include "kpx/xml/Encoding.h"
 #include "kpx/xml/MarkupFormat.h"
+#include "tools/kpx/FileChange.h"
 #include "tools/kpx/Input.h"
 #include "tools/kpx/Output.h"
 #include "tools/kpx/Verbs.h"
@@ -16,6 +17,8 @@ namespace {
 struct Arguments {
   std::vector<std::string> files;
   bool json = false;
+  bool check = false;  // of format
+  bool write = false;
 };
 
 // --- check ----------------------------------------------------------------------------------
@@ -50,11 +53,11 @@ Exit checkFile(const std::string& file, const Arguments& arguments, Json& report
       list.push_back(
           {{"line", problem.line}, {"column", problem.column}, {"message", problem.sentence}});
     } else {
-      print(placeOf(name, problem) + "\n");
+      printLine(placeOf(name, problem));
     }
   }
   entry["problems"] = std::move(list);
-  if (!arguments.json && exit == Exit::success) print(name + ": well-formed\n");
+  if (!arguments.json && exit == Exit::success) printLine(name + ": well-formed");
   report.push_back(std::move(entry));
   return exit;
 }
@@ -144,9 +147,10 @@ Exit statsOfFile(const std::string& file, const Arguments& arguments, Json& repo
   } else {
     CString text;
     text.Format(u"%s\n  %-12s %.3f MB, %s\n  %-12s %d\n  %-12s %lld\n  %-12s %d\n  %-12s %s\n",
-                CString::fromUtf8(input.name), u"size", megabytes, CString::fromUtf8(read.encoding),
-                u"elements", shape.elements, u"attributes", shape.attributes, u"depth", shape.depth,
-                u"well-formed", wellFormed ? u"yes" : u"no");
+                CString::fromUtf8(onOneLine(input.name)), u"size", megabytes,
+                CString::fromUtf8(read.encoding), u"elements", shape.elements, u"attributes",
+                shape.attributes, u"depth", shape.depth, u"well-formed",
+                wellFormed ? u"yes" : u"no");
     text.AppendFormat(u"  %-12s %.0f MB/s, decoding and parsing in %.3f ms (median of %d)\n",
                       u"speed", seconds > 0 ? megabytes / seconds : 0.0, seconds * 1e3, runs);
     print(shown(text));
@@ -174,37 +178,64 @@ Exit stats(const Arguments& arguments) {
 
 // --- format ---------------------------------------------------------------------------------
 
-Exit format(const Arguments& arguments) {
-  const Input input = readInput(arguments.files.front());
+Exit formatFile(const std::string& file, const Arguments& arguments, Json& report) {
+  FileChange change(file);
+  const Input& input = change.input();
   ReadDocument read = requireWellFormed(input);
   const CString text = formatMarkup(read.document);
-  if (arguments.json) {
-    printJson(Json{{"file", input.name}, {"text", shown(text)}});
-  } else {
-    print(encodeMarkupText(text, read.storage).bytes);
+  const EncodedText formatted = encodeMarkupText(text, read.storage);
+  if (!formatted.usable || formatted.losses > 0) {
+    throw Failure(Exit::input,
+                  input.name + ": holds what the encoding " + read.encoding + " cannot");
   }
-  return Exit::success;
+  const bool isFormatted = formatted.bytes == input.bytes();
+  if (arguments.check || arguments.write) {
+    report.push_back({{"file", file}, {"formatted", isFormatted}});
+  } else if (arguments.json) {
+    report = {{"file", input.name}, {"text", shown(text)}};
+  } else {
+    print(formatted.bytes);
+  }
+  if (arguments.write) change.write(formatted.bytes);
+  if (!arguments.check || isFormatted) return Exit::success;
+  if (!arguments.json) printLine(input.name + ": is not as xml format writes it");
+  return Exit::no;
+}
+
+Exit format(const Arguments& arguments) {
+  if (arguments.files.size() > 1 && !arguments.check && !arguments.write) {
+    throw Failure(Exit::usage, "several files need --check or --write");
+  }
+  Json report = Json::array();
+  const Exit exit = forEachFile(arguments.files, [&](const std::string& file) {
+    return formatFile(file, arguments, report);
+  });
+  const bool isList = arguments.check || arguments.write;
+  if (arguments.json && (isList || !report.empty())) printJson(report);
+  return exit;
 }
 
 }  // namespace
 
 void addXmlVerbs(CLI::App& app, Action& chosen) {
   CLI::App* xml = app.add_subcommand("xml", "Check, measure and format XML files");
-  requireVerb(*xml);
 
-  const auto add = [&](const char* name, const char* description, const char* fileHelp,
-                       Exit (*verb)(const Arguments&), bool severalFiles) {
-    const auto [command, arguments] = addVerb(*xml, chosen, name, description, verb);
-    CLI::Option* files = command->add_option("FILE", arguments->files, fileHelp)->required();
-    if (!severalFiles) files->expected(1);
-    command->add_flag("--json", arguments->json, "Print JSON");
+  const auto add = [&](const char* name, const char* description, Exit (*verb)(const Arguments&)) {
+    auto added = addVerb(*xml, chosen, name, description, verb);
+    added.first->add_option("FILE", added.second->files, "XML files, or - for standard input")
+        ->required();
+    added.first->add_flag("--json", added.second->json, "Print JSON");
+    return added;
   };
-  add("check", "Print every problem with line and column", "XML files, or - for standard input",
-      &check, true);
-  add("stats", "Print size, elements, depth, well-formedness and parsing speed",
-      "XML files, or - for standard input", &stats, true);
-  add("format", "Print the document with one element a line, indented, in its own encoding",
-      "XML file, or - for standard input", &format, false);
+  add("check", "Print every problem with line and column", &check);
+  add("stats", "Print size, elements, depth, well-formedness and parsing speed", &stats);
+  const auto [command, arguments] =
+      add("format", "Print the document with one element a line, indented, in its own encoding",
+          &format);
+  CLI::Option* const checks = command->add_flag(
+      "--check", arguments->check, "Only name the files that are not so; exit code 1 if any is");
+  command->add_flag("--write", arguments->write, "Write the file again in place of printing it")
+      ->excludes(checks);
 }
 
 }  // namespace kpx::tool

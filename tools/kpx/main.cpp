@@ -1,19 +1,30 @@
 #include <algorithm>
 #include <CLI/CLI.hpp>
 #include <exception>
-#include <iostream>
 #include <new>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "kpx/platform/CommandLine.h"
 #include "kpx/support/TextStore.h"
 #include "tools/kpx/Exit.h"
 #include "tools/kpx/Output.h"
+#include "tools/kpx/Usage.h"
 #include "tools/kpx/Verbs.h"
 
 namespace kpx::tool {
 namespace {
+
+/// The exit code of a verb that could not write something: nothing was changed, unless something
+/// else was before.
+Exit notWritten() { return isChangeMade() ? Exit::incomplete : Exit::notWritten; }
+
+/// Ends a verb whose report did not arrive. Nobody is to take that for a change that was not made.
+Exit notTold(const std::string& reason, Exit otherwise) {
+  complain(reason + (isChangeMade() ? "; what was to be changed is changed" : ""));
+  return isChangeMade() ? Exit::notTold : otherwise;
+}
 
 Exit run(const Action& action) {
   try {
@@ -21,14 +32,56 @@ Exit run(const Action& action) {
     addBuiltInTexts();
     const Exit exit = action();
     finishOutput();
-    return exit;
+    return exit == Exit::notWritten ? notWritten() : exit;
+  } catch (const OutputFailure& failure) {
+    return notTold(failure.what(), Exit::notWritten);
   } catch (const Failure& failure) {
     complain(failure.what());
-    return failure.code();
+    return failure.code() == Exit::notWritten ? notWritten() : failure.code();
   } catch (const std::bad_alloc&) {
-    complain("not enough memory");
-    return Exit::input;
+    return notTold("not enough memory", Exit::input);
+  } catch (const std::exception& error) {
+    return notTold(error.what(), Exit::input);
   }
+}
+
+constexpr const char* commonFooter =
+    "A file named - is standard input, but for archives. Data goes to standard output, all\n"
+    "else to standard error. Exit codes: 0 success, equal or clean; 1 the answer is no\n"
+    "(differences, findings, key absent); 2 wrong usage; 3 input unreadable or ill-formed;\n"
+    "4 could not be written, and nothing was changed; 5 only a part was done, of an archive,\n"
+    "an import or several files; 6 all was done, but the report of it could not be written.";
+
+/// Prints what --help or --version asked for.
+Exit answer(const std::string& text) {
+  try {
+    print(text);
+    finishOutput();
+    return Exit::success;
+  } catch (const OutputFailure& failure) {
+    return notTold(failure.what(), Exit::notWritten);
+  }
+}
+
+/// Reads the command line. Raises a Failure (wrong usage) for anything that no verb takes.
+void parse(CLI::App& app, std::vector<std::string> arguments) {
+  for (const std::string& argument : arguments) given(argument);
+  const auto end = std::ranges::find(arguments, "--");
+  // The parser would pass over it.
+  if (std::find(arguments.begin(), end, "++") != end) {
+    throw Failure(Exit::usage, "'++' needs -- before it");
+  }
+  std::ranges::reverse(arguments);  // as the parser takes them
+  std::string problem;
+  try {
+    app.parse(std::move(arguments));
+    problem = usageProblem(app, nullptr);
+  } catch (const CLI::Success&) {
+    throw;  // help and version
+  } catch (const CLI::ParseError& error) {
+    problem = usageProblem(app, &error);
+  }
+  if (!problem.empty()) throw Failure(Exit::usage, problem);
 }
 
 int runProgram(std::vector<std::string> arguments) {
@@ -38,13 +91,10 @@ int runProgram(std::vector<std::string> arguments) {
       "kpx");
   // "/data/job.xml" is a file on every system.
   app.allow_windows_style_options(false);
-  app.set_version_flag("--version", std::string("kpx ") + KPX_VERSION);
-  requireVerb(app);
-  app.footer(
-      "A file named - is standard input, but for archives. Data goes to standard output, all\n"
-      "else to standard error. Exit codes: 0 success, equal or clean; 1 the answer is no\n"
-      "(differences, findings, key absent); 2 wrong usage; 3 input unreadable or ill-formed; 4\n"
-      "could not be written and nothing was changed; 5 not all of an archive was unpacked.");
+  app.set_help_flag("-h,--help", "Print this help and exit");
+  app.set_version_flag("--version", std::string("kpx ") + KPX_VERSION,
+                       "Print the version and exit");
+  app.footer(commonFooter);
   Action chosen;
   addConfigVerbs(app, chosen);
   addClassesVerbs(app, chosen);
@@ -58,13 +108,19 @@ int runProgram(std::vector<std::string> arguments) {
   addLogVerbs(app, chosen);
   addDoctorVerb(app, chosen);
   addXmlVerbs(app, chosen);
+  app.set_help_all_flag("--help-all", "Print the help of all verbs and exit");
+  prepareVerbs(app);
   try {
-    std::ranges::reverse(arguments);  // as the parser takes them
-    app.parse(std::move(arguments));
-  } catch (const CLI::ParseError& error) {
-    if (app.exit(error) != 0) return static_cast<int>(Exit::usage);
-    std::cout.flush();  // help and version
-    return static_cast<int>(std::cout ? Exit::success : Exit::notWritten);
+    parse(app, std::move(arguments));
+  } catch (const CLI::CallForVersion& version) {
+    return static_cast<int>(answer(std::string(version.what()) + "\n"));
+  } catch (const CLI::CallForAllHelp&) {
+    return static_cast<int>(answer(helpOfAllVerbs(app)));
+  } catch (const CLI::CallForHelp&) {
+    return static_cast<int>(answer(app.help()));
+  } catch (const Failure& failure) {
+    complain(failure.what());
+    return static_cast<int>(failure.code());
   }
   return static_cast<int>(run(chosen));
 }
