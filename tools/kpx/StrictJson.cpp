@@ -41,6 +41,39 @@ class WatchedIterator {
   const char** seen_ = nullptr;
 };
 
+/// What the parser's message means to a person who wrote or changed the text.
+const char* meaningOf(std::string_view message) {
+  if (message.ends_with("; expected end of input")) return "something follows behind its end";
+  // What was read last may look like any of the messages.
+  message = message.substr(0, message.find("; last read: '"));
+  struct Meaning {
+    const char* part;  // of the message; the first that it has counts
+    const char* sentence;
+  };
+  static constexpr Meaning meanings[] = {
+      {"unexpected end of input", "it ends in the middle"},
+      {"missing closing quote", "this text has no quote at its end"},
+      {"ill-formed UTF-8", "this byte is no UTF-8"},
+      {"4 hex digits", "\\u must be followed by four hexadecimal digits"},
+      {"surrogate", "this escape is half of a pair without the other half"},
+      {"forbidden character after backslash", "no such escape can follow a backslash"},
+      {"must be escaped", "a control character in a text must be written as an escape"},
+      {"invalid number", "this number is not as it must be"},
+      {"number overflow", "this number is too large"},
+      {"parsing object key", "the name of a field in quotes is missing here"},
+      {"parsing object separator", "a colon is missing here, behind the name of a field"},
+      {"parsing object", "a comma or a closing brace is missing here"},
+      {"parsing array", "a comma or a closing bracket is missing here"},
+      {"parsing value",
+       "a value is missing here: a text in quotes, a number, true, false, null, a "
+       "list or an object"},
+  };
+  for (const Meaning& meaning : meanings) {
+    if (message.find(meaning.part) != message.npos) return meaning.sentence;
+  }
+  return "something is wrong here";
+}
+
 /// Builds the document, and knows at every step the JSON pointer of the value that has come. With
 /// a pointer to look for it stops there instead of building.
 class Builder : public nlohmann::json_sax<Json> {
@@ -73,7 +106,8 @@ class Builder : public nlohmann::json_sax<Json> {
     // More than any object of the tool's own files has; looking a name up costs their number.
     constexpr std::size_t mostMembers = 64;
     if (std::ranges::find(level.names, name) != level.names.end()) {
-      return refuse("the field '" + name + "' stands twice in one object");
+      return refuse("the field '" + shownName(CString::fromUtf8(name)) +
+                    "' stands twice in one object");
     }
     if (level.names.size() == mostMembers) return refuse("an object has too many fields");
     level.names.push_back(name);
@@ -82,17 +116,7 @@ class Builder : public nlohmann::json_sax<Json> {
 
   bool parse_error(std::size_t position, const std::string&,
                    const nlohmann::detail::exception& error) override {
-    // "[json.exception.parse_error.101] parse error at line 3, column 1: syntax error …"
-    std::string sentence = error.what();
-    if (const auto at = sentence.find(" - "); at != sentence.npos) sentence.erase(0, at + 3);
-    // What was read last stands at the place, and may be long.
-    const auto begin = sentence.find("; last read: '");
-    const auto end = sentence.rfind('\'');
-    if (begin != sentence.npos && end != sentence.npos) {
-      const auto expected = sentence.find("; expected ", end);
-      sentence.erase(begin, (expected != sentence.npos ? expected : sentence.size()) - begin);
-    }
-    problem_ = "is no JSON: " + sentence;
+    problem_ = std::string("is no JSON: ") + meaningOf(error.what());
     place_ = position > 0 ? position - 1 : 0;
     return false;
   }
@@ -184,11 +208,10 @@ StrictJson::StrictJson(std::string_view text, std::string source)
   if (text_.empty()) throw Failure(Exit::input, source_ + ": is empty");
   Builder builder(text_, &root_, nullptr);
   if (builder.parse()) return;
-  // A name in the document may hold anything.
   const std::string sentence =
       followsComma(text_, builder.place())
           ? "is no JSON: there is a comma behind the last one, before this bracket"
-          : shownOnOneLine(CString::fromUtf8(builder.problem()));
+          : builder.problem();
   throw Failure(Exit::input, locatedAt(source_, text_, builder.place(), sentence));
 }
 

@@ -7,6 +7,7 @@
 #include "kpx/text/CaseFold.h"
 #include "tools/kpx/Exit.h"
 #include "tools/kpx/Input.h"
+#include "tools/kpx/StrictJson.h"
 
 namespace kpx::tool {
 namespace {
@@ -39,46 +40,54 @@ void readTable(std::string_view bytes, ReadTexts& read) {
   }
 }
 
-template <class Number>
-Number numberOf(const Json& json, const char* what) {
-  if (!json.is_number_integer()) throw std::invalid_argument(std::string(what) + " is no integer");
-  const bool isLarge =
-      json.is_number_unsigned() &&
-      json.get<std::uint64_t>() > static_cast<std::uint64_t>(std::numeric_limits<Number>::max());
-  const bool isSmall =
-      !json.is_number_unsigned() &&
-      json.get<std::int64_t>() < static_cast<std::int64_t>(std::numeric_limits<Number>::min());
-  if (isLarge || isSmall) throw std::invalid_argument(std::string(what) + " has more than 32 bits");
-  return json.get<Number>();
-}
+/// A list of texts as `texts dump --json` prints it.
+class JsonList {
+ public:
+  explicit JsonList(const Input& input) : json_(input.bytes(), input.name) {}
 
-CString textOf(const Json& json, const char* what) {
-  if (!json.is_string()) throw std::invalid_argument(std::string(what) + " is no text");
-  return CString::fromUtf8(json.get_ref<const std::string&>());
-}
-
-void readJson(std::string_view bytes, ReadTexts& read) {
-  try {
-    const Json json = Json::parse(bytes);
-    if (json.contains("title")) read.list.title = textOf(json["title"], "the title");
-    if (json.contains("header")) {
-      read.list.header = numberOf<std::uint32_t>(json["header"], "the header");
+  void read(TextList& list) {
+    const Json& root = json_.root();
+    if (root.contains("title")) list.title = text(root["title"], "/title");
+    if (root.contains("header")) list.header = number<std::uint32_t>(root["header"], "/header");
+    if (!root.contains("texts") || !root["texts"].is_array()) {
+      json_.fail("", "lacks the array \"texts\"");
     }
-    if (!json.contains("texts") || !json["texts"].is_array()) {
-      throw std::invalid_argument("there is no array \"texts\"");
-    }
-    for (const Json& entry : json["texts"]) {
-      const std::string place = "entry " + std::to_string(read.list.entries.size() + 1);
-      if (!entry.contains("id") || !entry.contains("text")) {
-        throw std::invalid_argument(place + " has no \"id\" or no \"text\"");
+    for (const Json& entry : root["texts"]) {
+      const std::string at = "/texts/" + std::to_string(list.entries.size());
+      if (!entry.is_object() || !entry.contains("id") || !entry.contains("text")) {
+        json_.fail(at, "must be an object with \"id\" and \"text\"");
       }
-      read.list.entries.push_back({numberOf<std::int32_t>(entry["id"], (place + ": id").c_str()),
-                                   textOf(entry["text"], (place + ": text").c_str())});
+      list.entries.push_back(
+          {number<std::int32_t>(entry["id"], at + "/id"), text(entry["text"], at + "/text")});
     }
-  } catch (const std::bad_alloc&) {
-    throw;
-  } catch (const std::exception& error) {
-    read.problems.push_back(read.name + ": " + error.what());
+  }
+
+ private:
+  template <class Number>
+  Number number(const Json& node, const std::string& at) const {
+    using Limits = std::numeric_limits<Number>;
+    const bool isLarge = node.is_number_unsigned() && node.get<std::uint64_t>() > Limits::max();
+    const bool isSmall = node.is_number_integer() && !node.is_number_unsigned() &&
+                         node.get<std::int64_t>() < std::int64_t{Limits::min()};
+    if (!node.is_number_integer() || isLarge || isSmall) {
+      json_.fail(at, "must be a whole number of 32 bits, from " + std::to_string(Limits::min()) +
+                         " to " + std::to_string(Limits::max()));
+    }
+    return node.get<Number>();
+  }
+  CString text(const Json& node, const std::string& at) const {
+    if (!node.is_string()) json_.fail(at, "must be a text in quotes");
+    return CString::fromUtf8(node.get_ref<const std::string&>());
+  }
+
+  StrictJson json_;
+};
+
+void readJson(const Input& input, ReadTexts& read) {
+  try {
+    JsonList(input).read(read.list);
+  } catch (const Failure& failure) {
+    read.problems.emplace_back(failure.what());
   }
 }
 
@@ -107,7 +116,7 @@ ReadTexts readTexts(const std::string& path) {
   if (isLanguageFile(path)) {
     readBinary(input.bytes(), read);
   } else if (isJson(input.bytes())) {
-    readJson(input.bytes(), read);
+    readJson(input, read);
   } else {
     readTable(input.bytes(), read);
   }
