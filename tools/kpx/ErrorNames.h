@@ -8,6 +8,7 @@ namespace kpx::tool {
 struct ErrorName {
   int number = 0;
   std::string operation;      // "CFGCol::serializeXML"
+  std::string doing;          // "a setting was being written to XML"
   std::string settingsClass;  // of settings only
   std::string accessor;
   std::string key;

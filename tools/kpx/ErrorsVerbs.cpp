@@ -7,6 +7,7 @@
 #include "kpx/report/ErrorTable.h"
 #include "kpx/settings/Catalogue.h"
 #include "tools/kpx/ErrorNames.h"
+#include "tools/kpx/ErrorSentence.h"
 #include "tools/kpx/Output.h"
 #include "tools/kpx/Verbs.h"
 
@@ -16,20 +17,25 @@ namespace {
 std::vector<ErrorName> allErrors() {
   std::vector<ErrorName> errors;
   for (const ErrorEntry& entry : errorTable) {
-    errors.push_back({entry.number, std::string(entry.operation), {}, {}, {}});
+    errors.push_back(
+        {entry.number, std::string(entry.operation), errorSentence(entry.operation), {}, {}, {}});
   }
   const auto add = [&](int number, const SettingsClass& owner, std::u16string_view accessor,
-                       std::u16string_view key) {
+                       std::u16string_view key, const char* done) {
     if (number == 0) return;
     const std::string name = shown(CString(owner.name));
     const std::string method = shown(CString(accessor));
-    errors.push_back({number, name + "::" + method, name, method, shown(CString(key))});
+    const std::string setting = shown(CString(key));
+    const std::string doing = key.empty()
+                                  ? "the settings of " + name + " were being " + done
+                                  : "the setting " + setting + " of " + name + " was being " + done;
+    errors.push_back({number, name + "::" + method, doing, name, method, setting});
   };
   for (const SettingsClass* const owner : settingsClasses()) {
-    add(owner->resetError, *owner, u"ResetPos", {});
+    add(owner->resetError, *owner, u"ResetPos", {}, "put in order");
     for (const SettingAccess& access : owner->settings) {
-      add(access.setting->getterError, *owner, access.getter, access.key());
-      add(access.setting->setterError, *owner, access.setter, access.key());
+      add(access.setting->getterError, *owner, access.getter, access.key(), "read");
+      add(access.setting->setterError, *owner, access.setter, access.key(), "changed");
     }
   }
   std::stable_sort(errors.begin(), errors.end(),
@@ -38,7 +44,7 @@ std::vector<ErrorName> allErrors() {
 }
 
 Json jsonOf(const ErrorName& error) {
-  Json json{{"number", error.number}, {"operation", error.operation}};
+  Json json{{"number", error.number}, {"operation", error.operation}, {"doing", error.doing}};
   if (!error.settingsClass.empty()) {
     json["class"] = error.settingsClass;
     json["accessor"] = error.accessor;
@@ -48,9 +54,7 @@ Json jsonOf(const ErrorName& error) {
 }
 
 std::string lineOf(const ErrorName& error) {
-  std::string line = std::to_string(error.number) + "  " + error.operation;
-  if (!error.key.empty()) line += "  (setting " + error.key + ")";
-  return line + "\n";
+  return std::to_string(error.number) + "  " + error.operation + ": " + error.doing + "\n";
 }
 
 Exit show(const std::string& wanted, bool json) {
@@ -93,7 +97,8 @@ std::string operationName(int number) {
 void addErrorsVerbs(CLI::App& app, Action& chosen) {
   auto json = std::make_shared<bool>(false);
   auto wanted = std::make_shared<std::string>();
-  CLI::App* command = app.add_subcommand("errors", "What an error number stands for");
+  CLI::App* command =
+      app.add_subcommand("errors", "What a program was doing when it reported an error number");
   command->add_option("NUMBER|list", *wanted, "Number of an error log, or list for all")
       ->required();
   command->add_flag("--json", *json, "Print JSON");
