@@ -4,14 +4,13 @@ import csv
 import io
 import json
 import os
-import subprocess
 import unittest
 import xml.etree.ElementTree
 import xml.parsers.expat
 from pathlib import Path
 
 from runner import run
-from tool import KPX, PROGRAM, ToolTest, kpx
+from tool import PROGRAM, ToolTest, kpx
 
 
 def shape_by_expat(content):
@@ -172,6 +171,17 @@ class ConfigTest(ToolTest):
             with self.subTest(key=key):
                 out, _ = self.answers(1, "config", "validate", self.write("odd.xml", content))
                 self.assertIn(key, out)
+
+    def test_several_files_are_all_looked_at(self):
+        bad = self.write("bad.xml", self.file.read_text().replace('Name="KT_LG"', 'Name="Stranger"'))
+        out, _ = self.answers(1, "config", "validate", self.file, bad)
+        self.assertTrue(all(line.startswith(f"{bad}:") for line in out.splitlines()))
+        out, err = self.answers(3, "config", "validate", "missing.xml", bad, self.file, "--json")
+        self.assertEqual({each["file"] for each in json.loads(out)}, {str(bad)})
+        self.assertIn("missing.xml", err)
+        out, _ = self.answers(0, "config", "show", bad, self.file, "CFGHeader", "--changed")
+        self.assertIn(f"[CFGGeneralSettings]   ({bad})\nStranger", out)
+        self.assertNotIn(str(self.file), out)
 
     def test_several_configurations_below_one_root(self):
         text = self.file.read_text()
@@ -406,7 +416,8 @@ class ConvertTest(ToolTest):
                 ('"class": "CFGHeader"', '"class": "CFGGeneralSettings"', "configurations/0/element"),
                 ('"settings"', '"before": "<a>", "settings"', "well-formed"),
                 ('"settings"', '"changed": "yesterday", "settings"', "configurations/0/changed"),
-                (good, "", "empty"), (good, good[:-4], ":13:"), (good, good + "x", ":15:1:"),
+                (good, "", "empty"), (good, good[:-4], ":13:"),
+                (good, good + "x", ":15:1: is no JSON: something follows"),
                 (good, "[" * 100000, "deeply"), (good, "<a/>", "XML already")):
             with self.subTest(new=new[:40]):
                 path = self.write("bad.json", good.replace(old, new, 1))
@@ -459,12 +470,6 @@ class ConvertTest(ToolTest):
 
 
 class BadInputTest(ToolTest):
-    def test_a_mistyped_verb_is_named(self):
-        for arguments in (("confg",), ("config", "shw", "x"), ("ini", "sett"), ("texts", "gett")):
-            _, err = self.answers(2, *arguments)
-            self.assertIn(f"'{arguments[len(arguments) > 1]}' is no verb", err)
-        self.assertIn("a verb is missing", self.answers(2, "xml")[1])
-
     def test_bad_files_give_one_message_and_the_right_code(self):
         good = self.file.read_bytes()
         cases = {
@@ -516,20 +521,6 @@ class BadInputTest(ToolTest):
         finally:
             os.chmod(self.folder.name, 0o700)
 
-    def test_full_output_device_is_reported(self):
-        if not Path("/dev/full").exists():
-            self.skipTest("no full device here")
-        with open("/dev/full", "wb") as full:
-            done = subprocess.run([*KPX, "classes", "export"], stdout=full, stderr=subprocess.PIPE,
-                                  timeout=60)
-        self.assertEqual(done.returncode, 4)
-
-    def test_wrong_usage(self):
-        for arguments in ((), ("config",), ("config", "get"), ("config", "nonsense"),
-                          ("config", "defaults", "NoSuchClass"), ("xml", "stats")):
-            with self.subTest(arguments=arguments):
-                self.answers(2, *arguments)
-
 
 class ClassesTest(ToolTest):
     def test_export_tells_what_a_constructed_object_holds(self):
@@ -575,3 +566,9 @@ class XmlTest(ToolTest):
                               "  </x>\n  <t>a <b>c</b>\n d</t>\n"
                               "  <p xml:space='preserve'> <q/> </p>\n</r>\n")
         self.assertEqual(self.answers(0, "xml", "format", "-", stdin=out.encode())[0], out)
+        other = self.write("formatted.xml", out)
+        self.answers(2, "xml", "format", other, path)
+        named, _ = self.answers(1, "xml", "format", "--check", other, path)
+        self.assertEqual(named, f"{path}: is not as xml format writes it\n")
+        self.answers(0, "xml", "format", "--write", other, path)
+        self.assertEqual(path.read_text(), out)

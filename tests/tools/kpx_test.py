@@ -10,5 +10,5 @@ import unittest
 if __name__ == "__main__":
     tests = sys.argv[2:]
     if not [each for each in tests if not each.startswith("-")]:
-        tests += ["config_test", "services_test"]
+        tests += ["config_test", "services_test", "verbs_test"]
     unittest.main(module=None, argv=[sys.argv[0], *tests])

@@ -3,6 +3,7 @@
 import io
 import json
 import os
+import re
 import subprocess
 import time
 import unittest
@@ -46,12 +47,16 @@ class IniTest(ToolTest):
         for code, arguments in ((1, ("get", path, "a", "x")), (1, ("get", path, "A", "X")),
                                 (1, ("del", path, "A", "z")), (2, ("set", path, "A", "a=b", "1")),
                                 (2, ("set", path, "]", "a", "1")), (2, ("set", path, "A", "x")),
-                                (3, ("set", str(path) + "x", "A", "a", "1"))):
+                                (4, ("set", path.parent / "no" / "a.ini", "A", "a", "1")),
+                                (3, ("del", str(path) + "x", "A", "a"))):
             with self.subTest(arguments=arguments):
                 _, err = self.answers(code, "ini", *arguments)
                 self.assertTrue(err)
                 self.assertEqual(path.read_bytes(), self.FILE.encode())
         self.assertEqual(len(list(Path(self.folder.name).glob("a.ini*"))), 1)
+        new = path.parent / "new.ini"
+        self.assertIn("new file", self.answers(0, "ini", "set", new, "A", "a", "\u00f6")[1])
+        self.assertEqual(new.read_bytes(), "[A]\r\na=\u00f6\r\n".encode())
 
     def test_check_names_line_and_column(self):
         path = self.write("a.ini", self.FILE + " X=1\r\n")
@@ -106,6 +111,7 @@ class RegistryTest(ToolTest):
         self.answers(0, "registry", "del", self.ROOT, "--tree")
         self.answers(1, "registry", "list", self.ROOT)
         self.answers(2, "registry", "list", r"HKEY_USERS\x")
+        self.assertIn("a root stays", self.answers(2, "registry", "del", "HKCU\\", "--tree")[1])
 
     def test_export_import_and_diff(self):
         self.answers(0, "registry", "set", self.KEY, "Größe", 'with "quotes" \\')
@@ -160,7 +166,8 @@ class TextsTest(ToolTest):
         self.assertEqual(kpx("texts", "get", 614), (0, "Fehler\n", ""))
         self.assertEqual(kpx("texts", "get", 614, "--language", "eng"), (0, "Error\n", ""))
         self.assertEqual(kpx("texts", "get", 4300)[:2], (1, ""))
-        self.assertEqual(kpx("texts", "get", 614, "--language", "fra")[0], 3)
+        for missing in ("fra", "../ENG", "x [../ENG.LNG]"):
+            self.answers(3, "texts", "get", 614, "--language", missing)
         file = Path(PROGRAM).parent / "MLT" / "ENG.LNG"
         self.assertEqual(kpx("texts", "check", file)[0], 0)
         german = Path(__file__).resolve().parents[2] / "kpx" / "support" / "texts" / "deu.tsv"
@@ -187,7 +194,7 @@ class TextsTest(ToolTest):
         file = Path(self.folder.name) / "X.LNG"
         for content, place in (("1\ta\nx\ty\n", ":2:1: "), ("{\"texts\": 1}", "\"texts\""),
                                ("{\"texts\": [{\"id\": 2147483648, \"text\": \"\"}]}", "32 bits"),
-                               ("{\"texts\": [", "parse error")):
+                               ("{\"texts\": [", ":1:12: is no JSON: it ends")):
             with self.subTest(content):
                 code, out, err = kpx("texts", "build", self.write("x.tsv", content), file)
                 self.assertEqual((code, out, file.exists()), (3, "", False))
@@ -228,9 +235,12 @@ class TimersTest(ToolTest):
         self.assertEqual(len({(bar["pid"], bar["tid"]) for bar in bars}), 2)
 
     def test_other_files_are_refused_with_the_line(self):
-        for content, line in (("", 1), ("a,b\n", 1), (self.CSV + "x\n", 8)):
-            _, err = self.answers(3, "timers", "show", self.write("t.csv", content))
+        for content, line, timers in (("", 1, 0), ("a,b\n", 1, 0), (self.CSV + "x\n", 8, 2),
+                                      (self.CSV.replace("a, b,1.500000,3", "a, b,1..5,3"), 5, 1)):
+            out, err = self.answers(3, "timers", "show", self.write("t.csv", content))
             self.assertIn(f"t.csv:{line}:1:", err)
+            # What is whole is shown all the same.
+            self.assertEqual(len(re.findall(r"%.*\d", out)), timers)
 
 
 class NasTest(ToolTest):
@@ -248,7 +258,7 @@ class NasTest(ToolTest):
         for wanted, mentioned in (("ax_flurstueck", "AX_Flurstueck (11001)"),
                                   ("Flurst\u00fcck", "AX_Flurstueck (11001)"),
                                   ("Grenzpunkt", "AX_Grenzpunkt (11003)"), ("xyz", "'xyz'"),
-                                  ("", "''"), ("A" * 5000, "A" * 5000), ("11009", "11009"),
+                                  ("", "''"), ("A" * 5000, "A" * 600), ("11009", "11009"),
                                   ("9" * 30, "9" * 30)):
             with self.subTest(wanted=wanted):
                 out, err = self.answers(1, "nas", "codes", wanted)
@@ -335,7 +345,10 @@ class UnzipTest(ToolTest):
 
 class ErrorsTest(ToolTest):
     def test_number_leads_to_its_operation(self):
-        self.assertEqual(self.answers(0, "errors", 71472)[0], "71472  InitMLT\n")
+        self.assertEqual(self.answers(0, "errors", 71472)[0],
+                         "71472  InitMLT: the texts in the user's language were being loaded\n")
+        self.assertIn(": the setting CFGConfigCA2T of CFGConfigCalculation was being read\n",
+                      self.answers(0, "errors", 43963)[0])
         reset = json.loads(self.answers(0, "errors", 900001, "--json")[0])
         self.assertEqual([(each["class"], each["accessor"]) for each in reset],
                          [("CFGGeneralSettings", "ResetPos")])
@@ -432,6 +445,9 @@ class DoctorTest(ToolTest):
                          (environment["KPX_INI"], "environment variable KPX_INI"))
         self.assertIn("no such file", program["problem"])
         self.assertEqual(facts["home folder"]["problem"], "")
+        if not ON_WINDOWS:  # with one registry for all tests
+            self.assertEqual(facts["error log"]["value"], "/Error.log")
+            self.assertIn(environment["KPX_USER_REGISTRY"], out)
         self.assertIn("    ! ", out)
         self.assertEqual(sorted(path.name for path in folder.iterdir()), ["general.xml"],
                          "looking creates nothing")
