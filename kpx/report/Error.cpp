@@ -2,6 +2,8 @@
 
 #include <atomic>
 
+#include "kpx/report/Exceptions.h"
+
 namespace kpx {
 namespace {
 
@@ -11,6 +13,7 @@ constinit std::atomic<ErrorSink> currentSink{&ignoreReport};
 constinit std::atomic<std::uint64_t> reportedCount{0};
 constinit std::atomic<std::uint64_t> droppedCount{0};
 constinit thread_local bool reporting = false;
+constinit thread_local std::uint64_t caughtCount = 0;
 
 }  // namespace
 
@@ -25,6 +28,20 @@ detail::ReportScope::~ReportScope() { reporting = nested_; }
 void kpxError(int number) noexcept {
   const detail::ReportScope scope;
   if (!scope.isNested()) currentSink.load(std::memory_order_acquire)(number);
+}
+
+void detail::guardCaught(OperationNumber operation) noexcept {
+  // What a report itself meets is nothing that an operation has failed with.
+  if (!reporting) ++caughtCount;
+  kpxError(operation.value());
+}
+
+GuardWatch::GuardWatch() noexcept : before_(caughtCount) {}
+
+bool GuardWatch::hasCaught() const noexcept { return caughtCount != before_; }
+
+void GuardWatch::passOn() const {
+  if (hasCaught()) throw GuardedException();
 }
 
 ErrorSink setErrorSink(ErrorSink sink) noexcept {

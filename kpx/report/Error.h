@@ -21,8 +21,9 @@ KPX_API void kpxError(int number) noexcept;
 /// counts. Returns the sink registered before, or nullptr for the default.
 KPX_API ErrorSink setErrorSink(ErrorSink sink) noexcept;
 
-/// How many reports were made since the library was loaded, and how many of those were dropped
-/// because they arose inside another report.
+/// How many reports all threads made since the library was loaded, and how many of those were
+/// dropped because they arose inside another report. They do not tell whether an operation of the
+/// caller's own has failed: see GuardWatch.
 struct ErrorCounts {
   std::uint64_t reported = 0;
   std::uint64_t dropped = 0;
@@ -46,6 +47,9 @@ class KPX_API ReportScope {
   bool nested_;
 };
 
+/// Reports what a guard has caught, and lets the watches of this thread know.
+KPX_API void guardCaught(OperationNumber operation) noexcept;
+
 }  // namespace detail
 
 /// Runs `body` and returns its result. When it throws, whatever it throws, the failure is
@@ -57,7 +61,7 @@ Result Guarded(OperationNumber operation, Result neutral, Body&& body) {
   try {
     return std::forward<Body>(body)();
   } catch (...) {
-    kpxError(operation.value());
+    detail::guardCaught(operation);
     return neutral;
   }
 }
@@ -68,8 +72,36 @@ void Guarded(OperationNumber operation, Body&& body) {
   try {
     std::forward<Body>(body)();
   } catch (...) {
-    kpxError(operation.value());
+    detail::guardCaught(operation);
   }
 }
+
+/// Runs `body` and returns its result. What it throws is reported under the number of the
+/// operation and goes on to the caller, who has to know of it: an object inside of another one
+/// that is being written, say.
+template <class Body>
+decltype(auto) Reported(OperationNumber operation, Body&& body) {
+  try {
+    return std::forward<Body>(body)();
+  } catch (...) {
+    detail::guardCaught(operation);
+    throw;
+  }
+}
+
+/// Tells whether a guard of this thread has caught anything since the watch began: for callers of
+/// constructors and of operations without an answer, whose failure nobody tells them otherwise.
+/// What other threads meet does not count. Watches may lie inside each other.
+class KPX_API GuardWatch {
+ public:
+  GuardWatch() noexcept;
+  bool hasCaught() const noexcept;
+  /// Raises `GuardedException` if a guard has caught anything, for operations that cannot be whole
+  /// without those inside of them.
+  void passOn() const;
+
+ private:
+  std::uint64_t before_;
+};
 
 }  // namespace kpx

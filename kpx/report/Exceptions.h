@@ -18,6 +18,12 @@ class KPX_API ArchiveEndException : public std::exception {
   const char* what() const noexcept override;
 };
 
+/// A failure that a guard has reported already, where it has to end the operation around it, too.
+class KPX_API GuardedException : public std::exception {
+ public:
+  const char* what() const noexcept override;
+};
+
 /// A file that cannot be opened, read or written.
 class KPX_API FileException : public std::exception {
  public:

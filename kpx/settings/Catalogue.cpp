@@ -4,6 +4,7 @@
 
 #include "kpx/config/CFGHeader.h"
 #include "kpx/config/CFGRow.h"
+#include "kpx/report/Error.h"
 #include "kpx/settings/engine/GeneratedClass.h"
 #include "kpx/settings/internal/CatalogueTable.h"
 #include "kpx/settings/internal/HeaderAccess.h"
@@ -50,7 +51,11 @@ ValueCheck SettingAccess::setText(CDBObject& object, std::u16string_view text) c
 
 std::unique_ptr<CFGConfig> SettingsClass::create() const {
   if (!isConfiguration()) return nullptr;
-  return std::unique_ptr<CFGConfig>(static_cast<CFGConfig*>(make().release()));
+  // Without memory an object reports it and goes on without the setting.
+  const GuardWatch watch;
+  std::unique_ptr<CFGConfig> object(static_cast<CFGConfig*>(make().release()));
+  watch.passOn();
+  return object;
 }
 
 const SettingAccess* SettingsClass::findKey(std::u16string_view key) const noexcept {
@@ -120,6 +125,7 @@ std::optional<CFGCol> columnCreatedBy(const SettingsClass& owner, const SettingA
   if (!access.set) return std::nullopt;
   const EmptyObject empty(owner);
   const SettingDef& setting = *access.setting;
+  const GuardWatch watch;
   if (setting.kind == ValueKind::text) {
     access.set(*empty.object, CString());
   } else if (setting.kind == ValueKind::real) {
@@ -127,6 +133,7 @@ std::optional<CFGCol> columnCreatedBy(const SettingsClass& owner, const SettingA
   } else {
     access.set(*empty.object, std::int32_t{0});
   }
+  watch.passOn();
   if (empty.columns->empty()) return std::nullopt;
   return empty.columns->begin()->value;
 }
@@ -134,7 +141,11 @@ std::optional<CFGCol> columnCreatedBy(const SettingsClass& owner, const SettingA
 std::optional<SettingValue> answerWhenMissing(const SettingsClass& owner,
                                               const SettingAccess& access) {
   if (!access.get) return std::nullopt;
-  return access.get(*EmptyObject(owner).object);
+  const EmptyObject empty(owner);
+  const GuardWatch watch;
+  std::optional<SettingValue> answer = access.get(*empty.object);
+  watch.passOn();
+  return answer;
 }
 
 }  // namespace kpx

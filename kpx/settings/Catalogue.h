@@ -54,7 +54,8 @@ struct SettingsClass {
 
   /// Whether objects are configurations, which carry their settings through XML.
   constexpr bool isConfiguration() const noexcept { return shape == ClassShape::configuration; }
-  /// A new object with its defaults. nullptr for rows and tables.
+  /// A new object with all its defaults. nullptr for rows and tables. Throws std::bad_alloc, or
+  /// `GuardedException` when the object has reported that it is not whole.
   KPX_API std::unique_ptr<CFGConfig> create() const;
   /// The first accessor pair of a key, else the one whose getter reads it as its older key, or
   /// nullptr if the class does not know the key.

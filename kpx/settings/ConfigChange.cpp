@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "kpx/report/Error.h"
 #include "kpx/settings/ConfigFile.h"
 #include "kpx/settings/internal/ConfigWalk.h"
 #include "kpx/settings/internal/DefaultColumns.h"
@@ -148,8 +149,11 @@ EditOutcome outcomeBefore(const Candidates& found, MissingKey missingKey) {
 }  // namespace
 
 bool addConfiguration(CMarkup& document, const CFGConfig& config) {
+  const GuardWatch watch;
   CMarkup alone;
-  if (config.serializeXML(&alone) != 1) return false;
+  const bool isWritten = config.serializeXML(&alone) == 1;
+  watch.passOn();
+  if (!isWritten) return false;
   CString before;
   const bool hasOtherLineEnds = !detail::isWrittenWithItsLineEnds(document.GetDoc());
   if (hasOtherLineEnds) before = document.GetDoc();
@@ -163,11 +167,13 @@ bool addConfiguration(CMarkup& document, const CFGConfig& config) {
   added = added && document.AddSubDoc(alone.GetDoc());
   if (added && hasOtherLineEnds) takeOverLineEnds(document, before);
   document.ResetPos();
+  if (!added) watch.passOn();
   return added;
 }
 
 EditResult setValueInDocument(CMarkup& document, const ConfigurationChoice& choice,
                               const CString& key, const CString& text, MissingKey missingKey) {
+  const GuardWatch watch;
   EditResult result{};
   const Candidates found = lookFor(findConfigurations(document), choice, key);
   result.outcome = outcomeBefore(found, missingKey);
@@ -187,6 +193,7 @@ EditResult setValueInDocument(CMarkup& document, const ConfigurationChoice& choi
     }
   }
   document.ResetPos();
+  watch.passOn();
   return result;
 }
 

@@ -96,6 +96,7 @@ DocumentResult ConfigDocument::load(const CString& path) {
 }
 
 DocumentResult ConfigDocument::read(std::string_view bytes) {
+  const GuardWatch watch;
   StoredMarkup stored = readMarkup(bytes);
   if (!stored.usable()) {
     if (stored.problems.empty()) throw std::bad_alloc();
@@ -117,6 +118,7 @@ DocumentResult ConfigDocument::read(std::string_view bytes) {
       ++(each.valueOffset < 0 ? setting.emptyColumns : setting.columns);
     }
   }
+  watch.passOn();
   document_ = std::move(stored.document);
   storage_ = stored.storage;
   classes_ = std::move(classes);
@@ -214,12 +216,9 @@ const ConfigDocument::Known& ConfigDocument::knownClass(Classes& classes,
   if (const auto found = classes.find(&settingsClass); found != classes.end()) {
     return *found->second;
   }
-  const std::uint64_t reportedBefore = errorCounts().reported;
   auto known = std::make_unique<Known>();
   known->settingsClass = &settingsClass;
   known->defaults = settingsClass.create();
-  // Without memory an object reports it and goes on without the setting.
-  if (!known->defaults || errorCounts().reported != reportedBefore) throw std::bad_alloc();
   known->keys.reserve(settingsClass.settings.size());
   for (const SettingAccess& access : settingsClass.settings) {
     if (!known->keys.find(access.key())) known->keys.set(access.key(), access.setting);

@@ -4,6 +4,7 @@
 #include <string_view>
 #include <utility>
 
+#include "kpx/report/Error.h"
 #include "kpx/settings/internal/ConfigWalk.h"
 
 namespace kpx {
@@ -131,11 +132,13 @@ bool ConfigurationChoice::includes(const DocumentConfiguration& configuration) c
 std::unique_ptr<CFGConfig> loadConfiguration(const CMarkup& document,
                                              const DocumentConfiguration& configuration) {
   if (!configuration.settingsClass) return nullptr;
+  const GuardWatch watch;
   CMarkup part(document.GetDocFlags());
   part.SetDoc(document.GetDoc().Mid(configuration.offset, configuration.length));
   part.FindChildElem();
   std::unique_ptr<CFGConfig> object = configuration.settingsClass->create();
   if (object && object->loadByXML(&part) != 1) object.reset();
+  watch.passOn();
   return object;
 }
 

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "kpx/config/KeyedCollection.h"
+#include "kpx/report/Error.h"
 #include "kpx/settings/ConfigFile.h"
 #include "kpx/settings/internal/ConfigWalk.h"
 #include "kpx/settings/internal/DefaultColumns.h"
@@ -149,6 +150,8 @@ bool setOneByOne(CMarkup& document, const std::vector<ConfigurationValues>& all)
 }  // namespace
 
 bool setValuesInDocument(CMarkup& document, const std::vector<ConfigurationValues>& all) {
+  // What a guard inside has answered with nothing must not become a part of the document.
+  const GuardWatch watch;
   std::vector<const ConfigurationValues*> inOrder;
   inOrder.reserve(all.size());
   for (const ConfigurationValues& each : all) inOrder.push_back(&each);
@@ -163,12 +166,14 @@ bool setValuesInDocument(CMarkup& document, const std::vector<ConfigurationValue
     return next != inOrder.end();
   });
   document.ResetPos();
+  watch.passOn();
   if (next != inOrder.end() || !collector.isComplete()) return false;
   if (collector.isEmpty() && collector.rest().empty()) return true;
 
   CMarkup changed(document.GetDocFlags());
   const bool isTaken = changed.SetDoc(collector.isEmpty() ? document.GetDoc() : collector.text()) &&
                        setOneByOne(changed, collector.rest());
+  watch.passOn();
   if (isTaken) document = std::move(changed);
   return isTaken;
 }

@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <string>
 #include <string_view>
+#include <thread>
 
 #include "kpx/report/Error.h"
 #include "kpx_c.h"
@@ -63,6 +65,23 @@ TEST_F(Guard, MissingMemoryIsAnsweredAndLosesNothing) {
   EXPECT_NE(bytes.find(stored), std::string::npos);
   EXPECT_EQ(bytes.find("Description"), bytes.rfind("Description"));
   EXPECT_EQ(std::ranges::count(bytes, 'x'), 200);
+}
+
+// What other threads report is none of this one's failures.
+TEST_F(Guard, ReportsOfOtherThreadsSpoilNothing) {
+  std::atomic<bool> isOver{false};
+  std::thread other([&] {
+    while (!isOver) kpxError(1);
+  });
+  for (int round = 0; round < 300; ++round) {
+    kpx_c_document* document = nullptr;
+    ASSERT_EQ(kpx_c_open_bytes(xml.data(), xml.size(), &document), KPX_C_OK);
+    int32_t added = 0;
+    EXPECT_EQ(kpx_c_add(document, u"CFGGeneralSettings", -1, &added), KPX_C_OK);
+    EXPECT_EQ(kpx_c_close(document), KPX_C_OK);
+  }
+  isOver = true;
+  other.join();
 }
 
 TEST_F(Guard, AnUnexpectedFailureIsReportedByItsNumber) {

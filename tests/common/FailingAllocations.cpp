@@ -9,9 +9,13 @@ namespace {
 
 constexpr int unlimited = -1;
 thread_local int allocationsLeft = unlimited;
+thread_local bool failed = false;
 
 void* allocate(std::size_t size) {
-  if (allocationsLeft == 0) throw std::bad_alloc();
+  if (allocationsLeft == 0) {
+    failed = true;
+    throw std::bad_alloc();
+  }
   if (allocationsLeft > 0) --allocationsLeft;
   if (void* const memory = std::malloc(size != 0 ? size : 1)) return memory;
   throw std::bad_alloc();
@@ -52,7 +56,11 @@ void operator delete(void* block, std::size_t, std::align_val_t alignment) noexc
 
 namespace kpx {
 
-FailingAllocations::FailingAllocations(int count) noexcept { allocationsLeft = count; }
+FailingAllocations::FailingAllocations(int count) noexcept {
+  allocationsLeft = count;
+  failed = false;
+}
 FailingAllocations::~FailingAllocations() { allocationsLeft = unlimited; }
+bool FailingAllocations::hasFailed() const noexcept { return failed; }
 
 }  // namespace kpx

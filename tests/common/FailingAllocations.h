@@ -10,6 +10,9 @@ class FailingAllocations {
   ~FailingAllocations();
   FailingAllocations(const FailingAllocations&) = delete;
   FailingAllocations& operator=(const FailingAllocations&) = delete;
+
+  /// Whether any has failed since the scope began.
+  bool hasFailed() const noexcept;
 };
 
 }  // namespace kpx
