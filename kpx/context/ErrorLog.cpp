@@ -1,6 +1,7 @@
 #include "kpx/context/ErrorLog.h"
 
 #include <algorithm>
+#include <new>
 #include <optional>
 #include <string>
 
@@ -15,6 +16,7 @@
 #include "kpx/text/SingleByte.h"
 #include "kpx/text/TextTools.h"
 #include "kpx/text/Utf.h"
+#include "kpx/text/Wildcards.h"
 
 namespace kpx {
 namespace {
@@ -68,8 +70,8 @@ CString decoded(std::string_view line) {
 ErrorLogReader::ErrorLogReader() {
   addForm(detail::errorLineTemplate, true);
   addForm(detail::textLineTemplate, false);
-  addTranslation(GetMLT(detail::errorLineId), detail::errorLineTemplate, true);
-  addTranslation(GetMLT(detail::textLineId), detail::textLineTemplate, false);
+  addTranslation(storedText(detail::errorLineId), detail::errorLineTemplate, true);
+  addTranslation(storedText(detail::textLineId), detail::textLineTemplate, false);
 }
 
 void ErrorLogReader::addTranslation(View text, View german, bool hasNumber) {
@@ -84,7 +86,7 @@ void ErrorLogReader::addLanguages(const CString& folder) {
     TextList list;
     if (name.Right(4).CompareNoCase(u".LNG") != 0) continue;
     if (!fileSystem().read(joinPath(folder, name), bytes)) continue;
-    readLanguageFile(bytes.view(), list);
+    if (readLanguageFile(bytes.view(), list).hasFailed) throw std::bad_alloc();
     for (const TextEntry& entry : list.entries) {
       CString text = entry.text;
       text.Replace(u"\r\n", u"\n");
@@ -214,7 +216,7 @@ bool ErrorLogFilter::wants(const ErrorLogEntry& entry) const {
   if (!isSet()) return true;
   if (entry.kind == ErrorLogEntry::Kind::broken) return false;
   const auto matches = [](CString pattern, CString text) {
-    return pattern.IsEmpty() || kpxMatchWildcardString(text.MakeLower(), pattern.MakeLower());
+    return pattern.IsEmpty() || matchesWildcards(text.MakeLower(), pattern.MakeLower());
   };
   if (!numbers.empty() &&
       (entry.kind != ErrorLogEntry::Kind::number ||

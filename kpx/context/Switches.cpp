@@ -40,7 +40,7 @@ detail::SettingsValue detail::readSettingsValue(std::u16string_view subkey, cons
     if (result) result = key->read(name, value);
     std::uint32_t number = 0;
     if (result && value.asNumber(number)) {
-      found.text = utlLongAsText(static_cast<std::int32_t>(number));
+      found.text = longAsText(static_cast<std::int32_t>(number));
     } else if (result && !value.asText(found.text)) {
       result.status = RegistryStatus::wrongType;
     }

@@ -88,7 +88,7 @@ class PartsReader {
 }  // namespace
 
 bool isAsWritten(AttributeKind kind, const CString& text) {
-  if (kind == AttributeKind::integer) return utlLongAsText(utlTextAsLong(text)) == text;
+  if (kind == AttributeKind::integer) return longAsText(utlTextAsLong(text)) == text;
   if (kind == AttributeKind::time) return timeDoubleText(timeDoubleOf(text)) == text;
   return true;
 }

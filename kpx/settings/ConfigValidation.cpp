@@ -14,11 +14,11 @@ namespace {
 
 /// What the getter of a number makes of a text.
 CString readAs(ValueKind kind, std::u16string_view text) {
-  if (kind != ValueKind::real) return utlLongAsText(textAsLong(text));
+  if (kind != ValueKind::real) return longAsText(textAsLong(text));
   const double value = textAsDouble(text);
   // All digits, but as a person writes them where that is possible.
   const bool isUsual = value == 0 || (std::abs(value) >= 1e-6 && std::abs(value) < 1e9);
-  CString number = utlDoubleAsText(value, isUsual ? 10 : -1, u'.');
+  CString number = doubleAsText(value, isUsual ? 10 : -1, u'.');
   if (isUsual) number.TrimRight(u"0");
   number.TrimRight(u".");
   return number;
@@ -149,7 +149,7 @@ class Validator {
     if (!checkValueText(ValueKind::integer, type).valid()) return;  // told as an attribute
     if (utlTextAsLong(type) == usual->Type) return;
     add(FindingKind::wrongType, key, type, element.offset + attributes.valueBegin(),
-        ValueProblem::none, utlLongAsText(usual->Type));
+        ValueProblem::none, longAsText(usual->Type));
   }
 
   void checkAttributes(const ConfigElement& element, std::span<const ConfigAttribute> known,

@@ -60,13 +60,13 @@ bool readLine(std::u16string_view line, TimerLine& result) {
 CString timeToString(double milliseconds) {
   const double time = std::fabs(milliseconds);
   CString text(milliseconds < 0 ? u"-" : u"");
-  if (time > 500) return text + utlDoubleAsText(time / 1000, 0, u'.') + u" seconds ";
-  if (time > 1) return text + utlDoubleAsText(time, 0, u'.') + u" milli secs ";
-  return text + utlDoubleAsText(time * 1000, 0, u'.') + u" micro secs ";
+  if (time > 500) return text + doubleAsText(time / 1000, 0, u'.') + u" seconds ";
+  if (time > 1) return text + doubleAsText(time, 0, u'.') + u" milli secs ";
+  return text + doubleAsText(time * 1000, 0, u'.') + u" micro secs ";
 }
 
 CString numThou(std::int32_t number) {
-  CString text = utlLongAsText(number);
+  CString text = longAsText(number);
   if (number > 1000) text.Insert(text.GetLength() - 3, u'.');
   return text;
 }

@@ -1,15 +1,18 @@
 #include "kpx/text/CKpxString.h"
 
+#include "kpx/report/Error.h"
 #include "kpx/text/Formatter.h"
 
 namespace kpx {
 
 bool CKpxString::FormatV_l(std::u16string_view format, const void* /*locale*/, std::va_list list) {
-  const detail::VariableArguments arguments(format, list);
-  std::u16string result;
-  if (detail::appendFormatted(result, format, arguments.args()) < 0) return false;
-  units() = std::move(result);
-  return true;
+  return Guarded("CKpxString::FormatV_l", false, [&] {
+    const detail::VariableArguments arguments(format, list);
+    std::u16string result;
+    if (detail::appendFormatted(result, format, arguments.args()) < 0) return false;
+    units() = std::move(result);
+    return true;
+  });
 }
 
 }  // namespace kpx

@@ -19,7 +19,7 @@ class KPX_API CKpxString : public CString {
   /// Replaces the text as `Format` does, with values read from `list` by the types that the
   /// format tells (see `kpxvfwprintf`). `locale` is kept for callers that pass one and has no
   /// effect: the decimal sign is always ".". A format that cannot be carried out leaves the
-  /// text as it was and answers false.
+  /// text as it was and answers false. Error number 910555.
   bool FormatV_l(std::u16string_view format, const void* locale, std::va_list list);
 };
 

@@ -187,6 +187,13 @@ bool writeFast(ShortText& text, double value, int decimals, char16_t separator) 
   return true;
 }
 
+CString slowText(double value, int decimals, char16_t separator) {
+  CString text;
+  appendSlowly(text.units(), value, decimals);
+  if (separator == u',') text.Replace(u'.', u',');
+  return text;
+}
+
 }  // namespace
 
 double kpxRunde(double value, int decimals) noexcept {
@@ -203,21 +210,23 @@ CString utlDoubleAsText(double value, int decimals, char16_t separator) {
   if (ShortText text; writeFast(text, value, decimals, separator)) {
     return Guarded("utlDoubleAsText", CString(), [&] { return CString(text.view()); });
   }
+  return Guarded("utlDoubleAsText", CString(),
+                 [&] { return slowText(value, decimals, separator); });
+}
+
+CString doubleAsText(double value, int decimals, char16_t separator) {
   CString result;
   doubleAsTextInto(result, value, decimals, separator);
   return result;
 }
 
 void doubleAsTextInto(CString& out, double value, int decimals, char16_t separator) {
-  Guarded("utlDoubleAsText", [&] {
+  Reported("utlDoubleAsText", [&] {
     if (ShortText text; writeFast(text, value, decimals, separator)) {
       out.Assign(text.view());
-      return;
+    } else {
+      out = slowText(value, decimals, separator);
     }
-    CString slow;
-    appendSlowly(slow.units(), value, decimals);
-    if (separator == u',') slow.Replace(u'.', u',');
-    out = std::move(slow);
   });
 }
 
@@ -234,6 +243,10 @@ std::u16string_view writeLong(ShortText& text, std::int32_t value) noexcept {
 }  // namespace
 
 CString utlLongAsText(std::int32_t value) {
+  return Guarded("utlLongAsText", CString(), [&] { return longAsText(value); });
+}
+
+CString longAsText(std::int32_t value) {
   ShortText text;
   return writeLong(text, value);
 }
@@ -273,10 +286,12 @@ double utlTextAsDouble(const CString& text) noexcept { return textAsDouble(text.
 
 double utlTextAsDoubleDecimal(const CString& text, char16_t separator) {
   if (text.view() == undefinedNumberText) return undefinedNumber;
-  CString joined = text;
-  const int place = joined.Find(separator);
-  if (place >= 0) joined.SetAt(place, u',');
-  return textAsDouble(joined.view());
+  return Guarded("utlTextAsDoubleDecimal", 0.0, [&] {
+    CString joined = text;
+    const int place = joined.Find(separator);
+    if (place >= 0) joined.SetAt(place, u',');
+    return textAsDouble(joined.view());
+  });
 }
 
 }  // namespace kpx

@@ -40,11 +40,15 @@ KPX_API double kpxRunde(double value, int decimals) noexcept;
 /// that is not there, report error 910001 and give the empty text; nothing is thrown.
 KPX_API CString utlDoubleAsText(double value, int decimals, char16_t separator);
 
-/// The same into a text that exists, whose memory is used again; after a failure it is as it was.
+/// The same for those who have to know of a failure: it is reported, too, and thrown. The second
+/// writes into a text that exists, whose memory is used again; after a failure it is as it was.
+KPX_API CString doubleAsText(double value, int decimals, char16_t separator);
 KPX_API void doubleAsTextInto(CString& out, double value, int decimals, char16_t separator);
 
-/// The decimal text of an integer.
+/// The decimal text of an integer. A failure is reported as 910551 and gives the empty text.
 KPX_API CString utlLongAsText(std::int32_t value);
+/// The same with std::bad_alloc thrown, not reported.
+KPX_API CString longAsText(std::int32_t value);
 KPX_API void longAsTextInto(CString& out, std::int32_t value);
 
 /// The integer at the beginning of a text: white space, a sign, decimal digits. 0 when there is
@@ -57,7 +61,8 @@ KPX_API std::int32_t textAsLong(std::u16string_view text) noexcept;
 KPX_API double utlTextAsDouble(const CString& text) noexcept;
 KPX_API double textAsDouble(std::u16string_view text) noexcept;
 
-/// The same with `separator` as decimal sign: its first occurrence is read as ",".
+/// The same with `separator` as decimal sign: its first occurrence is read as ",". A failure is
+/// reported as 910552 and gives 0.
 KPX_API double utlTextAsDoubleDecimal(const CString& text, char16_t separator);
 
 }  // namespace kpx

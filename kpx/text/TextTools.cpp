@@ -5,84 +5,17 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
-#include <vector>
 
+#include "kpx/report/Error.h"
 #include "kpx/text/CaseFold.h"
 #include "kpx/text/NumberText.h"
+#include "kpx/text/Wildcards.h"
 
 namespace kpx {
 namespace {
 
 using View = std::u16string_view;
 constexpr std::size_t notFound = View::npos;
-
-bool matchesAt(View text, std::size_t at, View piece) noexcept {
-  for (std::size_t i = 0; i < piece.size(); ++i) {
-    if (piece[i] != u'?' && piece[i] != text[at + i]) return false;
-  }
-  return true;
-}
-
-/// Up to this length, comparing at each offset costs less than preparing the piece.
-constexpr std::size_t shortPiece = 64;
-
-/// Finds a long piece without wildcards in one pass (after Knuth, Morris and Pratt), for texts
-/// made of repetitions.
-std::size_t findLong(View text, View piece) {
-  // For each length of a matched beginning, the longest shorter one that ends it too.
-  std::vector<std::size_t> shorter(piece.size() + 1, 0);
-  std::size_t matched = 0;
-  for (std::size_t i = 1; i < piece.size(); ++i) {
-    while (matched > 0 && piece[i] != piece[matched]) matched = shorter[matched];
-    if (piece[i] == piece[matched]) ++matched;
-    shorter[i + 1] = matched;
-  }
-  matched = 0;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    while (matched > 0 && text[i] != piece[matched]) matched = shorter[matched];
-    if (text[i] == piece[matched]) ++matched;
-    if (matched == piece.size()) return i + 1 - matched;
-  }
-  return notFound;
-}
-
-std::size_t findPiece(View text, View piece) {
-  if (piece.size() > text.size()) return notFound;
-  if (piece.find(u'?') == notFound) {
-    return piece.size() <= shortPiece ? text.find(piece) : findLong(text, piece);
-  }
-  const std::size_t last = text.size() - piece.size();
-  for (std::size_t at = 0; at <= last; ++at) {
-    if (matchesAt(text, at, piece)) return at;
-  }
-  return notFound;
-}
-
-bool matches(View text, View pattern) {
-  const std::size_t firstStar = pattern.find(u'*');
-  if (firstStar == notFound) {
-    return text.size() == pattern.size() && matchesAt(text, 0, pattern);
-  }
-  const std::size_t lastStar = pattern.rfind(u'*');
-  const View front = pattern.substr(0, firstStar);
-  const View back = pattern.substr(lastStar + 1);
-  if (text.size() < front.size() + back.size() || !matchesAt(text, 0, front) ||
-      !matchesAt(text, text.size() - back.size(), back)) {
-    return false;
-  }
-  text = text.substr(front.size(), text.size() - front.size() - back.size());
-  // The earliest place of a piece leaves most room for the pieces behind it, so no other place
-  // needs to be tried.
-  for (std::size_t at = firstStar; at < lastStar;) {
-    const std::size_t end = pattern.find(u'*', at + 1);
-    const View piece = pattern.substr(at + 1, end - at - 1);
-    const std::size_t place = findPiece(text, piece);
-    if (place == notFound) return false;
-    text.remove_prefix(place + piece.size());
-    at = end;
-  }
-  return true;
-}
 
 View withoutTrailingSeparators(View path) noexcept {
   while (!path.empty() && isPathSeparator(path.back())) path.remove_suffix(1);
@@ -98,6 +31,28 @@ bool samePathUnit(char16_t a, char16_t b) noexcept {
   return foldCase(a) == foldCase(b) || (isPathSeparator(a) && isPathSeparator(b));
 }
 
+bool needsRtfEscape(char16_t unit) noexcept {
+  return unit == u'\\' || unit == u'{' || unit == u'}' || unit > 127;
+}
+
+std::u16string rtfText(View text) {
+  std::u16string encoded;
+  encoded.reserve(text.size() * 2);
+  for (const char16_t unit : text) {
+    if (!needsRtfEscape(unit)) {
+      encoded += unit;
+    } else if (unit <= 127) {
+      encoded += u'\\';
+      encoded += unit;
+    } else {
+      encoded += u"\\u";
+      encoded += longAsText(static_cast<std::int16_t>(unit)).view();
+      encoded += u'?';
+    }
+  }
+  return encoded;
+}
+
 }  // namespace
 
 int kpxHasWildcard(const CString& text) noexcept {
@@ -105,49 +60,43 @@ int kpxHasWildcard(const CString& text) noexcept {
 }
 
 int kpxMatchWildcardString(const CString& text, const CString& pattern) {
-  return matches(text, pattern) ? 1 : 0;
+  return Guarded("kpxMatchWildcardString", 0,
+                 [&] { return matchesWildcards(text, pattern) ? 1 : 0; });
 }
 
 void kpxRtfEncode(CString& text) {
-  const auto needsEscape = [](char16_t unit) {
-    return unit == u'\\' || unit == u'{' || unit == u'}' || unit > 127;
-  };
-  if (std::none_of(text.begin(), text.end(), needsEscape)) return;
-  std::u16string encoded;
-  encoded.reserve(text.view().size() * 2);
-  for (const char16_t unit : text) {
-    if (!needsEscape(unit)) {
-      encoded += unit;
-    } else if (unit <= 127) {
-      encoded += u'\\';
-      encoded += unit;
-    } else {
-      encoded += u"\\u";
-      encoded += utlLongAsText(static_cast<std::int16_t>(unit)).view();
-      encoded += u'?';
-    }
-  }
-  text.units() = std::move(encoded);
+  Guarded("kpxRtfEncode", [&] {
+    if (std::any_of(text.begin(), text.end(), needsRtfEscape)) text.units() = rtfText(text);
+  });
 }
 
 void kpxUTF8Encode(CString& text) {
-  const std::string bytes = text.utf8();
-  text.units().resize(bytes.size());
-  std::transform(bytes.begin(), bytes.end(), text.units().begin(),
-                 [](char byte) { return static_cast<unsigned char>(byte); });
+  Guarded("kpxUTF8Encode", [&] {
+    const std::string bytes = text.utf8();
+    // Growing keeps the text if there is no memory for it.
+    text.units().resize(bytes.size());
+    std::transform(bytes.begin(), bytes.end(), text.units().begin(),
+                   [](char byte) { return static_cast<unsigned char>(byte); });
+  });
 }
 
 CString UTF8to16(const char* bytes, int length) {
   if (!bytes || length <= 0) return {};
-  return CString::fromUtf8({bytes, static_cast<std::size_t>(length)});
+  return Guarded("UTF8to16", CString(), [&] {
+    return CString::fromUtf8({bytes, static_cast<std::size_t>(length)});
+  });
 }
 
-CString UTF8to16(const char* text) { return text ? CString::fromUtf8(text) : CString(); }
+CString UTF8to16(const char* text) {
+  return Guarded("UTF8to16", CString(), [&] { return text ? CString::fromUtf8(text) : CString(); });
+}
 
 CString kpxChangeFormat(const CString& text, const CString& from, const CString& to) {
-  CString changed(text);
-  changed.Replace(from, to);
-  return changed;
+  return Guarded("kpxChangeFormat", CString(), [&] {
+    CString changed(text);
+    changed.Replace(from, to);
+    return changed;
+  });
 }
 
 View withoutLeadingBlanks(View text) noexcept {

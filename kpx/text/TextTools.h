@@ -16,29 +16,31 @@ KPX_API int kpxHasWildcard(const CString& text) noexcept;
 /// "?" for exactly one UTF-16 unit; everything else for itself, with case. There is no way to
 /// take a wildcard literally.
 ///
-/// The time grows with the length of the text plus that of the pattern, whatever they hold; only
-/// a piece between two "*" that has over 64 units and a "?" among them may cost its length for
-/// each unit of the text.
+/// The cost is that of `matchesWildcards`. Error number 910556.
 KPX_API int kpxMatchWildcardString(const CString& text, const CString& pattern);
 
 // --- encodings ------------------------------------------------------------------------------
 
 /// Escapes the text in place for a place in an RTF file: a backslash before backslash and braces,
 /// and \uN? for units above 127, where N is the unit as a signed 16-bit number and "?" what
-/// readers without Unicode show. Control characters and line breaks stay as they are.
+/// readers without Unicode show. Control characters and line breaks stay as they are. A failure
+/// is reported as 910557 and leaves the text as it was.
 KPX_API void kpxRtfEncode(CString& text);
 
 /// Turns the text in place into its UTF-8 bytes, one unit (0 to 255) for each byte, for ways that
-/// carry bytes in texts. A lone surrogate becomes the three bytes of its code.
+/// carry bytes in texts. A lone surrogate becomes the three bytes of its code. A failure is
+/// reported as 910558 and leaves the text as it was.
 KPX_API void kpxUTF8Encode(CString& text);
 
 /// The text of UTF-8 bytes: `length` of them, or up to the first 0. Each byte that is part of no
-/// valid sequence becomes U+FFFD. A null pointer or a negative length gives the empty text.
+/// valid sequence becomes U+FFFD. A null pointer or a negative length gives the empty text, and so
+/// does a failure, which is reported as 910559.
 KPX_API CString UTF8to16(const char* bytes, int length);
 KPX_API CString UTF8to16(const char* text);
 
 /// `text` with each occurrence of `from` replaced by `to`, from left to right; what is inserted is
-/// not searched again. An empty `from` changes nothing.
+/// not searched again. An empty `from` changes nothing. A failure is reported as 910560 and gives
+/// the empty text.
 KPX_API CString kpxChangeFormat(const CString& text, const CString& from, const CString& to);
 
 // --- blanks and paths -----------------------------------------------------------------------

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "kpx/report/Error.h"
 #include "kpx/text/internal/RealParser.h"
 
 namespace kpx {
@@ -85,11 +86,11 @@ bool VariableTable::read(std::u16string_view name, CString& text) const {
 }
 
 int utlStringToVar(const CString& name, const CString& text, const VariableTable& table) {
-  return table.write(name, text) ? 1 : 0;
+  return Guarded("utlStringToVar", 0, [&] { return table.write(name, text) ? 1 : 0; });
 }
 
 int utlVarToString(const CString& name, CString& buffer, const VariableTable& table) {
-  return table.read(name, buffer) ? 1 : 0;
+  return Guarded("utlVarToString", 0, [&] { return table.read(name, buffer) ? 1 : 0; });
 }
 
 }  // namespace kpx

@@ -52,11 +52,12 @@ class KPX_API VariableTable {
 /// Sets the variable of that name from a text, read as settings are: a number may have "," or "."
 /// as decimal sign, "---" is the undefined number, an empty text is 0, an integer beyond 32 bits
 /// the nearest limit. 1 when it was set; 0, and the variable as it was, when there is no such name
-/// or the text of a number does not begin with one.
+/// or the text of a number does not begin with one. Error number 910553.
 KPX_API int utlStringToVar(const CString& name, const CString& text, const VariableTable& table);
 
 /// Writes the value of the variable of that name into `buffer`, in the form that settings are
 /// stored in. 1 when it was written; 0, and the buffer as it was, when there is no such name.
+/// Error number 910554.
 KPX_API int utlVarToString(const CString& name, CString& buffer, const VariableTable& table);
 
 }  // namespace kpx

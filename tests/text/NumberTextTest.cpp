@@ -124,8 +124,16 @@ TEST(NumberText, WithoutMemoryReportsAndGivesTheEmptyTextOrKeepsTheOld) {
     {
       const FailingAllocations all(0);
       text = utlDoubleAsText(-1.23456789012345e-7, decimals, u'.');
-      doubleAsTextInto(kept, -1.23456789012345e-7, decimals, u'.');
     }
+    EXPECT_EQ(std::exchange(lastReport, 0), 910001) << decimals;
+    bool passed = false;
+    try {
+      const FailingAllocations all(0);
+      doubleAsTextInto(kept, -1.23456789012345e-7, decimals, u'.');
+    } catch (const std::bad_alloc&) {
+      passed = true;
+    }
+    EXPECT_TRUE(passed) << decimals;
     EXPECT_EQ(text, u"") << decimals;
     EXPECT_EQ(kept, u"old") << decimals;
     EXPECT_EQ(lastReport, 910001) << decimals;
