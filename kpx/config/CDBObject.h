@@ -22,11 +22,13 @@ class KPX_API CDBObject {
   virtual CString GetElementName() const = 0;
   /// Writes the object as one element behind the current (main) element of the document, or as
   /// the last one at this level if there is none; it becomes the current element. Answers 1;
-  /// 0 without a document, or when the document refuses the element (it then stays as it was).
+  /// 0 without a document, when the document refuses the element, or after a failure; the
+  /// document then stays as it was. A part that fails reports its number before the object does.
   virtual int serializeXML(CMarkup* document) const = 0;
   /// Reads the object from the current child element of the document. Attributes that are absent
   /// leave their fields as they are. Answers 1 when it read; 0, changing nothing, without a
-  /// document or when the child has another name. The position of the document stays.
+  /// document or when the child has another name; 0 also after a failure, with what could be read.
+  /// The position of the document stays.
   virtual int loadByXML(CMarkup* document);
 
   std::int32_t ObjectID = 0;       // in the object's store

@@ -29,7 +29,7 @@ int CFGClass::loadByXML(CMarkup* document) {
       if (fresh.loadByXML(document) == 0) continue;
       if (CFGCol* const column = Cols.find(fresh.Name)) *column = std::move(fresh);
     }
-    return 1;
+    return reader.done();
   });
 }
 
@@ -77,7 +77,9 @@ void detail::appendElement(ElementWriter& writer, const CFGClass& object) {
   writer.attribute(u" Name=\"", object.Name);
   writer.open();
   writer.reserveColumns(object.Cols.size());
-  for (const auto& entry : object.Cols) appendElement(writer, entry.value);
+  for (const auto& entry : object.Cols) {
+    appendPart("CFGCol::serializeXML", writer, entry.value);
+  }
   writer.close(object);
 }
 

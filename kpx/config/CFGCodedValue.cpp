@@ -24,7 +24,7 @@ int CFGCodedValue::loadByXML(CMarkup* document) {
     reader.read(u"ColID", ColID);
     reader.read(u"Value", Value);
     reader.read(u"Data", Data);
-    return 1;
+    return reader.done();
   });
 }
 

@@ -32,7 +32,7 @@ int CFGCol::loadByXML(CMarkup* document) {
     reader.read(u"Unit", Unit);
     const detail::InsideElement inside(*document);
     if (document->FindChildElem(u"CFGValue")) Value.loadByXML(document);
-    return 1;
+    return reader.done();
   });
 }
 
@@ -50,7 +50,7 @@ void detail::appendElement(ElementWriter& writer, const CFGCol& column) {
   writer.attribute(u" Default=\"", column.Default);
   writer.attribute(u" Unit=\"", column.Unit);
   writer.open();
-  appendElement(writer, column.Value);
+  appendPart("CFGValue::serializeXML", writer, column.Value);
   writer.close(column);
 }
 

@@ -23,7 +23,7 @@ int CFGCommand::loadByXML(CMarkup* document) {
     reader.read(u"Pos", Pos);
     reader.read(u"Caption", Caption);
     reader.read(u"Command", Command);
-    return 1;
+    return reader.done();
   });
 }
 

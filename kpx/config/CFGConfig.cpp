@@ -1,7 +1,6 @@
 #include "kpx/config/CFGConfig.h"
 
 #include <string_view>
-#include <utility>
 
 #include "kpx/config/internal/ElementReader.h"
 #include "kpx/config/internal/ElementWriter.h"
@@ -32,7 +31,7 @@ int CFGConfig::loadByXML(CMarkup* document) {
     reader.read(u"ClassID", ClassID);
     const detail::InsideElement inside(*document);
     while (document->FindChildElem(u"CFGClass")) Class.loadByXML(document);
-    return 1;
+    return reader.done();
   });
 }
 
@@ -46,8 +45,8 @@ void CFGConfig::AddSetting(const CString& value, const CString& key, const CStri
   });
 }
 
-void CFGConfig::AddColumn(CFGCol column) {
-  Guarded("CFGConfig::AddColumn", [&] { Class.AddCol(std::move(column)); });
+void CFGConfig::AddColumn(const CFGCol& column) {
+  Guarded("CFGConfig::AddColumn", [&] { Class.AddCol(column); });
 }
 
 void detail::appendElement(ElementWriter& writer, const CFGConfig& object) {
@@ -55,7 +54,7 @@ void detail::appendElement(ElementWriter& writer, const CFGConfig& object) {
   writer.attribute(u" Name=\"", object.Name);
   writer.attribute(u" ClassID=\"", object.ClassID);
   writer.open();
-  appendElement(writer, object.Class);
+  appendPart("CFGClass::serializeXML", writer, object.Class);
   writer.close(object);
 }
 

@@ -38,8 +38,9 @@ class KPX_API CFGConfig : public CDBObject {
   void AddSetting(const CString& value, const CString& key, const CString& groupText,
                   std::int32_t type, const CString& caption, std::int32_t param1, std::int32_t prec,
                   std::int32_t param5);
-  /// Adds a prepared column with `CFGClass::AddCol`. A failure is reported as 42887.
-  void AddColumn(CFGCol column);
+  /// Adds a prepared column with `CFGClass::AddCol`. A failure is reported as 42887 and nothing
+  /// is stored.
+  void AddColumn(const CFGCol& column);
 
   CFGClass Class;
   CString Name;  // the configuration's name

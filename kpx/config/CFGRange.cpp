@@ -22,7 +22,7 @@ int CFGRange::loadByXML(CMarkup* document) {
     reader.read(u"ColID", ColID);
     reader.read(u"RangeFrom", RangeFrom);
     reader.read(u"RangeTo", RangeTo);
-    return 1;
+    return reader.done();
   });
 }
 

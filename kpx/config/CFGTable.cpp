@@ -1,7 +1,5 @@
 #include "kpx/config/CFGTable.h"
 
-#include <utility>
-
 #include "kpx/config/internal/ElementReader.h"
 #include "kpx/config/internal/ElementWriter.h"
 #include "kpx/report/Error.h"
@@ -28,8 +26,8 @@ void CFGTable::AddColDef(const CString& value, const CString& key, const CString
           [&] { Class.AddCol(CFGCol(value, key, category, type, caption)); });
 }
 
-void CFGTable::AddColumn(CFGCol column) {
-  Guarded("CFGTable::AddColumn", [&] { Class.AddCol(std::move(column)); });
+void CFGTable::AddColumn(const CFGCol& column) {
+  Guarded("CFGTable::AddColumn", [&] { Class.AddCol(column); });
 }
 
 bool CFGTable::FindCol(const CString& key, CFGRow& row) const {

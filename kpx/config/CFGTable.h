@@ -40,8 +40,9 @@ class KPX_API CFGTable : public CDBObject {
   /// Category and the fifth to Caption. A failure is reported as 42863 and nothing is stored.
   void AddColDef(const CString& value, const CString& key, const CString& category,
                  std::int32_t type, const CString& caption);
-  /// Adds a prepared definition with `CFGClass::AddCol`. A failure is reported as 42864.
-  void AddColumn(CFGCol column);
+  /// Adds a prepared definition with `CFGClass::AddCol`. A failure is reported as 42864 and nothing
+  /// is stored.
+  void AddColumn(const CFGCol& column);
 
   // --- rows: named as the same operations of a row and of a CFGClass --------------------------
 

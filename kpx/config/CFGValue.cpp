@@ -23,7 +23,7 @@ int CFGValue::loadByXML(CMarkup* document) {
     reader.read(u"ColID", ColID);
     reader.read(u"RowID", RowID);
     reader.read(u"Data", Data);
-    return 1;
+    return reader.done();
   });
 }
 

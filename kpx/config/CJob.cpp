@@ -33,7 +33,7 @@ int CJob::loadByXML(CMarkup* document) {
     reader.read(u"Description", Description);
     reader.read(u"Type", Type);
     reader.read(u"SystemID", SystemID);
-    return 1;
+    return reader.done();
   });
 }
 

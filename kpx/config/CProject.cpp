@@ -36,7 +36,7 @@ int CProject::loadByXML(CMarkup* document) {
     reader.read(u"Text", Text);
     reader.read(u"DBName", DBName);
     reader.read(u"DBType", DBType);
-    return 1;
+    return reader.done();
   });
 }
 

@@ -33,7 +33,7 @@ int CUser::loadByXML(CMarkup* document) {
     reader.read(u"Name", Name);
     reader.read(u"Comment", Comment);
     reader.read(u"Password", Password);
-    return 1;
+    return reader.done();
   });
 }
 

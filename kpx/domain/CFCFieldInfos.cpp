@@ -13,11 +13,11 @@ CFCFieldInfos::~CFCFieldInfos() = default;
 
 void CFCFieldInfo::Empty() noexcept { *this = CFCFieldInfo(); }
 
-void CFCFieldInfos::Add(const CString& kind, CFCFieldInfo info) noexcept {
+void CFCFieldInfos::Add(const CString& kind, const CFCFieldInfo& info) noexcept {
   Guarded("CFCFieldInfos::Add", [&] {
     Arts.push_back(kind);
     try {
-      Infos.push_back(std::move(info));
+      Infos.push_back(info);
     } catch (...) {
       Arts.pop_back();
       throw;

@@ -64,8 +64,8 @@ class KPX_API CFCFieldInfos {
   CFCFieldInfos& operator=(CFCFieldInfos&&) noexcept = default;
   virtual ~CFCFieldInfos();
 
-  /// Appends a description. Error number 56921.
-  void Add(const CString& kind, CFCFieldInfo info) noexcept;
+  /// Appends a copy of a description. Error number 56921; nothing is added then.
+  void Add(const CString& kind, const CFCFieldInfo& info) noexcept;
   /// Copies the description at an index. False, and `info` as it was, from the end of the list on;
   /// a negative index is reported. Error number 56922.
   bool GetAt(std::int32_t index, CFCFieldInfo& info) const noexcept;

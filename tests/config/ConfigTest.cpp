@@ -1,10 +1,14 @@
 #include <gtest/gtest.h>
 
+#include <initializer_list>
+#include <set>
 #include <vector>
 
 #include "kpx/config/CFGHeader.h"
+#include "kpx/report/Error.h"
 #include "kpx/report/Exceptions.h"
 #include "kpx/xml/CMarkup.h"
+#include "tests/common/FailingAllocations.h"
 #include "tests/common/ObjectXml.h"
 #include "tests/common/TextPrinter.h"
 
@@ -180,6 +184,70 @@ TEST(Config, WritesTheSameAgainAfterReading) {
   EXPECT_EQ(xmlOf(read), xmlOf(config));
 }
 
+std::vector<int> reported;
+
+struct RecordReports {
+  RecordReports() : before(setErrorSink([](int number) noexcept { reported.push_back(number); })) {
+    reported.reserve(100);
+  }
+  ~RecordReports() { setErrorSink(before); }
+  ErrorSink before;
+};
+
+// From the part that failed to the whole, which leaves the document as it was.
+TEST(Config, FailureWhileWritingIsReportedFromTheInside) {
+  const RecordReports scope;
+  CFGConfig config = configWith({u"key"});
+  CFGCol& column = config.Class.ColAt(u"key");
+  column.Caption = CString(u'c', 1000);
+  column.Value.Value = CString(u'v', 5000);
+  std::set<std::vector<int>> seen;
+  for (int failures = 0;; ++failures) {
+    CMarkup document;
+    reported.clear();
+    {
+      const FailingAllocations failing(failures);
+      if (config.serializeXML(&document) == 1) break;
+    }
+    EXPECT_TRUE(document.GetDoc().IsEmpty());
+    seen.insert(reported);
+  }
+  for (const std::vector<int>& chain : std::initializer_list<std::vector<int>>{
+           {42920, 42905, 42893, 42885},
+           {42922, 42920, 42905, 42893, 42885},  // the name of the value's element
+           {42905, 42893, 42885},
+           {42893, 42885},
+           {42885}}) {
+    EXPECT_TRUE(seen.contains(chain)) << testing::PrintToString(chain);
+  }
+}
+
+TEST(Config, FailureWhileReadingIsAnsweredAndKeepsTheValue) {
+  const RecordReports scope;
+  const CString before(u'b', 100);
+  const CString after(u'a', 100);
+  CFGConfig file = configWith({u"first", u"second"});
+  for (auto& entry : file.Class.Cols) entry.value.Value.Value = after;
+  const CString text = xmlOf(file);
+  bool failed = true;
+  for (int failures = 0; failed; ++failures) {
+    CFGConfig config = configWith({u"first", u"second"});
+    for (auto& entry : config.Class.Cols) entry.value.Value.Value = before;
+    CMarkup document;
+    document.SetDoc(text);
+    document.FindChildElem();
+    {
+      const FailingAllocations failing(failures);
+      failed = config.loadByXML(&document) != 1;
+      EXPECT_EQ(failed, failing.hasFailed());
+    }
+    for (const auto& entry : config.Class.Cols) {
+      const CString& value = entry.value.Value.Value;
+      EXPECT_TRUE(value == after || (failed && value == before)) << value.utf8();
+    }
+  }
+}
+
 TEST(Header, CreatesItsColumnsOnceAndKeepsTheirCaptions) {
   CFGHeader header;
   EXPECT_EQ(header.Class.KeyOrder, (Keys{u"Class", u"Description"}));
@@ -219,12 +287,15 @@ TEST(Config, RepeatedAttributeIsReadAsTheDocumentReadsIt) {
 }
 
 // An object whose element could not be read back is refused, not lost.
-TEST(Config, NameThatIsNoElementNameIsRefused) {
+TEST(Config, NameThatIsNoElementNameIsRefusedAndReported) {
+  const RecordReports scope;
   for (const char16_t* name : {u"A B", u"a>b", u"X/", u"X ObjectID=\"77\" y=\""}) {
     CFGConfig config;
     config.Class.Name = name;
     CMarkup document;
+    reported.clear();
     EXPECT_EQ(config.serializeXML(&document), 0) << CString(name).utf8();
+    EXPECT_EQ(reported, std::vector<int>{42885});
     EXPECT_TRUE(document.GetDoc().IsEmpty());
   }
 }

@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
+#include "kpx/config/CFGConfig.h"
 #include "kpx/config/CFGTable.h"
+#include "kpx/report/Error.h"
 #include "tests/common/FailingAllocations.h"
 #include "tests/common/ObjectXml.h"
 #include "tests/common/TextPrinter.h"
@@ -134,16 +136,25 @@ TEST(Table, CopiesAreDeepAndAssignmentKeepsWhatOnlyTheTargetHas) {
 
 TEST(Table, FailureWhileAddingStoresNothing) {
   const CString longText(u'x', 200);
+  const CFGCol column(longText, longText, longText, ColumnType::text, longText);
   for (int after = 0; after < 4; ++after) {
     CFGRow row;
     CFGTable table;
+    CFGConfig config;
+    const GuardWatch watch;
     {
       const FailingAllocations failing(after);
       row.AddCell(longText, longText, longText, ColumnType::text, longText);
       table.AddColDef(longText, longText, longText, ColumnType::text, longText);
+      table.AddColumn(column);
+      config.AddColumn(column);
     }
+    EXPECT_TRUE(watch.hasCaught());
     EXPECT_TRUE(row.Cells.empty());
-    EXPECT_TRUE(table.Class.Cols.empty());
+    for (const CFGClass* const object : {&table.Class, &config.Class}) {
+      EXPECT_TRUE(object->Cols.empty());
+      EXPECT_TRUE(object->KeyOrder.empty());
+    }
     row.AddCell(u"1", u"A", u"", ColumnType::text, u"");
     EXPECT_EQ(valueOf(row, u"A"), u"1");
   }

@@ -54,7 +54,7 @@ int readHeaderOnly(CMarkup* document, CDBObject& object) {
   ElementReader reader(document, object);
   if (!reader.matches()) return 0;
   reader.header(object);
-  return 1;
+  return reader.done();
 }
 
 }  // namespace kpx::detail

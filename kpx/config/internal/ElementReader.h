@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "kpx/config/CDBObject.h"
+#include "kpx/report/Error.h"
 #include "kpx/xml/AttributeReader.h"
 #include "kpx/xml/CMarkup.h"
 
@@ -22,6 +23,13 @@ class ElementReader {
 
   /// Whether the child element has the element name.
   bool matches() const noexcept { return matches_; }
+  /// 1, what an object answers that has read itself. Raises `GuardedException` when a part of it,
+  /// or the document, has reported that it could not be read: that part keeps its values, and the
+  /// caller has to know.
+  int done() const {
+    watch_.passOn();
+    return 1;
+  }
 
   void header(CDBObject& object);
   void read(std::u16string_view name, CString& field) { attributes_.read(name, field); }
@@ -30,6 +38,7 @@ class ElementReader {
  private:
   void readTime(std::u16string_view name, double& field);
 
+  GuardWatch watch_;
   bool matches_ = false;
   AttributeReader attributes_;
 };

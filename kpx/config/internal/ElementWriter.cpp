@@ -2,9 +2,11 @@
 
 #include "kpx/config/CDBObject.h"
 #include "kpx/config/internal/ElementReader.h"
+#include "kpx/report/Exceptions.h"
 #include "kpx/text/NumberText.h"
 #include "kpx/text/TimeValue.h"
 #include "kpx/xml/internal/Escape.h"
+#include "kpx/xml/internal/NameUnits.h"
 
 namespace kpx::detail {
 namespace {
@@ -29,9 +31,15 @@ void appendInteger(std::u16string& out, std::int32_t value) {
 
 }  // namespace
 
+CString writableNameOf(const CDBObject& object) {
+  CString name = object.GetElementName();
+  if (!isWritableName(name)) throw InvalidArgException();
+  return name;
+}
+
 void ElementWriter::start(const CDBObject& object) {
   out_ += u'<';
-  out_ += object.GetElementName().view();
+  out_ += writableNameOf(object).view();
   attribute(u" ObjectID=\"", object.ObjectID);
   attribute(u" UserChangedID=\"", object.UserChangedID);
   attribute(u" UserCreatedID=\"", object.UserCreatedID);
@@ -64,7 +72,7 @@ void ElementWriter::timeAttribute(std::u16string_view opening, double time) {
 
 void ElementWriter::close(const CDBObject& object) {
   out_ += u"</";
-  out_ += object.GetElementName().view();
+  out_ += writableNameOf(object).view();
   open();
 }
 

@@ -5,9 +5,9 @@
 #include <string>
 #include <string_view>
 
+#include "kpx/report/Error.h"
 #include "kpx/text/CString.h"
 #include "kpx/xml/CMarkup.h"
-#include "kpx/xml/internal/NameUnits.h"
 
 namespace kpx {
 class CDBObject;
@@ -55,6 +55,10 @@ class ElementWriter {
   std::u16string& out_;
 };
 
+/// The object's element name. Raises `InvalidArgException` for one that would not read back as a
+/// name, since that would lose the object.
+CString writableNameOf(const CDBObject& object);
+
 // Each stands beside its class.
 void appendElement(ElementWriter& writer, const CFGValue& value);
 void appendElement(ElementWriter& writer, const CFGCodedValue& value);
@@ -69,16 +73,25 @@ void appendElement(ElementWriter& writer, const CUser& user);
 void appendElement(ElementWriter& writer, const CFGRow& row);
 void appendElement(ElementWriter& writer, const CFGTable& table);
 
+/// Writes an object that is a part of another one. A failure is reported under its own number and
+/// goes on to the one around it, which cannot be whole without it.
+template <class Object>
+void appendPart(OperationNumber operation, ElementWriter& writer, const Object& part) {
+  Reported(operation, [&] { appendElement(writer, part); });
+}
+
 /// Adds the object to the document as `CDBObject::serializeXML` says.
 template <class Object>
 int addElement(CMarkup* document, const Object& object) {
-  // A name that does not read back as one would lose the object.
-  if (!document || !isWritableName(object.GetElementName())) return 0;
+  if (!document) return 0;
   std::u16string text;
   ElementWriter writer(text);
   appendElement(writer, object);
   text.resize(text.size() - 2);  // the document puts its own line break behind an element
-  return document->AddSubDoc(std::u16string_view(text)) ? 1 : 0;
+  const GuardWatch watch;
+  if (document->AddSubDoc(std::u16string_view(text))) return 1;
+  watch.passOn();
+  return 0;
 }
 
 }  // namespace kpx::detail
