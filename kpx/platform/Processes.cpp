@@ -1,12 +1,22 @@
 #include "kpx/platform/Processes.h"
 
+#include "kpx/report/Error.h"
 #include "kpx/text/CaseFold.h"
 
 namespace kpx {
 
+std::vector<ProcessInfo> findProcesses(const CString& name) {
+  return Guarded("findProcesses", std::vector<ProcessInfo>(),
+                 [&] { return detail::systemProcesses(name); });
+}
+
 int endProcesses(const CString& name) {
   int ended = 0;
-  for (const ProcessInfo& process : findProcesses(name)) ended += endProcess(process.id) ? 1 : 0;
+  Guarded("endProcesses", [&] {
+    for (const ProcessInfo& process : detail::systemProcesses(name)) {
+      ended += endProcess(process.id) ? 1 : 0;
+    }
+  });
   return ended;
 }
 

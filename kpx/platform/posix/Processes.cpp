@@ -32,7 +32,7 @@ CString programName(std::string_view id) {
 
 }  // namespace
 
-std::vector<ProcessInfo> findProcesses(const CString& name) {
+std::vector<ProcessInfo> detail::systemProcesses(const CString& name) {
   std::vector<ProcessInfo> found;
   const std::unique_ptr<DIR, int (*)(DIR*)> folder(::opendir("/proc"), &::closedir);
   if (folder == nullptr) return found;

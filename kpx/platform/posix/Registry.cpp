@@ -9,22 +9,6 @@ namespace {
 
 using detail::RegistryStore;
 
-/// Carries out a change as one transaction of a store that is open.
-template <class Change>
-RegistryResult inTransaction(RegistryStore& store, Change&& change) {
-  RegistryResult result = store.begin();
-  if (!result) return result;
-  try {
-    result = change();
-    if (result) return store.commit();
-  } catch (...) {
-    store.rollBack();
-    throw;
-  }
-  store.rollBack();
-  return result;
-}
-
 class StoredKey final : public RegistryKey {
  public:
   StoredKey(std::unique_ptr<RegistryStore> store, RegistryStore::KeyId key, RegistryAccess access)
@@ -47,10 +31,9 @@ class StoredKey final : public RegistryKey {
   }
 
  private:
-  template <class Change>
-  RegistryResult change(Change&& body) {
+  RegistryResult change(const RegistryStore::Change& body) {
     if (access_ == RegistryAccess::read) return {RegistryStatus::noPermission};
-    return inTransaction(*store_, std::forward<Change>(body));
+    return store_->inTransaction(body);
   }
 
   std::unique_ptr<RegistryStore> store_;
@@ -102,7 +85,7 @@ class StoredRegistry final : public Registry {
     RegistryStore::KeyId created = RegistryStore::rootKey;
     RegistryResult result = store->openForChanges(root, true);
     if (!result) return result;
-    result = inTransaction(*store, [&] { return store->createKey(path, created); });
+    result = store->inTransaction([&] { return store->createKey(path, created); });
     if (result) key = std::make_unique<StoredKey>(std::move(store), created, access);
     return result;
   }
@@ -122,7 +105,7 @@ class StoredRegistry final : public Registry {
     RegistryStore store;
     RegistryResult result = store.openForChanges(root, true);
     if (!result) return result;
-    return inTransaction(store, [&] {
+    return store.inTransaction([&] {
       RegistryResult done;
       for (const RegistryChange& step : steps) {
         done = carryOut(store, step);
@@ -142,7 +125,7 @@ class StoredRegistry final : public Registry {
     RegistryStore store;
     RegistryResult result = store.openForChanges(root, false);
     if (!result) return result;
-    return inTransaction(store, [&] {
+    return store.inTransaction([&] {
       RegistryStore::KeyId key = RegistryStore::rootKey;
       const RegistryResult found = store.findKey(path, key);
       if (!found) return found;

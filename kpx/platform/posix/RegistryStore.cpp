@@ -142,7 +142,8 @@ CString registryStorePath(RegistryRoot root) {
 
 // --- statements -------------------------------------------------------------------------------
 
-/// A prepared statement. After the first failure the rest does nothing, and `result` tells it.
+/// A prepared statement, which must not outlive its connection. After the first failure the rest
+/// does nothing, and `result` tells it.
 class RegistryStore::Statement {
  public:
   Statement(sqlite3* connection, const char* sql) : connection_(connection) {
@@ -283,10 +284,7 @@ RegistryResult RegistryStore::connect(RegistryRoot root) {
   if (const RegistryResult result = execute("PRAGMA cell_size_check=1"); !result) return result;
   // In one transaction: another program may be creating the tables just now, and half of its marks
   // would look like damage.
-  RegistryResult result = execute("BEGIN");
-  if (result) result = checkFormat();
-  rollBack();
-  return result;
+  return transact("BEGIN", [&] { return checkFormat(); });
 }
 
 RegistryResult RegistryStore::checkFormat() {
@@ -306,29 +304,23 @@ RegistryResult RegistryStore::checkFormat() {
 }
 
 RegistryResult RegistryStore::createTables() {
-  RegistryResult result = execute("BEGIN IMMEDIATE");
-  if (!result) return result;
-  result = checkFormat();
-  if (result && !hasTables_) {
-    result = execute(
-        "CREATE TABLE keys(id INTEGER PRIMARY KEY AUTOINCREMENT, parent INTEGER NOT NULL,"
-        " folded NOT NULL, name NOT NULL, UNIQUE(parent, folded))");
-    if (result) {
-      result = execute(
-          "CREATE TABLE entries(\"key\" INTEGER NOT NULL, folded NOT NULL, name NOT NULL,"
-          " type INTEGER NOT NULL, content NOT NULL, UNIQUE(\"key\", folded))");
+  const RegistryResult result = transact("BEGIN IMMEDIATE", [&] {
+    if (const RegistryResult checked = checkFormat(); !checked) return checked;
+    if (!hasTables_) {
+      static_assert(applicationId == 1263556690 && formatVersion == 1);
+      for (const char* const step :
+           {"CREATE TABLE keys(id INTEGER PRIMARY KEY AUTOINCREMENT, parent INTEGER NOT NULL,"
+            " folded NOT NULL, name NOT NULL, UNIQUE(parent, folded))",
+            "CREATE TABLE entries(\"key\" INTEGER NOT NULL, folded NOT NULL, name NOT NULL,"
+            " type INTEGER NOT NULL, content NOT NULL, UNIQUE(\"key\", folded))",
+            "PRAGMA application_id=1263556690", "PRAGMA user_version=1"}) {
+        if (const RegistryResult done = execute(step); !done) return done;
+      }
     }
-    static_assert(applicationId == 1263556690 && formatVersion == 1);
-    if (result) result = execute("PRAGMA application_id=1263556690");
-    if (result) result = execute("PRAGMA user_version=1");
-  }
-  if (result) result = commit();
-  if (!result) {
-    rollBack();
-    return result;
-  }
-  hasTables_ = true;
-  return {};
+    return execute("COMMIT");
+  });
+  hasTables_ = result.ok();
+  return result;
 }
 
 RegistryResult RegistryStore::number(const char* sql, std::int64_t& answer) {
@@ -346,21 +338,31 @@ RegistryResult RegistryStore::checkUsable(bool forChange) const noexcept {
   return {};
 }
 
-RegistryResult RegistryStore::begin() {
+RegistryResult RegistryStore::inTransaction(const Change& change) {
   if (const RegistryResult usable = checkUsable(true); !usable) return usable;
-  return execute("BEGIN IMMEDIATE");
+  return transact("BEGIN IMMEDIATE", [&] {
+    const RegistryResult result = change();
+    return result ? execute("COMMIT") : result;
+  });
 }
 
-RegistryResult RegistryStore::commit() {
-  const RegistryResult result = execute("COMMIT");
-  if (!result) rollBack();
-  return result;
+RegistryResult RegistryStore::transact(const char* begin, const Change& body) {
+  struct End {
+    ~End() { store.rollBack(statement); }
+    RegistryStore& store;
+    Statement statement;
+  };
+  // Made beforehand: there may be no memory for it when it is needed.
+  End end{*this, Statement(connection_, "ROLLBACK")};
+  if (const RegistryResult prepared = end.statement.result(); !prepared) return prepared;
+  const RegistryResult begun = execute(begin);
+  return begun ? body() : begun;
 }
 
-void RegistryStore::rollBack() noexcept {
+void RegistryStore::rollBack(Statement& prepared) noexcept {
   // Some failures have rolled back already.
-  if (connection_ == nullptr || sqlite3_get_autocommit(connection_) != 0) return;
-  sqlite3_exec(connection_, "ROLLBACK", nullptr, nullptr, nullptr);
+  if (sqlite3_get_autocommit(connection_) != 0) return;
+  prepared.step();
 }
 
 // --- reading ----------------------------------------------------------------------------------

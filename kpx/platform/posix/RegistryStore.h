@@ -3,6 +3,7 @@
 #include <sys/types.h>
 
 #include <cstdint>
+#include <functional>
 #include <string_view>
 #include <vector>
 
@@ -16,8 +17,8 @@ namespace kpx::detail {
 /// $KPX_USER_REGISTRY and $KPX_MACHINE_REGISTRY name other ones.
 CString registryStorePath(RegistryRoot root);
 
-/// A connection to such a file, for one thread. Without `begin` every operation is a transaction
-/// of its own. Keys have a number that is never given again; 0 is the root.
+/// A connection to such a file, for one thread. Outside of `inTransaction` every operation is a
+/// transaction of its own. Keys have a number that is never given again; 0 is the root.
 ///
 /// The file may hold anything: contents are checked when they are read, and triggers and views in
 /// it are not run.
@@ -43,11 +44,10 @@ class RegistryStore {
   RegistryResult keyNames(KeyId key, std::vector<CString>& names);
   RegistryResult valueNames(KeyId key, std::vector<CString>& names);
 
-  /// What is changed between the two is stored together; without `commit` nothing is. The
-  /// operations below belong between them.
-  RegistryResult begin();
-  RegistryResult commit();
-  void rollBack() noexcept;
+  /// Carries out a change, which is stored whole or, when it fails or throws, not at all; the store
+  /// is left for others in each case. The operations below belong inside of it.
+  using Change = std::function<RegistryResult()>;
+  RegistryResult inTransaction(const Change& change);
 
   RegistryResult createKey(std::u16string_view path, KeyId& key);
   RegistryResult removeKey(KeyId key);
@@ -57,6 +57,11 @@ class RegistryStore {
 
  private:
   class Statement;
+
+  /// A transaction: `begin`, and a body that commits it or leaves it. Whatever happens in either,
+  /// nothing stays open, for which other programs would wait, and fail.
+  RegistryResult transact(const char* begin, const Change& body);
+  void rollBack(Statement& prepared) noexcept;
 
   RegistryResult connect(RegistryRoot root);
   RegistryResult checkFormat();

@@ -4,6 +4,7 @@
 // The header above comes first: this one builds on it.
 #include <lmcons.h>
 
+#include <memory>
 #include <string>
 
 namespace kpx {
@@ -49,8 +50,8 @@ CString systemMessage(int code) {
       FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
       nullptr, static_cast<DWORD>(code), MAKELANGID(LANG_NEUTRAL, SUBLANG_DEFAULT),
       reinterpret_cast<wchar_t*>(&text), 0, nullptr);
+  const std::unique_ptr<wchar_t, decltype(&::LocalFree)> owner(text, &::LocalFree);
   CString message(std::wstring_view(text != nullptr ? text : L"", length));
-  ::LocalFree(text);
   message.TrimRight();
   return message;
 }

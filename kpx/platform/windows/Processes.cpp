@@ -6,26 +6,28 @@
 
 #include <algorithm>
 
+#include "kpx/platform/windows/SystemCall.h"
 #include "kpx/text/CaseFold.h"
 
 namespace kpx {
 
-std::vector<ProcessInfo> findProcesses(const CString& name) {
+using detail::Handle;
+
+std::vector<ProcessInfo> detail::systemProcesses(const CString& name) {
   std::vector<ProcessInfo> found;
-  const HANDLE snapshot = ::CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
-  if (snapshot == INVALID_HANDLE_VALUE) return found;
+  const Handle snapshot(::CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
+  if (!snapshot.isOpen()) return found;
   const std::u16string_view wanted = detail::withoutProgramEnding(name);
   PROCESSENTRY32W entry = {};
   entry.dwSize = sizeof entry;
-  for (BOOL more = ::Process32FirstW(snapshot, &entry); more;
-       more = ::Process32NextW(snapshot, &entry)) {
+  for (BOOL more = ::Process32FirstW(snapshot.get(), &entry); more;
+       more = ::Process32NextW(snapshot.get(), &entry)) {
     if (entry.th32ProcessID == ::GetCurrentProcessId()) continue;
     ProcessInfo process{entry.th32ProcessID, CString(entry.szExeFile)};
     if (compareTextNoCase(detail::withoutProgramEnding(process.name), wanted) == 0) {
       found.push_back(std::move(process));
     }
   }
-  ::CloseHandle(snapshot);
   std::sort(found.begin(), found.end(),
             [](const ProcessInfo& a, const ProcessInfo& b) { return a.id < b.id; });
   return found;

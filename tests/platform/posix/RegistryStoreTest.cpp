@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <functional>
 #include <iterator>
+#include <new>
 
 #include "kpx/platform/Registry.h"
 #include "tests/common/posix/ChildProcess.h"
@@ -253,6 +254,56 @@ TEST_F(RegistryStoreTest, ContentsAreCheckedWhenTheyAreRead) {
     EXPECT_EQ(key->keyNames(names).status, RegistryStatus::damaged) << name;
     EXPECT_EQ(names.size(), 1u);
   }
+}
+
+// Memory of the store's own, which fails in the order in which it is asked for.
+int allocationsLeft = -1;
+sqlite3_mem_methods methods;
+
+void* allocate(int size) {
+  if (allocationsLeft == 0) return nullptr;
+  if (allocationsLeft > 0) --allocationsLeft;
+  return methods.xMalloc(size);
+}
+void* reallocate(void* memory, int size) {
+  if (allocationsLeft == 0) return nullptr;
+  if (allocationsLeft > 0) --allocationsLeft;
+  return methods.xRealloc(memory, size);
+}
+
+/// Whatever step fails, no transaction stays open that other programs would wait for.
+TEST_F(RegistryStoreTest, LackOfMemoryLeavesNoTransactionOpen) {
+  sqlite3_shutdown();
+  ASSERT_EQ(sqlite3_config(SQLITE_CONFIG_GETMALLOC, &methods), SQLITE_OK);
+  sqlite3_mem_methods failing = methods;
+  failing.xMalloc = allocate;
+  failing.xRealloc = reallocate;
+  ASSERT_EQ(sqlite3_config(SQLITE_CONFIG_MALLOC, &failing), SQLITE_OK);
+  const RegistryValue value = RegistryValue::ofBytes(std::string(5000, 'x'));
+  int failures = 0;
+  for (const bool creates : {false, true}) {
+    const Key key = created(u"A");
+    for (int count = 0; count < 2000; ++count) {
+      if (creates) std::filesystem::remove(userFile());
+      bool done = false;
+      Key made;
+      allocationsLeft = count;
+      try {
+        done = creates ? registry().create(user, u"B", RegistryAccess::readWrite, made).ok()
+                       : key->write(u"x", value).ok();
+      } catch (const std::bad_alloc&) {
+        ++failures;
+      }
+      allocationsLeft = -1;
+      execute("BEGIN IMMEDIATE; ROLLBACK");  // another program, which does not even wait
+      ASSERT_FALSE(HasFailure()) << count;
+      if (done) break;
+    }
+    EXPECT_TRUE(creates || key->write(u"x", value)) << "the handle is good afterwards";
+  }
+  EXPECT_GT(failures, 50);
+  sqlite3_shutdown();
+  sqlite3_config(SQLITE_CONFIG_MALLOC, &methods);
 }
 
 TEST_F(RegistryStoreTest, TriggersOfTheFileDoNotRun) {
