@@ -107,16 +107,16 @@ constexpr int textIds[] = {1581, 2094, 1583, 1821, 1579, 163, 170, 1584, 2093, 1
 void textKpx(benchmark::State& state) {
   kpx::addBuiltInTexts();
   for ([[maybe_unused]] auto _ : state) {
-    for (const int id : textIds) benchmark::DoNotOptimize(&kpx::GetMLT(id));
+    for (const int id : textIds) benchmark::DoNotOptimize(kpx::GetMLT(id));
   }
   state.SetItemsProcessed(state.iterations() * static_cast<int>(std::size(textIds)));
 }
 void textMap(benchmark::State& state) {
   // As many as a full table has.
   std::unordered_map<int, std::u16string> texts;
-  for (int id = 1; id <= 8300; ++id) texts.emplace(id, u"some text");
+  for (int id = 1; id <= 8300; ++id) texts.emplace(id, u"a text as long as those here");
   for ([[maybe_unused]] auto _ : state) {
-    for (const int id : textIds) benchmark::DoNotOptimize(&texts.find(id)->second);
+    for (const int id : textIds) benchmark::DoNotOptimize(std::u16string(texts.find(id)->second));
   }
   state.SetItemsProcessed(state.iterations() * static_cast<int>(std::size(textIds)));
 }

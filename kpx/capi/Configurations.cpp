@@ -85,7 +85,7 @@ std::int32_t typeOf(ValueKind kind) noexcept {
 }
 
 /// Many captions and groups are stored as the number of a text.
-CString currentText(const CString& stored) {
+CString currentText(CString stored) {
   constexpr int mostDigits = 9;  // fits into 32 bits
   std::int32_t number = 0;
   if (stored.IsEmpty() || stored.GetLength() > mostDigits) return stored;
@@ -93,8 +93,8 @@ CString currentText(const CString& stored) {
     if (unit < u'0' || unit > u'9') return stored;
     number = 10 * number + (unit - u'0');
   }
-  const CString& text = GetMLT(number);
-  return text.IsEmpty() ? stored : text;
+  const std::u16string_view text = storedText(number);
+  return text.empty() ? stored : CString(text);
 }
 
 }  // namespace

@@ -44,8 +44,8 @@ int32_t kpx_c_text(int32_t number, kpx_c_unit* buffer, int32_t capacity, int32_t
   return answer("kpx_c_text", [&] {
     if (!clearBuffer(buffer, capacity, length)) return failArgument();
     needTexts();
-    const CString& text = GetMLT(number);
-    if (text.IsEmpty()) return fail(KPX_C_NO_TEXT, u"there is no text of this number");
+    const std::u16string_view text = storedText(number);
+    if (text.empty()) return fail(KPX_C_NO_TEXT, u"there is no text of this number");
     return store(text, buffer, capacity, length);
   });
 }

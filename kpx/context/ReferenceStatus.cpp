@@ -51,7 +51,7 @@ void fill(OperationNumber operation, std::span<const Status> list, std::vector<C
       if (!isKnown(status, withAutomatic, limit)) continue;
       CString text(status.code);
       text += u' ';
-      text += GetMLT(status.textId);
+      text += storedText(status.textId);
       shown.push_back(std::move(text));
       numbers.push_back(status.value);
     }

@@ -1,8 +1,12 @@
 #include "kpx/context/TextStart.h"
 
+#include <algorithm>
+#include <vector>
+
 #include "kpx/context/ApplicationContext.h"
 #include "kpx/context/Folders.h"
 #include "kpx/context/internal/SettingsValue.h"
+#include "kpx/platform/FileSystem.h"
 #include "kpx/report/Error.h"
 #include "kpx/report/Trace.h"
 #include "kpx/settings/CFGProjectSettingsIntern.h"
@@ -32,60 +36,101 @@ bool isAlkisProject() {
   return settings && settings->getIsAlkis() != 0;
 }
 
-int fillTexts(const CString& language) {
+void fillTexts(const CString& language) {
   addBuiltInTexts();
   useProjectWording(isAlkisProject());
   for (const CString& file : languageFiles(language)) LoadMLTFile(file);
-  return 1;
+}
+
+/// The name as the folder has it: exactly so, else the first that differs in its case only. As it
+/// is when there is neither.
+CString nameInFolder(const CString& folder, const CString& name) {
+  std::vector<CString> names;
+  if (!fileSystem().list(folder, names)) return name;  // files may be read there all the same
+  if (std::ranges::binary_search(names, name)) return name;
+  const auto found = std::ranges::find_if(
+      names, [&](const CString& each) { return each.CompareNoCase(name) == 0; });
+  return found != names.end() ? *found : name;
 }
 
 }  // namespace
 
-CString chosenLanguage() { return detail::readSettingsValue({}, u"Language").text; }
+CString chosenLanguage() {
+  return Guarded("chosenLanguage", CString(),
+                 [] { return detail::readSettingsValue({}, u"Language").text; });
+}
 
 CString languageFileName(const CString& language) {
-  const int open = language.Find(u'[');
-  if (open < 0) return {};
-  CString name = language.Mid(open + 1);
-  name.Remove(u']');
-  name.Trim();
-  // What may not leave the folder of an archive may not leave this one.
-  CString path;
-  const bool staysInside =
-      name.FindOneOf(u"/\\") < 0 && detail::zipEntryPath(name, path) == ZipStatus::done;
-  return staysInside ? name : CString();
+  return Guarded("languageFileName", CString(), [&] {
+    const int open = language.Find(u'[');
+    if (open < 0) return CString();
+    CString name = language.Mid(open + 1);
+    name.Remove(u']');
+    name.Trim();
+    // What may not leave the folder of an archive may not leave this one.
+    CString path;
+    const bool staysInside =
+        name.FindOneOf(u"/\\") < 0 && detail::zipEntryPath(name, path) == ZipStatus::done;
+    return staysInside ? name : CString();
+  });
 }
 
 std::vector<CString> languageFiles(const CString& language) {
-  const CString chosen = CString(language).Trim();
-  const CString folder = textFolder();
-  if (chosen.IsEmpty() || chosen == german || folder.IsEmpty()) return {};
-  std::vector<CString> files{joinPath(folder, CString(englishFile))};
-  const CString file = languageFileName(chosen);
-  if (!file.IsEmpty() && file.CompareNoCase(englishFile) != 0) {
-    files.push_back(joinPath(folder, file));
-  }
-  return files;
+  return Guarded("languageFiles", std::vector<CString>(), [&] {
+    const CString chosen = CString(language).Trim();
+    std::vector<CString> files;
+    if (chosen.IsEmpty() || chosen == german) return files;
+    for (const CString& name : {CString(englishFile), languageFileName(chosen)}) {
+      CString path = languageFilePath(name);
+      const bool isNew = files.empty() || files.front() != path;
+      if (!path.IsEmpty() && isNew) files.push_back(std::move(path));
+    }
+    return files;
+  });
 }
 
 CString textFolder() {
-  const CString programs = kpxGetProgPath();
-  // Without a program folder, the current folder is nobody's place for texts.
-  return programs.IsEmpty() ? CString() : joinPath(programs, u"MLT");
+  return Guarded("textFolder", CString(), [] {
+    const CString programs = kpxGetProgPath();
+    // Without a program folder, the current folder is nobody's place for texts.
+    return programs.IsEmpty() ? CString() : joinPath(programs, u"MLT");
+  });
+}
+
+CString languageFilePath(const CString& name) {
+  return Guarded("languageFilePath", CString(), [&] {
+    const CString folder = textFolder();
+    if (folder.IsEmpty() || name.IsEmpty()) return CString();
+    return joinPath(folder, nameInFolder(folder, name));
+  });
 }
 
 void useProjectWording(bool isAlkis) {
   if (!isAlkis) return;
-  for (const Wording& wording : alkisWording) AddMLT(wording.id, CString(wording.text));
+  Guarded("useProjectWording", [] {
+    const GuardWatch watch;
+    for (const Wording& wording : alkisWording) AddMLT(wording.id, CString(wording.text));
+    watch.passOn();
+  });
 }
 
 int initTexts(const CString& language) {
-  return Guarded("InitMLT", 0, [&] { return fillTexts(language); });
+  return Guarded("InitMLT", 0, [&] {
+    const GuardWatch watch;
+    fillTexts(language);
+    watch.passOn();
+    return 1;
+  });
 }
 
 int InitMLT() {
   const TraceScope trace("InitMLT");
-  return Guarded("InitMLT", 0, [] { return fillTexts(chosenLanguage()); });
+  return Guarded("InitMLT", 0, [] {
+    const GuardWatch watch;
+    fillTexts(chosenLanguage());
+    watch.passOn();
+    return 1;
+  });
 }
 
 }  // namespace kpx

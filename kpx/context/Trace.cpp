@@ -9,6 +9,7 @@
 #include "kpx/platform/Clock.h"
 #include "kpx/platform/ExclusiveFile.h"
 #include "kpx/platform/Folders.h"
+#include "kpx/report/Error.h"
 #include "kpx/text/Formatter.h"
 #include "kpx/text/TextTools.h"
 
@@ -35,13 +36,15 @@ void traceScope(const char* name, bool entering) noexcept {
 }  // namespace
 
 CString traceFilePath() {
-  CString folder(sharedDebugFolder);
-  if (folder.IsEmpty()) {
-    folder = userDataFolder();
-    if (folder.IsEmpty()) return folder;
-    folder = joinPath(folder, u"KPX/TmvDebug");
-  }
-  return joinPath(folder, u"KpxBaseObjectsRel.TXT");
+  return Guarded("traceFilePath", CString(), [] {
+    CString folder(sharedDebugFolder);
+    if (folder.IsEmpty()) {
+      folder = userDataFolder();
+      if (folder.IsEmpty()) return folder;
+      folder = joinPath(folder, u"KPX/TmvDebug");
+    }
+    return joinPath(folder, u"KpxBaseObjectsRel.TXT");
+  });
 }
 
 bool openTrace(const CString& path) noexcept {

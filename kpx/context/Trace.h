@@ -21,7 +21,7 @@ namespace kpx {
 /// The file that is opened when the library is loaded with the switch "Tracing" on: on Windows
 /// "C:\Temp\TmvDebug\KpxBaseObjectsRel.TXT"; elsewhere "KPX/TmvDebug/KpxBaseObjectsRel.TXT" in the
 /// user's data folder, readable by nobody else. A folder that is missing is not created: then
-/// nothing is traced.
+/// nothing is traced. Empty when that folder is not known. Error number 910362.
 KPX_API CString traceFilePath();
 
 /// Opens a trace file, emptying it; one that is left open is closed first. Other programs cannot

@@ -232,6 +232,7 @@ inline constexpr ErrorEntry errorTable[] = {
     {910360, "chosenLanguage"},
     {910361, "useProjectWording"},
     {910362, "traceFilePath"},
+    {910363, "languageFiles"},
     {910401, "kpx_c_start_texts"},
     {910402, "kpx_c_text"},
     {910403, "kpx_c_class_count"},

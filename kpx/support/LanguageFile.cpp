@@ -5,10 +5,10 @@
 #include <utility>
 
 #include "kpx/platform/FileSystem.h"
+#include "kpx/report/Error.h"
 #include "kpx/report/Exceptions.h"
 #include "kpx/support/Archive.h"
 #include "kpx/support/internal/BuiltInTexts.h"
-#include "kpx/support/TextStore.h"
 
 namespace kpx {
 namespace {
@@ -52,7 +52,27 @@ void apply(std::int32_t id, const ArchivedText& text) {
   CString withLineFeeds;
   text.assignTo(withLineFeeds);
   withLineFeeds.Replace(u"\r\n", u"\n");
-  AddMLT(id, std::move(withLineFeeds));
+  detail::textPlace(id) = std::move(withLineFeeds);
+}
+
+void readInto(TextList& list, std::string_view bytes, LanguageFileResult& result) {
+  EntryReader reader(bytes);
+  try {
+    reader.readHead(list);
+    result.announced = reader.count();
+    list.entries.reserve(reader.mostEntries());
+    for (;;) {
+      result.end = reader.position();
+      std::int32_t id = 0;
+      ArchivedText text;
+      if (!reader.next(id, text)) break;
+      text.assignTo(list.entries.emplace_back(TextEntry{id, CString()}).text);
+    }
+  } catch (const ArchiveEndException&) {
+    result.isWhole = false;
+  } catch (const InvalidArgException&) {  // a text longer than any can be
+    result.isWhole = false;
+  }
 }
 
 }  // namespace
@@ -73,23 +93,11 @@ int LoadMLTFile(const CString& path) {
 LanguageFileResult readLanguageFile(std::string_view bytes, TextList& list) {
   list = TextList();
   LanguageFileResult result;
-  EntryReader reader(bytes);
-  try {
-    reader.readHead(list);
-    result.announced = reader.count();
-    list.entries.reserve(reader.mostEntries());
-    for (;;) {
-      result.end = reader.position();
-      std::int32_t id = 0;
-      ArchivedText text;
-      if (!reader.next(id, text)) break;
-      text.assignTo(list.entries.emplace_back(TextEntry{id, CString()}).text);
-    }
-  } catch (const ArchiveEndException&) {
-    result.isWhole = false;
-  } catch (const InvalidArgException&) {  // a text longer than any can be
-    result.isWhole = false;
-  }
+  result.hasFailed = !Guarded("readLanguageFile", false, [&] {
+    readInto(list, bytes, result);
+    return true;
+  });
+  if (result.hasFailed) result.isWhole = false;
   return result;
 }
 

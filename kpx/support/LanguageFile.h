@@ -42,12 +42,14 @@ struct TextList {
 /// How far a language file could be read.
 struct LanguageFileResult {
   bool isWhole = true;         // everything that it announces is there
+  bool hasFailed = false;      // without memory, which says nothing about the file; see below
   std::size_t end = 0;         // offset of the first byte that was not read
   std::int32_t announced = 0;  // the number of texts that the file says it holds
 };
 
 /// Reads a language file as it is: CR LF and empty texts stay. What is there before an early end is
-/// kept. Never takes more memory than a small multiple of the file. Throws std::bad_alloc only.
+/// kept. Never takes more memory than a small multiple of the file. Nothing is thrown: missing
+/// memory is reported as 910502, and the result says that reading has failed.
 KPX_API LanguageFileResult readLanguageFile(std::string_view bytes, TextList& list);
 
 /// The bytes of a language file. Requires fewer than 2^31 texts.

@@ -5,6 +5,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "kpx/report/Error.h"
 #include "kpx/support/internal/BuiltInTexts.h"
 
 namespace kpx {
@@ -27,37 +28,38 @@ struct Release {
 };
 const Release release;
 
-/// The answer for ids without a text. Never destroyed, because destructors of other libraries
-/// may still ask when this one has been unloaded.
-const CString& noText() noexcept {
-  union Kept {
-    CString text;
-    Kept() noexcept : text() {}
-    ~Kept() {}
-  };
-  static const Kept kept;
-  return kept.text;
-}
-
 std::u16string_view textOf(const char16_t* units, const detail::BuiltInText& entry) noexcept {
   return {units + entry.offset, entry.length};
 }
 
 }  // namespace
 
-const CString& GetMLT(std::int32_t id) noexcept {
+CString GetMLT(std::int32_t id) noexcept {
+  try {
+    return CString(storedText(id));
+  } catch (...) {
+    return {};  // labels are looked up while errors are shown, so this is none to report
+  }
+}
+
+std::u16string_view storedText(std::int32_t id) noexcept {
   // Negative ids become large ones.
   const auto index = static_cast<std::uint32_t>(id);
   if (index < endFlat) {
     const CString* block = blocks[index / blockSize];
-    return block ? block[index % blockSize] : noText();
+    return block ? block[index % blockSize].view() : std::u16string_view();
   }
-  if (!others) return noText();
+  if (!others) return {};
   const auto found = others->find(id);
-  return found == others->end() ? noText() : found->second;
+  return found == others->end() ? std::u16string_view() : found->second.view();
 }
 
-void AddMLT(std::int32_t id, CString text) { detail::textPlace(id) = std::move(text); }
+void AddMLT(std::int32_t id, const CString& text) {
+  Guarded("AddMLT", [&] {
+    CString copy = text;  // `text` may be a part of the store
+    detail::textPlace(id) = std::move(copy);
+  });
+}
 
 void addBuiltInTexts() {
   detail::addTexts(detail::builtInUnits, {detail::builtInTexts, detail::builtInTextCount});

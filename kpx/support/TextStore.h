@@ -14,15 +14,20 @@ namespace kpx {
 // Nothing is locked: the store is filled at start-up on one thread. Reading from several threads
 // is safe while nobody adds.
 
-/// The text of an id, or the empty text when it has none. Never allocates, throws or reports.
-/// The reference is valid until the text of that id is replaced; adding others leaves it alone.
-KPX_API const CString& GetMLT(std::int32_t id) noexcept;
+/// The text of an id; the empty text when it has none, and when there is no memory for the copy,
+/// which stays whatever becomes of the store. Never throws or reports.
+KPX_API CString GetMLT(std::int32_t id) noexcept;
 
-/// Sets the text of an id, in place of any that it had. Throws std::bad_alloc, with the store as
-/// it was.
-KPX_API void AddMLT(std::int32_t id, CString text);
+/// The same without a copy, for those who only look: valid until the text of that id is replaced
+/// or the library is unloaded; adding others leaves it alone.
+KPX_API std::u16string_view storedText(std::int32_t id) noexcept;
 
-/// Adds the German texts that are built into the library, in the order of their table.
+/// Sets the text of an id, in place of any that it had. A failure is reported as 910501, with the
+/// store as it was.
+KPX_API void AddMLT(std::int32_t id, const CString& text);
+
+/// Adds the German texts that are built into the library, in the order of their table. Throws
+/// std::bad_alloc, with those before it added, since nobody can go on without texts unawares.
 KPX_API void addBuiltInTexts();
 
 /// The built-in German text of an id, whatever the store holds for it now; empty when there is

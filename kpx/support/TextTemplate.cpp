@@ -80,13 +80,13 @@ bool takeSameValues(std::u16string_view one, std::u16string_view other) noexcept
 }
 
 std::u16string_view templateText(std::int32_t id, std::u16string_view german) noexcept {
-  const std::u16string_view text = GetMLT(id);
+  const std::u16string_view text = storedText(id);
   return !text.empty() && takeSameValues(text, german) ? text : german;
 }
 
 std::u16string_view templateText(std::int32_t id) noexcept {
   const std::u16string_view german = builtInText(id);
-  return german.empty() ? GetMLT(id).view() : templateText(id, german);
+  return german.empty() ? storedText(id) : templateText(id, german);
 }
 
 }  // namespace kpx

@@ -32,7 +32,7 @@ TEST(LoadOrder, HundredRoundsLeaveNothingBehind) {
       ASSERT_TRUE(library.isLoaded());
       // Something of everything that lives as long as the library does.
       library.function<void()>("_ZN3kpx15addBuiltInTextsEv")();
-      const auto getText = library.function<const CString&(std::int32_t)>("_ZN3kpx6GetMLTEi");
+      const auto getText = library.function<CString(std::int32_t)>("_ZN3kpx6GetMLTEi");
       ASSERT_EQ(getText(614), u"Fehler");
       library.function<void(const CString&)>("_ZN3kpx16kpxSetSystemPathERKNS_7CStringE")(
           scope.systemFolder());

@@ -11,6 +11,7 @@
 #include "kpx/support/LanguageFile.h"
 #include "kpx/support/TextStore.h"
 #include "kpx/support/TextTemplate.h"
+#include "tests/common/FailingAllocations.h"
 #include "tests/common/TextPrinter.h"
 #include "tests/context/ContextScope.h"
 
@@ -92,6 +93,45 @@ TEST_F(TextStart, TheDiagnosisTellsOfTheFilesInForce) {
     EXPECT_EQ(files, each.files) << CString(each.language).utf8();
     EXPECT_EQ(areInOrder, each.areInOrder) << CString(each.language).utf8();
   }
+}
+
+TEST_F(TextStart, FilesAreFoundWhateverTheirCase) {
+  const auto mlt = scope.folder.path() / "programs" / "MLT";
+  std::filesystem::rename(mlt / "ENG.LNG", mlt / "eng.lng");
+  for (const char16_t* const language : {u"Dansk [dan.lng]", u"Dansk [Dan.Lng]"}) {
+    ASSERT_EQ(initTexts(language), 1);
+    EXPECT_EQ(GetMLT(1), u"Alignments");
+    EXPECT_EQ(GetMLT(12), u"redigeres");
+  }
+  for (const char16_t* const language : {u"English [ENG.LNG]", u"English [eng.lng]"}) {
+    ASSERT_EQ(initTexts(language), 1);
+    EXPECT_EQ(GetMLT(12), u"editing");
+  }
+  EXPECT_TRUE(languageFilePath(u"fin.lng").EndsWith(u"fin.lng"));
+  EXPECT_EQ(languageFilePath(u""), u"");
+
+  // Where both can be there, each is a file of its own.
+  write("MLT/ENG.LNG", {{1, u"Base"}, {12, u"base"}});
+  if (!std::filesystem::equivalent(mlt / "ENG.LNG", mlt / "eng.lng")) {
+    write("MLT/eng.lng", {{12, u"second"}});
+    ASSERT_EQ(initTexts(u"English [eng.lng]"), 1);
+    EXPECT_EQ(GetMLT(1), u"Base");
+    EXPECT_EQ(GetMLT(12), u"second");
+  }
+}
+
+TEST_F(TextStart, FailureOfAnyStepIsAnswered) {
+  setLanguage(RegistryRoot::currentUser, u"Dansk [DAN.LNG]");
+  int failures = 0;
+  for (int done = 0; done == 0; ++failures) {
+    detail::clearTexts();
+    kpxSetProgPath(scope.folder / "programs");
+    FailingAllocations failing(failures);
+    done = InitMLT();
+    EXPECT_EQ(done == 1, !failing.hasFailed());
+  }
+  EXPECT_GT(failures, 20);
+  EXPECT_EQ(GetMLT(12), u"redigeres");
 }
 
 TEST_F(TextStart, TheUsersLanguageComesBeforeTheMachines) {

@@ -15,7 +15,7 @@ TEST(FullTexts, EveryIdHasTheLastOfItsTexts) {
   addBuiltInTexts();
   int found = 0;
   for (std::int32_t id = -1; id < 20000; ++id) {
-    const CString& text = GetMLT(id);
+    const CString text = GetMLT(id);
     EXPECT_EQ(CString(builtInText(id)), text);
     if (text.IsEmpty()) continue;
     ++found;

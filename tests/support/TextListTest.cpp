@@ -12,6 +12,7 @@
 #include "kpx/support/TextStore.h"
 #include "kpx/support/TextTable.h"
 #include "kpx/support/TextTemplate.h"
+#include "tests/common/FailingAllocations.h"
 #include "tests/common/FaultyFileSystem.h"
 #include "tests/common/TemporaryFolder.h"
 #include "tests/common/TextPrinter.h"
@@ -81,6 +82,14 @@ TEST_F(LanguageFile, KeepsWhatStandsBeforeAnEarlyEnd) {
   CArchive(&bytes) << std::uint32_t{0} << CString() << std::int32_t{0x7FFFFFFF} << std::int32_t{1};
   TextList part;
   EXPECT_FALSE(readLanguageFile(bytes, part).isWhole);
+  // Missing memory is told apart from a file that ends early.
+  for (int count = 0; count < 3; ++count) {
+    const FailingAllocations failing(count);
+    const LanguageFileResult result = readLanguageFile(whole, part);
+    EXPECT_EQ(result.hasFailed, failing.hasFailed());
+    EXPECT_EQ(result.isWhole, !failing.hasFailed());
+  }
+  EXPECT_FALSE(readLanguageFile(whole.substr(1), part).hasFailed);
 }
 
 TEST_F(LanguageFile, WhatCannotBeOpenedChangesNothing) {

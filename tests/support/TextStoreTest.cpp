@@ -6,6 +6,8 @@
 #include <thread>
 #include <vector>
 
+#include "kpx/report/Error.h"
+#include "tests/common/FailingAllocations.h"
 #include "tests/common/TextPrinter.h"
 
 namespace kpx {
@@ -35,15 +37,31 @@ TEST(TextStore, KeepsTheLastTextOfEachIdApart) {
   }
 }
 
-TEST(TextStore, ReferencesOutliveTheAddingOfOthers) {
-  AddMLT(100001, u"a text too long to be kept in place");
-  const CString& text = GetMLT(100001);
-  const char16_t* const units = text.GetString();
-  for (std::int32_t id = 100002; id < 102000; ++id) AddMLT(id, u"another text");
-  EXPECT_EQ(&GetMLT(100001), &text);
-  EXPECT_EQ(GetMLT(100001).GetString(), units);
-  AddMLT(100001, GetMLT(100001));
-  EXPECT_EQ(GetMLT(100001), u"a text too long to be kept in place");
+TEST(TextStore, ATextStaysWithItsCallerWhenAnotherIsLaidOverIt) {
+  for (const std::int32_t id : {1, 100001}) {
+    AddMLT(id, u"a text too long to be kept in place");
+    const CString& text = GetMLT(id);  // as callers have always held it
+    const std::u16string_view view = storedText(id);
+    for (std::int32_t other = 100002; other < 102000; ++other) AddMLT(other, u"another text");
+    EXPECT_EQ(storedText(id).data(), view.data()) << "the view outlives the adding of others";
+    AddMLT(id, u"ein Text, der ebenso lang ist wie jener");
+    EXPECT_EQ(text, u"a text too long to be kept in place");
+  }
+}
+
+TEST(TextStore, LackOfMemoryGivesTheEmptyTextAndKeepsTheStore) {
+  AddMLT(1, u"a text too long to be kept in place");
+  const CString other = u"another text that needs memory";
+  const ErrorCounts before = errorCounts();
+  {
+    const FailingAllocations all(0);
+    EXPECT_TRUE(GetMLT(1).IsEmpty());
+    EXPECT_EQ(errorCounts().reported, before.reported);
+    AddMLT(1, other);
+    AddMLT(100003, other);
+  }
+  EXPECT_EQ(errorCounts().reported, before.reported + 2);
+  EXPECT_EQ(GetMLT(1), u"a text too long to be kept in place");
 }
 
 TEST(TextStore, BuiltInTextsReplaceOthersAndAreKeptApartFromThem) {

@@ -1,6 +1,7 @@
 #include "tools/kpx/TextLists.h"
 
 #include <limits>
+#include <new>
 #include <utility>
 
 #include "kpx/support/TextTable.h"
@@ -24,6 +25,7 @@ bool isJson(std::string_view bytes) {
 
 void readBinary(std::string_view bytes, ReadTexts& read) {
   const LanguageFileResult result = readLanguageFile(bytes, read.list);
+  if (result.hasFailed) throw std::bad_alloc();
   if (!result.isWhole) {
     read.problems.push_back(read.name + ": ends early, behind " +
                             std::to_string(read.list.entries.size()) + " of " +

@@ -50,7 +50,7 @@ CString languageValue(const std::string& argument) {
 /// The texts as a program of the suite has them. A language that was asked for has to be there.
 void useLanguage(const CString& language, bool askedFor) {
   const CString name = languageFileName(language);
-  const CString file = joinPath(textFolder(), name);
+  const CString file = languageFilePath(name);
   if (askedFor && !language.IsEmpty()) {
     if (name.IsEmpty()) {
       throw Failure(Exit::input, shown(language) + ": names no file that a language can have");
@@ -70,14 +70,14 @@ Exit get(const Arguments& arguments) {
       for (const TextEntry& entry : requireTexts(file).entries) {
         CString text = entry.text;
         text.Replace(u"\r\n", u"\n");
-        if (!text.IsEmpty()) AddMLT(entry.id, std::move(text));
+        if (!text.IsEmpty()) AddMLT(entry.id, text);
       }
     }
   } else {
     const bool askedFor = !arguments.language.empty();
     useLanguage(askedFor ? languageValue(arguments.language) : chosenLanguage(), askedFor);
   }
-  const CString& text = GetMLT(arguments.id);
+  const CString text = GetMLT(arguments.id);
   if (arguments.json) {
     printJson({{"id", arguments.id}, {"text", shown(text)}});
   } else if (!text.IsEmpty()) {

@@ -7,6 +7,8 @@
 #include <vector>
 
 #include "kpx/platform/CommandLine.h"
+#include "kpx/report/Error.h"
+#include "kpx/report/Exceptions.h"
 #include "kpx/support/TextStore.h"
 #include "tools/kpx/Exit.h"
 #include "tools/kpx/Output.h"
@@ -30,14 +32,21 @@ Exit run(const Action& action) {
   try {
     // Group texts of settings are looked up when they are created.
     addBuiltInTexts();
+    const GuardWatch watch;
     const Exit exit = action();
     finishOutput();
+    // What the library has answered with nothing is not to pass for an answer.
+    if (exit == Exit::success) watch.passOn();
     return exit == Exit::notWritten ? notWritten() : exit;
   } catch (const OutputFailure& failure) {
     return notTold(failure.what(), Exit::notWritten);
   } catch (const Failure& failure) {
     complain(failure.what());
     return failure.code() == Exit::notWritten ? notWritten() : failure.code();
+  } catch (const GuardedException&) {
+    return notTold(
+        "an unexpected failure on the way, such as missing memory; the error log has its number",
+        Exit::input);
   } catch (const std::bad_alloc&) {
     return notTold("not enough memory", Exit::input);
   } catch (const std::exception& error) {

@@ -108,7 +108,7 @@ std::int32_t lend(std::u16string_view text, const kpx_c_unit** units,
 void needTexts() {
   constexpr std::int32_t anyBuiltInText = 1;
   [[maybe_unused]] static const bool isDone = [] {
-    if (GetMLT(anyBuiltInText).IsEmpty()) addBuiltInTexts();
+    if (storedText(anyBuiltInText).empty()) addBuiltInTexts();
     return true;
   }();
 }

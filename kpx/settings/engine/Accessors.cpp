@@ -9,7 +9,7 @@
 
 namespace kpx {
 
-CString SettingText::get() const { return isLookedUp() ? GetMLT(id) : CString(literal); }
+CString SettingText::get() const { return isLookedUp() ? storedText(id) : literal; }
 
 namespace detail {
 namespace {
