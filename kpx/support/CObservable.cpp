@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "kpx/report/Error.h"
+
 namespace kpx {
 
 IObserver::~IObserver() = default;
@@ -27,8 +29,10 @@ class CObservable::Walk {
 };
 
 void CObservable::addObserver(IObserver* observer) {
-  observers_.push_back({observer, false});
-  ++count_;
+  Guarded("CObservable::addObserver", [&] {
+    observers_.push_back({observer, false});
+    ++count_;
+  });
 }
 
 void CObservable::deleteObserver(IObserver* observer) noexcept {
@@ -55,14 +59,14 @@ void CObservable::deleteObservers() noexcept {
 
 void CObservable::notifyObservers() {
   if (changed_ == 0) return;
-  {
+  Reported("CObservable::notifyObservers", [&] {
     const Walk walk(*this);
     const std::size_t registered = observers_.size();
     for (std::size_t i = 0; i < registered; ++i) {
       const Entry entry = observers_[i];
       if (!entry.removed && entry.observer != nullptr) entry.observer->update(this);
     }
-  }
+  });
   clearChanged();
 }
 

@@ -30,7 +30,8 @@ class KPX_API CObservable {
   CObservable& operator=(const CObservable&) = delete;
   virtual ~CObservable();
 
-  /// Adds an observer behind the others. One that is added twice is notified twice.
+  /// Adds an observer behind the others. One that is added twice is notified twice. A failure is
+  /// reported as 910503; the observer is not registered then.
   void addObserver(IObserver* observer);
   /// Removes the first entry of the observer; one that is not registered changes nothing.
   void deleteObserver(IObserver* observer) noexcept;
@@ -45,8 +46,8 @@ class KPX_API CObservable {
   /// When the subject was marked as changed: updates every observer once, in the order of their
   /// registration, and takes the mark away afterwards, even if an observer has set it anew. Null
   /// pointers are passed over; observers that are added meanwhile are not called this time, those
-  /// that are removed meanwhile no more. What an observer throws ends the notification and leaves
-  /// the mark.
+  /// that are removed meanwhile no more. What an observer throws ends the notification, leaves
+  /// the mark, is reported as 910504 and reaches the caller.
   void notifyObservers();
   /// Does nothing at all, kept for callers: nobody is called, and the mark stays.
   void notifyObservers(CObject* argument) noexcept;

@@ -4,6 +4,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "kpx/report/Error.h"
 #include "kpx/support/CObservable.h"
 
 namespace kpx {
@@ -106,13 +107,18 @@ TEST_F(ObserverTest, RegistrationsMayChangeDuringANotification) {
   }
 }
 
-TEST_F(ObserverTest, ExceptionEndsTheNotificationAndKeepsTheMark) {
+TEST_F(ObserverTest, ExceptionEndsTheNotificationIsReportedAndKeepsTheMark) {
   for (Observer* const observer : {&a, &b}) subject.addObserver(observer);
   a.then = [this] {
     subject.deleteObserver(&a);
     throw std::runtime_error("a");
   };
+  static int reported;
+  reported = 0;
+  const ErrorSink earlier = setErrorSink([](int number) noexcept { reported = number; });
   EXPECT_THROW(notify(), std::runtime_error);
+  setErrorSink(earlier);
+  EXPECT_EQ(operationOf(reported), "CObservable::notifyObservers");
   EXPECT_EQ(subject.hasChanged(), 1);
   EXPECT_EQ(notify(), "b");
 }
