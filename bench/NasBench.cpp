@@ -6,6 +6,8 @@
 #include <pugixml.hpp>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
+#include <utility>
 #include <vector>
 
 #include "bench/PugixmlCopy.h"
@@ -211,6 +213,46 @@ void loadPugixml(benchmark::State& state) {
     if (read.size() != pointCount) state.SkipWithError("not all read");
   }
 }
+// --- properties
+// -----------------------------------------------------------------------------------
+
+std::vector<CString> manyProperties(const benchmark::State& state) {
+  std::vector<CString> properties;
+  for (int i = 0; i < state.range(0); ++i) {
+    properties.emplace_back().Format(u" Eigenschaft Nummer %d ", i);
+  }
+  return properties;
+}
+
+void addPropertiesKpx(benchmark::State& state) {
+  const std::vector<CString> properties = manyProperties(state);
+  for ([[maybe_unused]] auto _ : state) {
+    CNAS_Punktobjekt point;
+    for (const CString& property : properties) point.sonstigeEigenschaftenAdd(property);
+    if (point.sonstigeEigenschaftenGetSize() != state.range(0)) state.SkipWithError("not all");
+  }
+}
+void addPropertiesSet(benchmark::State& state) {
+  const std::vector<CString> properties = manyProperties(state);
+  for ([[maybe_unused]] auto _ : state) {
+    std::vector<CString> list;
+    std::unordered_set<std::u16string> known;
+    for (const CString& property : properties) {
+      CString trimmed = property;
+      trimmed.Trim();
+      CString folded = trimmed;
+      if (known.insert(folded.MakeLower().units()).second) list.push_back(std::move(trimmed));
+    }
+    benchmark::DoNotOptimize(list.size());
+  }
+}
+BENCHMARK(addPropertiesKpx)->Name("nas/add_properties/kpx")->Arg(10)->Arg(1000)->Arg(40'000);
+BENCHMARK(addPropertiesSet)
+    ->Name("nas/add_properties/unordered_set")
+    ->Arg(10)
+    ->Arg(1000)
+    ->Arg(40'000);
+
 BENCHMARK(loadKpx)->Name("nas/load_10000_points/kpx")->Unit(benchmark::kMillisecond);
 BENCHMARK(loadPugixml)->Name("nas/load_10000_points/pugixml")->Unit(benchmark::kMillisecond);
 

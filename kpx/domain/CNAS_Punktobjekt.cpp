@@ -129,6 +129,13 @@ void writeReferences(std::u16string& out, const std::vector<NasExternalReference
   }
 }
 
+/// Without a main element the document would take the object as a root beside the one it has.
+bool hasPlace(const CMarkup& document) {
+  int begin = 0;
+  int end = 0;
+  return document.GetContentOffsets(begin, end) || document.GetDocElemCount() == 0;
+}
+
 // --- reading --------------------------------------------------------------------------------
 
 /// Stores the attributes of an element in the texts that belong to them, in one pass over the tag:
@@ -188,7 +195,7 @@ CString CNAS_Punktobjekt::getClassName() const {
 
 int CNAS_Punktobjekt::serializeXML(CMarkup* document) const {
   return Guarded("CNAS_Punktobjekt::serializeXML", 0, [&] {
-    if (!document) return 0;
+    if (!document || !hasPlace(*document)) return 0;
     // One text for the whole element: setting attribute by attribute would move the rest of the
     // document's text for each of them.
     std::u16string text;
@@ -200,24 +207,29 @@ int CNAS_Punktobjekt::serializeXML(CMarkup* document) const {
     writer.attribute(u" ObjArt=\"", ObjArt);
     writeTexts(writer, textAttributes, *this);
     if (IsIndirektAbgemarkt.IsEmpty()) writer.attribute(u" IsIndirektAbgemarkt=\"", CString());
-    if (sonstigeEigenschaften_.empty() && Sicherungspunkte.empty() && ZeigtAufExternes.empty()) {
+    if (sonstigeEigenschaften_.texts().empty() && Sicherungspunkte.empty() &&
+        ZeigtAufExternes.empty()) {
       text += u"/>";
     } else {
       writer.open();
-      writeDataElements(text, propertyName, sonstigeEigenschaften_);
+      writeDataElements(text, propertyName, sonstigeEigenschaften_.texts());
       writeDataElements(text, protectionPointName, Sicherungspunkte);
       writeReferences(text, ZeigtAufExternes);
       text += u"</";
       text += className;
       text += u'>';
     }
-    return document->AddChildSubDoc(std::u16string_view(text)) ? 1 : 0;
+    const GuardWatch watch;
+    if (document->AddChildSubDoc(std::u16string_view(text))) return 1;
+    watch.passOn();
+    return 0;
   });
 }
 
 int CNAS_Punktobjekt::loadByXML(CMarkup* document) {
   return Guarded("CNAS_Punktobjekt::loadByXML", 0, [&] {
     if (!document) return 0;
+    const GuardWatch watch;
     const CString name(className);
     detail::ElementReader reader(document, name);
     while (!reader.matches()) {
@@ -242,7 +254,7 @@ int CNAS_Punktobjekt::loadByXML(CMarkup* document) {
     }
     const detail::InsideElement inside(*document);
     const auto readData = [&] { return document->GetChildData(); };
-    loaded.sonstigeEigenschaften_ = readChildren<CString>(*document, propertyName, readData);
+    loaded.sonstigeEigenschaften_.assign(readChildren<CString>(*document, propertyName, readData));
     loaded.Sicherungspunkte = readChildren<CString>(*document, protectionPointName, readData);
     loaded.ZeigtAufExternes = readChildren<NasExternalReference>(*document, referenceName, [&] {
       NasExternalReference reference;
@@ -253,6 +265,7 @@ int CNAS_Punktobjekt::loadByXML(CMarkup* document) {
       return reference;
     });
 
+    watch.passOn();  // the document answers data that it cannot read with the empty text
     loaded.Punktorte.swap(Punktorte);
     *this = std::move(loaded);
     return 1;
@@ -265,7 +278,7 @@ int CNAS_Punktobjekt::IsEqual(const CNAS_Punktobjekt& other) const noexcept {
     if (this->*field != other.*field) return 0;
   }
   const bool listsEqual =
-      sonstigeEigenschaften_ == other.sonstigeEigenschaften_ &&
+      sonstigeEigenschaften_.texts() == other.sonstigeEigenschaften_.texts() &&
       Sicherungspunkte == other.Sicherungspunkte &&
       std::equal(ZeigtAufExternes.begin(), ZeigtAufExternes.end(), other.ZeigtAufExternes.begin(),
                  other.ZeigtAufExternes.end(), sameReference);
@@ -283,10 +296,9 @@ int CNAS_Punktobjekt::sonstigeEigenschaftenAdd(const CString& property) {
     CString trimmed = property;
     trimmed.Trim();
     if (trimmed.IsEmpty()) return 0;
-    const bool isThere =
-        std::any_of(sonstigeEigenschaften_.begin(), sonstigeEigenschaften_.end(),
-                    [&](const CString& present) { return present.CompareNoCase(trimmed) == 0; });
-    if (!isThere) sonstigeEigenschaften_.push_back(std::move(trimmed));
+    if (!sonstigeEigenschaften_.contains(trimmed)) {
+      sonstigeEigenschaften_.add(std::move(trimmed));
+    }
     return 1;
   });
 }
@@ -294,7 +306,7 @@ int CNAS_Punktobjekt::sonstigeEigenschaftenAdd(const CString& property) {
 int CNAS_Punktobjekt::sonstigeEigenschaftenCopy(const CNAS_Punktobjekt* source) {
   return Guarded("CNAS_Punktobjekt::sonstigeEigenschaftenCopy", 0, [&] {
     if (!source) return 0;
-    std::vector<CString> copy = source->sonstigeEigenschaften_;
+    detail::PropertyList copy = source->sonstigeEigenschaften_;
     sonstigeEigenschaften_ = std::move(copy);
     return 1;
   });
@@ -303,30 +315,30 @@ int CNAS_Punktobjekt::sonstigeEigenschaftenCopy(const CNAS_Punktobjekt* source) 
 CString CNAS_Punktobjekt::sonstigeEigenschaftenGetAt(int index) const {
   if (!hasProperty(index)) throw InvalidArgException();
   return Guarded("CNAS_Punktobjekt::sonstigeEigenschaftenGetAt", CString(),
-                 [&] { return sonstigeEigenschaften_[static_cast<std::size_t>(index)]; });
+                 [&] { return sonstigeEigenschaften_.texts()[static_cast<std::size_t>(index)]; });
 }
 
 int CNAS_Punktobjekt::sonstigeEigenschaftenSetAt(int index, const CString& property) {
   if (!hasProperty(index)) throw InvalidArgException();
   return Guarded("CNAS_Punktobjekt::sonstigeEigenschaftenSetAt", 0, [&] {
     CString copy = property;
-    sonstigeEigenschaften_[static_cast<std::size_t>(index)] = std::move(copy);
+    sonstigeEigenschaften_.set(static_cast<std::size_t>(index), std::move(copy));
     return 1;
   });
 }
 
 int CNAS_Punktobjekt::sonstigeEigenschaftenGetSize() const noexcept {
-  return static_cast<int>(sonstigeEigenschaften_.size());
+  return static_cast<int>(sonstigeEigenschaften_.texts().size());
 }
 
 void CNAS_Punktobjekt::sonstigeEigenschaftenRemoveAll() noexcept { sonstigeEigenschaften_.clear(); }
 
 CString CNAS_Punktobjekt::sonstigeEigenschaftenGetAsText() {
   return Guarded("CNAS_Punktobjekt::sonstigeEigenschaftenGetAsText", CString(), [&] {
-    std::sort(sonstigeEigenschaften_.begin(), sonstigeEigenschaften_.end(), isBefore);
+    sonstigeEigenschaften_.sort(isBefore);
     CString text;
     std::u16string_view divider;
-    for (const CString& property : sonstigeEigenschaften_) {
+    for (const CString& property : sonstigeEigenschaften_.texts()) {
       text += divider;
       text += property.view();
       divider = u", ";

@@ -6,6 +6,7 @@
 
 #include "kpx/config/CDBObject.h"
 #include "kpx/domain/CAaaPunktortUUID.h"
+#include "kpx/domain/internal/PropertyList.h"
 #include "kpx/domain/NasObjectKinds.h"
 #include "kpx/domain/PointLocationMap.h"
 
@@ -51,9 +52,10 @@ class KPX_API CNAS_Punktobjekt : public CDBObject {
   CString GetElementName() const override { return getClassName(); }
 
   /// Adds the object as a child element of the current (main) element, behind the current child
-  /// or as the last one; it becomes the child. Of the header only the lock state is written, and
-  /// only when it is greater than 0. Answers 1; 0 without a document, when there is no main
-  /// element below the document level, or after a failure: the document then stays as it was.
+  /// or as the last one; it becomes the child. In a document without any element it becomes the
+  /// root. Of the header only the lock state is written, and only when it is greater than 0.
+  /// Answers 1; 0 without a document, when there is no main element, or after a failure: the
+  /// document then stays as it was.
   int serializeXML(CMarkup* document) const override;
 
   /// Reads the object from the current child element, or from the next child of its class name
@@ -79,6 +81,7 @@ class KPX_API CNAS_Punktobjekt : public CDBObject {
 
   /// Adds a property without the white space around it. Answers 1 also when it is there already,
   /// compared without case: the first one stays. 0 for an empty one. Failure: 910007, answers 0.
+  /// The cost does not grow with the list.
   int sonstigeEigenschaftenAdd(const CString& property);
   /// Takes over the whole list of another object. Answers 1; 0 for a null pointer and after a
   /// failure (910008), and changes nothing then.
@@ -130,7 +133,7 @@ class KPX_API CNAS_Punktobjekt : public CDBObject {
  private:
   bool hasProperty(int index) const noexcept;
 
-  std::vector<CString> sonstigeEigenschaften_;  // elements "SonstigeEigenschaft"
+  detail::PropertyList sonstigeEigenschaften_;  // elements "SonstigeEigenschaft"
 };
 
 }  // namespace kpx

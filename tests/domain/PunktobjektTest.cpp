@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
+#include <random>
 #include <utility>
 #include <vector>
 
@@ -108,6 +110,48 @@ TEST(Punktobjekt, PropertiesAreTrimmedAndKeptOnce) {
     EXPECT_EQ(point.sonstigeEigenschaftenAdd(text), answer) << CString(text).utf8();
   }
   EXPECT_EQ(properties(point), (std::vector<CString>{u"Passpunkt", u"Ähre", u"a  b"}));
+}
+
+/// What is added is compared with all that is there, however it came there.
+TEST(Punktobjekt, PropertiesOfLongListsAreKeptOnceWhateverElseChangesTheList) {
+  std::mt19937 random(8);
+  CNAS_Punktobjekt point;
+  std::vector<CString> expected;
+  const auto anyText = [&] {
+    CString text;
+    text.Format(u"Größe %u", random() % 500);
+    return random() % 2 == 0 ? text : text.MakeUpper();
+  };
+  for (int step = 0; step < 20'000; ++step) {
+    const CString text = anyText();
+    const unsigned choice = random() % 1000;
+    if (choice < 700) {
+      EXPECT_EQ(point.sonstigeEigenschaftenAdd(u" " + text), 1);
+      const bool isThere = std::ranges::any_of(
+          expected, [&](const CString& each) { return each.CompareNoCase(text) == 0; });
+      if (!isThere) expected.push_back(text);
+    } else if (choice < 990 && !expected.empty()) {
+      const std::size_t at = random() % expected.size();
+      point.sonstigeEigenschaftenSetAt(static_cast<int>(at), text);
+      expected[at] = text;
+    } else if (choice < 994) {
+      point.sonstigeEigenschaftenGetAsText();
+      std::ranges::sort(expected);
+    } else if (choice < 998) {
+      CNAS_Punktobjekt copy;
+      for (int i = 0; i < 40; ++i) copy.sonstigeEigenschaftenAdd(anyText() + u"x");
+      if (choice == 994) copy = point;
+      if (choice == 995) copy = CNAS_Punktobjekt(point);
+      if (choice > 995) copy.sonstigeEigenschaftenCopy(&point);
+      point = std::move(copy);
+    } else if (choice == 998) {
+      point.sonstigeEigenschaftenRemoveAll();
+      expected.clear();
+    }
+    if (choice >= 700 || step % 97 == 0) {
+      ASSERT_EQ(properties(point), expected) << step;
+    }
+  }
 }
 
 TEST(Punktobjekt, PropertiesAsTextAreSortedWithIgFirst) {

@@ -162,6 +162,10 @@ TEST(PunktobjektXml, NothingIsReadOrWrittenWhereThereIsNoPlace) {
   EXPECT_EQ(point.loadByXML(&empty), 0);
   EXPECT_EQ(point.loadByXML(nullptr), 0);
   EXPECT_EQ(point.serializeXML(nullptr), 0);
+  CMarkup atDocument = atRoot(u"");
+  atDocument.ResetPos();
+  EXPECT_EQ(point.serializeXML(&atDocument), 0) << "it would be a second root";
+  EXPECT_EQ(atDocument.GetDoc(), u"<root></root>");
   CMarkup inside = atRoot(u"");
   inside.IntoElem();
   EXPECT_EQ(point.serializeXML(&inside), 0) << "there is no main element to write below";
