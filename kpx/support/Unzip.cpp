@@ -1,6 +1,7 @@
 #include "kpx/support/Unzip.h"
 
 #include <algorithm>
+#include <set>
 #include <string_view>
 
 #include "kpx/report/Error.h"
@@ -84,7 +85,9 @@ class Extraction {
     const CString target = root_ + path;
     if (status == ZipStatus::done) status = checkNoLink(target, result);
     if (status != ZipStatus::done) return status;
-    if (options_.overwrite == UnzipOverwrite::never && fileSystem().exists(target)) {
+    const bool isShared = archive_.entries()[index].shared;
+    const bool isOwn = isShared && written_.contains(path);
+    if (options_.overwrite == UnzipOverwrite::never && !isOwn && fileSystem().exists(target)) {
       return ZipStatus::kept;
     }
     FileResult writing;
@@ -102,7 +105,9 @@ class Extraction {
       result = writing;
       return status;
     }
-    return result ? ZipStatus::done : ZipStatus::notWritten;
+    if (!result) return ZipStatus::notWritten;
+    if (isShared) written_.insert(path);
+    return ZipStatus::done;
   }
 
   /// Creates the folders of a path below the root, and makes sure that none of them is a link,
@@ -149,7 +154,8 @@ class Extraction {
   ZipArchive& archive_;
   CString root_;
   const UnzipOptions& options_;
-  CString lastFolder_;  // below the root; known to be a folder and no link
+  CString lastFolder_;         // below the root; known to be a folder and no link
+  std::set<CString> written_;  // files here that a later entry of the same path replaces
   std::uint64_t done_ = 0;
   bool cancelled_ = false;
 };

@@ -21,7 +21,8 @@ KPX_API void kpxUnzip(const CString& archive, const CString& folder);
 /// What happens to files that exist already.
 enum class UnzipOverwrite : std::uint8_t {
   always,  // they are replaced, as kpxUnzip does
-  never,   // they stay, and the receipt says `kept`
+  never,   // they stay, and the receipt says `kept`; those that the archive itself has brought
+           // give way to a later entry of the very same name
 };
 
 struct UnzipOptions {
@@ -61,9 +62,11 @@ struct KPX_API UnzipResult {
 /// Each entry is unpacked to a temporary file beside its place, which takes its name once size and
 /// checksum are right; what fails leaves a file of that name as it was. The volume is not waited
 /// for. Memory does not grow with the size of the entries. Refused are names that lead out of the
-/// folder or that a system cannot take, links and devices, entries that overlap, lie about their
-/// size or pass a limit, and whatever would be written through a link below the folder; every other
-/// entry is unpacked all the same. File times and permissions of the archive are not taken over.
+/// folder, that a system cannot have or takes for the one of an entry before, links and devices,
+/// entries that overlap, lie about their size or pass a limit, and whatever would be written
+/// through a link below the folder; every other entry is unpacked all the same. Of entries with the
+/// very same name the last one stands. File times and permissions of the archive are not taken
+/// over.
 ///
 /// When the progress cancels, the entry at work and those after it are `cancelled`. Throws
 /// std::bad_alloc and what the progress throws; no unfinished file stays then.

@@ -58,6 +58,24 @@ ZipStatus ZipArchive::open(std::unique_ptr<InputFile> file, const ZipLimits& lim
   return directory.status;
 }
 
+ZipStatus ZipArchive::compareSizes(const ZipEntry& entry, std::string_view header) {
+  const std::uint32_t checksum = zip::u32(header, 14);
+  std::uint64_t packedSize = zip::u32(header, 18);
+  std::uint64_t size = zip::u32(header, 22);
+  if (packedSize == zip::elsewhere32 || size == zip::elsewhere32) {
+    std::string extra(zip::u16(header, 28), '\0');
+    std::size_t done = 0;
+    fileResult_ =
+        file_->readAt(entry.headerOffset + header.size(), extra.data(), extra.size(), done);
+    if (!fileResult_) return ZipStatus::unreadable;
+    extra.resize(done);
+    zip::readNumbers64(extra, {&size, &packedSize});
+  }
+  const bool agree =
+      checksum == entry.checksum && packedSize == entry.packedSize && size == entry.size;
+  return agree ? ZipStatus::done : ZipStatus::headersDiffer;
+}
+
 ZipStatus ZipArchive::read(std::size_t index, const Sink& sink) {
   const ZipEntry& entry = entries_[index];
   if (entry.status != ZipStatus::done || entry.folder) return entry.status;
@@ -69,12 +87,15 @@ ZipStatus ZipArchive::read(std::size_t index, const Sink& sink) {
   if (done < header.size() || zip::u32(header, 0) != zip::localSignature) {
     return ZipStatus::headerDamaged;
   }
-  // Sizes and checksum may follow the content, so those of the directory count. What differs
-  // here would let two programs take one archive for different content.
+  // What differs here would let two programs take one archive for different content.
   if ((zip::u16(header, 6) & zip::flagEncrypted) != 0 || zip::u16(header, 8) != entry.method ||
       zip::u16(header, 26) != entry.storedName.size() ||
       header.compare(zip::localLength, std::string::npos, entry.storedName) != 0) {
     return ZipStatus::headersDiffer;
+  }
+  if ((zip::u16(header, 6) & zip::flagSizesFollow) == 0) {
+    const ZipStatus sizes = compareSizes(entry, header);
+    if (sizes != ZipStatus::done) return sizes;
   }
   const std::uint64_t content = entry.headerOffset + header.size() + zip::u16(header, 28);
   if (content > entry.end || entry.packedSize > entry.end - content) {

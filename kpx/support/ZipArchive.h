@@ -34,6 +34,7 @@ struct ZipEntry {
   CString path;                        // below the destination, "/" between names; empty if refused
   ZipStatus status = ZipStatus::done;  // or why it is refused, as far as the directory tells
   bool folder = false;
+  bool shared = false;  // another file has the very same path; the last of them stands
   std::uint16_t method = 0;
   std::uint32_t checksum = 0;
   std::uint64_t packedSize = 0;  // bytes in the archive
@@ -47,9 +48,10 @@ struct ZipEntry {
 /// A zip archive that is being read: stored and deflated entries, also with 64-bit sizes, behind
 /// another program (self-extracting archives) and with sizes that follow the content.
 ///
-/// Nothing in an archive is trusted: sizes, offsets and names are checked, an entry never gives
-/// more bytes than the directory states, and the work grows linearly with the file. Names are
-/// UTF-8 where the entry says so, else code page 437. One object reads for one thread.
+/// Nothing in an archive is trusted: sizes, offsets and names are checked and must be those of the
+/// entry's own header, an entry never gives more bytes than the directory states, and the work
+/// grows linearly with the file. Names are UTF-8 where the entry says so, else code page 437. One
+/// object reads for one thread.
 class KPX_API ZipArchive {
  public:
   /// Receives a piece of an entry's content; answers `done` to go on, or what `read` is to answer.
@@ -80,6 +82,10 @@ class KPX_API ZipArchive {
   ZipStatus read(std::size_t index, const Sink& sink);
 
  private:
+  /// Whether an entry's own header, given with its name, states the sizes and checksum of the
+  /// directory: `done`, or why not.
+  ZipStatus compareSizes(const ZipEntry& entry, std::string_view header);
+
   std::unique_ptr<InputFile> file_;
   std::vector<ZipEntry> entries_;
   std::unique_ptr<detail::ZipUnpacker> unpacker_;

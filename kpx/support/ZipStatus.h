@@ -24,18 +24,19 @@ enum class ZipStatus : std::uint8_t {
   // Refused for the name. The same names are refused on every system, so that an archive gives
   // the same files everywhere.
   emptyName,
-  absoluteName,  // begins with a separator
-  driveName,     // begins with a drive
-  parentStep,    // holds ".."
-  badCharacter,  // a control character or one of < > : " | ? *
-  trailingUnit,  // a name ends in a dot or a blank, which some systems drop
-  reservedName,  // a device, such as NUL or COM1.txt
-  nameTooLong,   // over 1,024 units or 128 folders
-  sameFile,      // folds to the name of an entry before it, or is a file and a folder
+  absoluteName,   // begins with a separator
+  driveName,      // begins with a drive
+  parentStep,     // holds ".."
+  badCharacter,   // a control character or one of < > : " | ? *
+  trailingUnit,   // a name ends in a dot or a blank, which some systems drop
+  reservedName,   // a device, such as NUL or COM1.txt
+  nameTooLong,    // over 1,024 units or 128 folders
+  sameFile,       // folds to the name of an entry before it, but is not the very same
+  fileAndFolder,  // a file where an entry before it has a folder, or the other way round
 
   // Refused for what it is.
   link,
-  specialFile,        // a device, pipe or socket
+  specialFile,        // a device or socket, or a pipe without content
   folderWithContent,  // a folder's name and a file's content
   encrypted,
   unknownMethod,  // neither stored nor deflated
@@ -46,7 +47,8 @@ enum class ZipStatus : std::uint8_t {
 
   // Damaged, or not what the directory says.
   headerDamaged,
-  headersDiffer,  // name, method or encryption differ between the directory and the entry
+  headersDiffer,  // name, method, encryption, sizes or checksum differ between the directory and
+                  // the entry
   overlapping,    // its bytes are those of another entry or the directory, too
   contentDamaged,
   sizeWrong,

@@ -120,9 +120,11 @@ TEST_F(UnzipTest, NamesThatLeadOutOrNowhereAreRefusedAndTheOthersUnpacked) {
       {"lpt\xFC", ZipStatus::done},  // in code page 437 no digit
       {"lpt\xFD", ZipStatus::reservedName},
       {"GOOD.TXT", ZipStatus::sameFile},
-      {"good.txt/x", ZipStatus::sameFile},
-      {"A", ZipStatus::sameFile},
+      {"good.txt/x", ZipStatus::fileAndFolder},
+      {"A", ZipStatus::fileAndFolder},
       {"A/c.txt", ZipStatus::done},
+      {"A/b.txt", ZipStatus::sameFile},
+      {"a//b.txt", ZipStatus::done},  // the very same name
   };
   std::vector<ZipPart> parts;
   for (const auto& [name, status] : cases) parts.push_back({name, "x"});
@@ -200,6 +202,11 @@ TEST_F(UnzipTest, LiesAndDamageAreNamedAndLeaveTheOldFile) {
        }),
        ZipStatus::headerDamaged},
       {lying([](ZipPart& p) { p.localName = "g"; }), ZipStatus::headersDiffer},
+      {lying([](ZipPart& p) { p.localSize = 299999; }), ZipStatus::headersDiffer},
+      {lying([](ZipPart& p) { p.localSize = 0; }), ZipStatus::headersDiffer},
+      {lying([](ZipPart& p) { p.localPackedSize = 1; }), ZipStatus::headersDiffer},
+      {lying([](ZipPart& p) { p.localPackedSize = 0xFFFFFFFF; }), ZipStatus::headersDiffer},
+      {lying([](ZipPart& p) { p.localChecksum = 1; }), ZipStatus::headersDiffer},
       {lying([](ZipPart& p) {
          p.localExtra = 60000;
          p.packedSize = 300000;
@@ -225,6 +232,71 @@ TEST_F(UnzipTest, LiesAndDamageAreNamedAndLeaveTheOldFile) {
     EXPECT_EQ(out("f"), "old") << number;
     EXPECT_EQ(count(), 1u) << number++;
   }
+}
+
+TEST_F(UnzipTest, LongSizesOfBothHeadersAreCompared) {
+  ZipPart part{"f", "text", 0};
+  const ZipShape sizes64{true, false, {}, {}};
+  EXPECT_TRUE(unpack(zipOf({part}, sizes64)).complete());
+  part.localSize = 5;
+  EXPECT_EQ(unpack(zipOf({part}, sizes64)).entries[0].status, ZipStatus::headersDiffer);
+}
+
+TEST_F(UnzipTest, AttributesOfSystemsTellWhatAnEntryIs) {
+  const struct {
+    const char* content;
+    std::uint32_t attributes;
+    bool isUnix;
+    ZipStatus status;
+    bool isFolder;
+  } cases[] = {
+      {"from standard input", 0x11B00000, true, ZipStatus::done, false},  // a pipe
+      {"", 0x11B00000, true, ZipStatus::specialFile, false},
+      {"", 0x81A40010, true, ZipStatus::done, false},  // a file, whatever else is said of it
+      {"", 0x41ED0010, true, ZipStatus::done, true},
+      {"", 0x00000010, true, ZipStatus::done, true},
+      {"", 0x00000010, false, ZipStatus::done, true},
+      {"text", 0x00000010, false, ZipStatus::done, false},
+      {"", 0x00000400, false, ZipStatus::done, false},
+      {"", 0x00000410, false, ZipStatus::done, true},
+      {"target", 0x00000400, false, ZipStatus::link, false},
+  };
+  for (const auto& each : cases) {
+    fs::remove_all(folder_.path() / "out");
+    const ZipPart part{"f",
+                       each.content,
+                       0,
+                       0,
+                       {},
+                       each.attributes,
+                       static_cast<std::uint16_t>(each.isUnix ? 3 << 8 : 20)};
+    EXPECT_EQ(unpackOne(part), each.status) << std::hex << each.attributes;
+    if (each.status != ZipStatus::done) continue;
+    EXPECT_EQ(fs::is_directory(folder_.path() / "out/f"), each.isFolder) << each.attributes;
+    EXPECT_EQ(each.isFolder ? "" : out("f"), each.content);
+  }
+  // What is too long for the path of a target is a file that its system keeps elsewhere.
+  const ZipPart cloud{"f", mixedBytes(200000), 0, 0, {}, 0x400};
+  EXPECT_EQ(unpackOne(cloud), ZipStatus::done);
+}
+
+TEST_F(UnzipTest, OfEntriesWithTheSameNameTheLastStands) {
+  const std::string archive = zipOf({{"d/f", "first"}, {"other", "x"}, {"d/f", "last"}});
+  EXPECT_TRUE(unpack(archive).complete());
+  EXPECT_EQ(out("d/f"), "last");
+  EXPECT_EQ(unpack(zipOf({{"d/f", "good"}, damaged({"d/f", "bad"})})).entries[0].status,
+            ZipStatus::done);
+  EXPECT_EQ(out("d/f"), "good") << "as with any file that exists";
+
+  UnzipOptions never;
+  never.overwrite = UnzipOverwrite::never;
+  UnzipResult result = unpack(archive, never);
+  EXPECT_EQ(result.entries[2].status, ZipStatus::kept);
+  EXPECT_EQ(out("d/f"), "good") << "a file of the user's";
+  fs::remove_all(folder_.path() / "out");
+  result = unpack(archive, never);
+  EXPECT_EQ(result.entries[2].status, ZipStatus::done);
+  EXPECT_EQ(out("d/f"), "last");
 }
 
 TEST_F(UnzipTest, OverlappingEntriesGiveOnlyOneOfThem) {

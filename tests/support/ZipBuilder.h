@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace kpx {
@@ -25,10 +26,13 @@ struct ZipPart {
   std::optional<std::uint64_t> size{}, packedSize{}, offset{};
   std::optional<std::uint32_t> checksum{};
   std::optional<std::string> localName{}, packed{};
+  // Of its own header alone.
+  std::optional<std::uint64_t> localSize{}, localPackedSize{};
+  std::optional<std::uint32_t> localChecksum{};
 };
 
 struct ZipShape {
-  bool sizes64 = false;     // all numbers in 64-bit fields
+  bool sizes64 = false;     // all numbers in 64-bit fields, in the entries' own headers, too
   bool descriptor = false;  // sizes and checksum follow the content
   std::string prefix{};     // in front of the archive
   std::string comment{};
@@ -73,18 +77,30 @@ inline std::string zipOf(const std::vector<ZipPart>& parts, const ZipShape& shap
     const auto flags = static_cast<std::uint16_t>(part.flags | (shape.descriptor ? 8 : 0));
     const std::string& localName = part.localName ? *part.localName : part.name;
 
+    constexpr std::uint32_t elsewhere = 0xFFFFFFFF;
+    std::string localExtra;
+    std::uint64_t localSize = shape.descriptor ? 0 : part.localSize.value_or(size);
+    std::uint64_t localPackedSize =
+        shape.descriptor ? 0 : part.localPackedSize.value_or(packedSize);
+    if (shape.sizes64) {
+      put(localExtra, 1, 2);
+      put(localExtra, 16, 2);
+      put(localExtra, std::exchange(localSize, elsewhere), 8);
+      put(localExtra, std::exchange(localPackedSize, elsewhere), 8);
+    }
+    localExtra.append(part.localExtra, '\0');
     put(bytes, 0x04034b50, 4);
     put(bytes, 20, 2);
     put(bytes, flags, 2);
     put(bytes, part.method, 2);
     put(bytes, 0, 4);
-    put(bytes, shape.descriptor ? 0 : checksum, 4);
-    put(bytes, shape.descriptor ? 0 : packedSize, 4);
-    put(bytes, shape.descriptor ? 0 : size, 4);
+    put(bytes, shape.descriptor ? 0 : part.localChecksum.value_or(checksum), 4);
+    put(bytes, localPackedSize, 4);
+    put(bytes, localSize, 4);
     put(bytes, localName.size(), 2);
-    put(bytes, part.localExtra, 2);
+    put(bytes, localExtra.size(), 2);
     bytes += localName;
-    bytes.append(part.localExtra, '\0');
+    bytes += localExtra;
     bytes += packed;
     if (shape.descriptor) {
       put(bytes, 0x08074b50, 4);
@@ -99,7 +115,6 @@ inline std::string zipOf(const std::vector<ZipPart>& parts, const ZipShape& shap
       put(extra, 24, 2);
       for (const std::uint64_t number : {size, packedSize, offset}) put(extra, number, 8);
     }
-    constexpr std::uint32_t elsewhere = 0xFFFFFFFF;
     put(directory, 0x02014b50, 4);
     put(directory, part.madeBy, 2);
     put(directory, 20, 2);

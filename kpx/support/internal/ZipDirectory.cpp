@@ -155,39 +155,39 @@ ZipStatus findDirectory(InputFile& file, DirectoryPlace& place, FileResult& file
   return ZipStatus::done;
 }
 
-/// Takes the numbers that do not fit their fields from the 64-bit extra field, which has only
-/// those, in this order. False when one is missing.
-bool readSizes64(std::string_view extra, ZipEntry& entry) {
-  std::string_view field = zip::extraField(extra, zip::extra64);
-  for (std::uint64_t* const number : {&entry.size, &entry.packedSize, &entry.headerOffset}) {
-    if (*number != zip::elsewhere32) continue;
-    if (field.size() < 8) return false;
-    *number = zip::u64(field, 0);
-    field.remove_prefix(8);
-  }
-  return true;
-}
-
-/// Links and devices, by the attributes of the system that made the entry.
-ZipStatus statusOfKind(std::uint16_t madeBy, std::uint32_t attributes) noexcept {
-  const int system = madeBy >> 8;
+/// Tells by the attributes of the system that made an entry whether it is a folder, and refuses
+/// links and devices.
+ZipStatus classify(std::uint16_t madeBy, std::uint32_t attributes, ZipEntry& entry) noexcept {
   constexpr int unix = 3;
   constexpr int mac = 19;
-  if (system == unix || system == mac) {
-    switch (attributes >> 28) {
-      case 0xA:
-        return ZipStatus::link;
-      case 0x1:  // pipe
-      case 0x2:  // character device
-      case 0x6:  // block device
-      case 0xC:  // socket
-        return ZipStatus::specialFile;
-      default:
-        return ZipStatus::done;
-    }
+  constexpr std::uint32_t pipe = 0x1;
+  constexpr std::uint32_t folder = 0x4;
+  constexpr std::uint32_t regularFile = 0x8;
+  const int system = madeBy >> 8;
+  const bool tellsKind = system == unix || system == mac;
+  const std::uint32_t kind = tellsKind ? attributes >> 28 : 0;
+  constexpr std::uint32_t folderBit = 0x10;
+  entry.folder = isZipFolderName(entry.name) || (entry.size == 0 && kind != regularFile &&
+                                                 (kind == folder || (attributes & folderBit) != 0));
+  switch (kind) {
+    case 0xA:
+      return ZipStatus::link;
+    case pipe:  // with content, it is a file that was packed from standard input
+      return entry.size == 0 ? ZipStatus::specialFile : ZipStatus::done;
+    case 0x2:  // character device
+    case 0x6:  // block device
+    case 0xC:  // socket
+      return ZipStatus::specialFile;
+    default:
+      break;
   }
-  constexpr std::uint32_t reparsePoint = 0x400;
-  return (attributes & reparsePoint) != 0 ? ZipStatus::link : ZipStatus::done;
+  // Other systems mark more than links so: folders, and files that are kept elsewhere. Only what
+  // can be the path of a target makes a link.
+  constexpr std::uint32_t reparseBit = 0x400;
+  constexpr std::uint64_t longestTarget = 3 * 0x7FFF;
+  const bool hasTarget = !entry.folder && entry.size != 0 && entry.size <= longestTarget;
+  return !tellsKind && (attributes & reparseBit) != 0 && hasTarget ? ZipStatus::link
+                                                                   : ZipStatus::done;
 }
 
 ZipStatus statusOf(const ZipEntry& entry, std::uint16_t flags, ZipStatus kind) noexcept {
@@ -218,15 +218,11 @@ ZipEntry entryOf(std::string_view record, const DirectoryPlace& place) {
   entry.headerOffset = zip::u32(record, 42);
   entry.storedName = record.substr(zip::directoryLength, nameLength);
   entry.name = zipEntryName(entry.storedName, flags, extra);
-  constexpr std::uint32_t folderAttribute = 0x10;
-  entry.folder =
-      isZipFolderName(entry.name) || ((attributes & folderAttribute) != 0 && entry.size == 0);
-
-  const bool sizesKnown = readSizes64(extra, entry);
+  const bool sizesKnown =
+      zip::readNumbers64(extra, {&entry.size, &entry.packedSize, &entry.headerOffset});
+  const ZipStatus kind = classify(madeBy, attributes, entry);
   entry.status = zipEntryPath(entry.name, entry.path);
-  if (entry.status == ZipStatus::done) {
-    entry.status = statusOf(entry, flags, statusOfKind(madeBy, attributes));
-  }
+  if (entry.status == ZipStatus::done) entry.status = statusOf(entry, flags, kind);
   const std::uint64_t room = place.offset;  // all content lies in front of the directory
   if (!sizesKnown || entry.headerOffset > room || entry.packedSize > room - entry.headerOffset) {
     entry.status = ZipStatus::headerDamaged;
@@ -301,9 +297,7 @@ ZipDirectory readZipDirectory(InputFile& file, std::uint64_t maxEntries) {
 
   ZipPathClaims claims;
   for (ZipEntry& entry : directory.entries) {
-    if (entry.status == ZipStatus::done && !claims.claim(entry.path, entry.folder)) {
-      entry.status = ZipStatus::sameFile;
-    }
+    if (entry.status == ZipStatus::done) claims.claim(entry);
     if (isRefusal(entry.status)) entry.path.Empty();
   }
   return directory;

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <string_view>
 
 /// The records of a zip archive: numbers are little-endian, lengths are in bytes.
@@ -29,6 +30,7 @@ inline constexpr std::uint16_t extra64 = 0x0001;
 inline constexpr std::uint16_t extraUnicodeName = 0x7075;
 
 inline constexpr std::uint16_t flagEncrypted = 0x0001 | 0x0040 | 0x2000;
+inline constexpr std::uint16_t flagSizesFollow = 0x0008;  // the content, with the checksum
 inline constexpr std::uint16_t flagUtf8 = 0x0800;
 
 inline constexpr std::uint16_t stored = 0;
@@ -65,6 +67,19 @@ constexpr std::string_view extraField(std::string_view extra, std::uint16_t want
     extra.remove_prefix(length);
   }
   return {};
+}
+
+/// Takes the numbers that do not fit their fields from the 64-bit extra field, which has only
+/// those, in this order. False when one is missing.
+inline bool readNumbers64(std::string_view extra, std::initializer_list<std::uint64_t*> numbers) {
+  std::string_view field = extraField(extra, extra64);
+  for (std::uint64_t* const number : numbers) {
+    if (*number != elsewhere32) continue;
+    if (field.size() < 8) return false;
+    *number = u64(field, 0);
+    field.remove_prefix(8);
+  }
+  return true;
 }
 
 }  // namespace kpx::detail::zip

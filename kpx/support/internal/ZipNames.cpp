@@ -110,21 +110,30 @@ bool isZipFolderName(const CString& name) noexcept {
   return !name.IsEmpty() && isPathSeparator(name[name.GetLength() - 1]);
 }
 
-bool ZipPathClaims::claim(std::u16string_view path, bool folder) {
-  std::uint32_t above = 0;
-  while (!path.empty()) {
+void ZipPathClaims::claim(ZipEntry& entry) {
+  View path = entry.path;
+  for (std::uint32_t above = 0; !path.empty();) {
     std::u16string part(nextPart(path));
     const bool last = path.empty();
     if (!last) path.remove_prefix(1);
     std::transform(part.begin(), part.end(), part.begin(), foldCase);
+    ZipEntry* const file = last && !entry.folder ? &entry : nullptr;
     const auto number = static_cast<std::uint32_t>(places_.size() + 1);
-    const auto [place, isNew] =
-        places_.try_emplace({above, std::move(part)}, Place{number, !last || folder});
-    const bool bothFolders = place->second.folder && (!last || folder);
-    if (!isNew && !bothFolders) return false;
+    const auto [place, isNew] = places_.try_emplace({above, std::move(part)}, Place{number, file});
     above = place->second.number;
+    if (isNew) continue;
+    ZipEntry* const other = place->second.file;
+    if ((file == nullptr) != (other == nullptr)) {
+      entry.status = ZipStatus::fileAndFolder;
+      return;
+    }
+    if (file == nullptr) continue;
+    if (other->path != entry.path) {
+      entry.status = ZipStatus::sameFile;
+    } else {
+      other->shared = entry.shared = true;
+    }
   }
-  return true;
 }
 
 }  // namespace kpx::detail

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <utility>
 
-#include "kpx/support/ZipStatus.h"
+#include "kpx/support/ZipArchive.h"
 #include "kpx/text/CString.h"
 
 namespace kpx::detail {
@@ -27,14 +27,16 @@ bool isZipFolderName(const CString& name) noexcept;
 /// the length of the paths.
 class ZipPathClaims {
  public:
-  /// Takes a path and the folders above it. Answers false when a file would lie where another
-  /// file or a folder is, or a folder or something in it where a file is.
-  bool claim(std::u16string_view path, bool folder);
+  /// Takes the path of an entry and the folders above it. Gives the entry the status `sameFile`
+  /// when another file has its path but for case, and `fileAndFolder` when a file would lie where a
+  /// folder is, or a folder or something in it where a file is. Entries of the very same path are
+  /// marked as `shared`. They must stay where they are as long as this object.
+  void claim(ZipEntry& entry);
 
  private:
   struct Place {
     std::uint32_t number;
-    bool folder;
+    ZipEntry* file;  // nullptr for a folder
   };
   std::map<std::pair<std::uint32_t, std::u16string>, Place> places_;
 };
