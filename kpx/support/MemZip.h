@@ -26,7 +26,8 @@ KPX_API int KpxMemZip(unsigned char* destination, unsigned long* destinationLeng
 /// caller stores that beside it, or knows a bound.
 ///
 /// `destinationLength` is the size of the destination in bytes on entry and the number of bytes
-/// of the content on return. Answers a `MemZipCode`; never throws.
+/// of the content on return. Answers a `MemZipCode`; never throws. A destination of length 0 is too
+/// small for any content.
 KPX_API int KpxMemUnZip(unsigned char* destination, unsigned long* destinationLength,
                         const unsigned char* source, unsigned long sourceLength);
 

@@ -39,8 +39,10 @@ TEST(MemZip, BlockComesBackFromABufferOfExactlyItsSize) {
     EXPECT_EQ(back, source);
 
     if (size == 0) continue;
-    length = size - 1;
-    EXPECT_EQ(KpxMemUnZip(back.data(), &length, packed.data(), packedLength), -5);
+    for (const std::size_t room : {size - 1, std::size_t{0}}) {
+      length = room;
+      EXPECT_EQ(KpxMemUnZip(back.data(), &length, packed.data(), packedLength), -5) << size;
+    }
     unsigned long tight = packedLength - 1;
     EXPECT_EQ(KpxMemZip(packed.data(), &tight, source.data(), size), -5);
   }
@@ -52,11 +54,18 @@ TEST(MemZip, DamagedStreamsGiveTheirCodeAndNothingElse) {
   unsigned long packedLength = packed.size();
   ASSERT_EQ(KpxMemZip(packed.data(), &packedLength, source.data(), 1000), 0);
   Bytes back(1000);
-  unsigned long length = 1000;
-  EXPECT_EQ(KpxMemUnZip(back.data(), &length, packed.data(), packedLength / 2), -3);
+  unsigned long length = 0;
+  for (const unsigned long room : {1000ul, 0ul}) {
+    length = room;
+    EXPECT_EQ(KpxMemUnZip(back.data(), &length, packed.data(), packedLength / 2), -3) << room;
+    length = room;
+    EXPECT_EQ(KpxMemUnZip(back.data(), &length, nullptr, 0), -3) << room;
+  }
   packed[packedLength - 1] ^= 1;  // the checksum
-  length = 1000;
-  EXPECT_EQ(KpxMemUnZip(back.data(), &length, packed.data(), packedLength), -3);
+  for (const unsigned long room : {1000ul, 0ul}) {
+    length = room;
+    EXPECT_EQ(KpxMemUnZip(back.data(), &length, packed.data(), packedLength), -3) << room;
+  }
   length = 1000;
   EXPECT_EQ(KpxMemUnZip(nullptr, &length, packed.data(), packedLength), -2);
   EXPECT_EQ(KpxMemZip(back.data(), nullptr, source.data(), 1000), -2);
