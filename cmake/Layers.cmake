@@ -15,9 +15,12 @@ endfunction()
 # kpx_test(NAME LAYERS layers... SOURCES ... [LINK ...])
 #
 # One GoogleTest program for one folder of tests/. It links only the layers named, so a layer
-# that secretly needs a higher one does not link.
+# that secretly needs a higher one does not link. Below the context there is no error reporter.
 function(kpx_test name)
   cmake_parse_arguments(TEST "" "" "LAYERS;SOURCES;LINK" ${ARGN})
+  if(NOT context IN_LIST TEST_LAYERS)
+    list(APPEND TEST_SOURCES ${PROJECT_SOURCE_DIR}/tests/common/NoReporter.cpp)
+  endif()
   list(TRANSFORM TEST_LAYERS PREPEND kpx_)
   add_executable(test_${name} ${TEST_SOURCES})
   target_link_libraries(test_${name} PRIVATE kpx_test_main ${TEST_LAYERS} ${TEST_LINK})

@@ -19,12 +19,8 @@ namespace {
 class Library {
  public:
   Library() noexcept {
-    try {
-      // Before there is a sink: that the switch cannot be read is no report to anyone.
-      if (kpxIsTracing()) openTrace(traceFilePath());
-    } catch (...) {
-      // Without memory for the path nothing is traced.
-    }
+    // Before there is a sink: that the switch cannot be read is no report to anyone.
+    if (kpxIsTracing()) openTrace(traceFilePath());
     setErrorSink(&detail::showAndLog);
     CKpxBaseObjectsUtil::setSystemFolderProvider(&kpxGetSystemPath);
     CKpxBaseObjectsUtil::setProjectFolderProvider(&kpxGetCurrentProjectPath);
@@ -45,6 +41,6 @@ const Library library;
 }  // namespace
 }  // namespace kpx
 
-/// Named on the link line of programs that link the static library, which would otherwise leave
-/// this file out.
+/// Every report needs the file that names this, see Error.cpp: so the linker takes this one, too,
+/// into programs that link the static library, however they are built.
 extern "C" const void* const kpxLoadOrder = &kpx::library;

@@ -4,6 +4,17 @@
 
 #include "kpx/report/Exceptions.h"
 
+/// What registers the reporter when a program or the library is loaded. Of a static library the
+/// linker takes only files in which something is needed, and in that one nothing would be: without
+/// this, programs would lose their error logs unawares. A build of single layers has no reporter
+/// and defines it as nullptr.
+extern "C" const void* const kpxLoadOrder;
+
+namespace kpx::detail {
+extern const void* const* const loadOrder;
+const void* const* const loadOrder = &kpxLoadOrder;
+}  // namespace kpx::detail
+
 namespace kpx {
 namespace {
 
