@@ -1,6 +1,7 @@
 #include "kpx/support/CIniEx.h"
 
 #include <climits>
+#include <new>
 #include <utility>
 
 #include "kpx/platform/FileSystem.h"
@@ -29,7 +30,13 @@ CIniEx::~CIniEx() = default;
 int CIniEx::ReadFile(const CString& path) {
   return Guarded("CIniEx::ReadFile", 0, [&] {
     FileBytes bytes;
-    return fileSystem().read(path, bytes) ? readBytes(bytes) : 0;
+    const FileResult result = fileSystem().read(path, bytes);
+    if (result.status == FileStatus::noMemory) throw std::bad_alloc();
+    if (!result) return 0;
+    std::unique_ptr<Content> content = contentOf(bytes);
+    if (!content) return 0;
+    content_ = std::move(content);
+    return 1;
   });
 }
 
@@ -46,15 +53,23 @@ int CIniEx::SaveFile(const CString& path) {
 }
 
 int CIniEx::readBytes(std::string_view bytes) {
-  if (bytes.size() >= static_cast<std::size_t>(INT_MAX)) return 0;
+  return Guarded("CIniEx::readBytes", 0, [&] {
+    std::unique_ptr<Content> content = contentOf(bytes);
+    if (!content) return 0;
+    content_ = std::move(content);
+    return 1;
+  });
+}
+
+std::unique_ptr<CIniEx::Content> CIniEx::contentOf(std::string_view bytes) {
+  if (bytes.size() >= static_cast<std::size_t>(INT_MAX)) return nullptr;
   detail::IniText decoded = detail::decodeIni(bytes);
   auto content = std::make_unique<Content>();
   content->text = std::make_shared<const std::u16string>(std::move(decoded.text));
   content->encoding = decoded.encoding;
   content->halfUnit = std::move(decoded.halfUnit);
   content->read();
-  content_ = std::move(content);
-  return 1;
+  return content;
 }
 
 std::string CIniEx::fileBytes() const {
@@ -75,6 +90,7 @@ int CIniEx::GetIndexForSection(const CString& name) const noexcept {
 }
 
 int CIniEx::GetIndexForKey(int section, const CString& key) const noexcept {
+  if (section < 0 || static_cast<std::size_t>(section) >= content_->sections.size()) return -1;
   const std::size_t found = content_->sections[static_cast<std::size_t>(section)]->find(key);
   return found == detail::NameIndex<CSection>::none ? -1 : static_cast<int>(found);
 }
@@ -191,27 +207,36 @@ int CIniEx::DeleteIndexFromKeyTypeSection(int index) {
 // --- lines ----------------------------------------------------------------------------------
 
 bool CIniEx::GetToken(const CString& line, char16_t delimiter, CString& left, CString& right) {
-  const std::size_t at = detail::findOutsideQuotes(line, delimiter);
-  if (at == std::u16string_view::npos) return false;
-  // The line may be one of the two outputs.
-  CString before(line.view().substr(0, at));
-  right = CString(line.view().substr(at + 1));
-  left = std::move(before);
-  return true;
+  return Guarded("CIniEx::GetToken", false, [&] {
+    const std::size_t at = detail::findOutsideQuotes(line, delimiter);
+    if (at == std::u16string_view::npos) return false;
+    // The line may be one of the two outputs.
+    CString before(line.view().substr(0, at));
+    right = CString(line.view().substr(at + 1));
+    left = std::move(before);
+    return true;
+  });
 }
 
 bool CIniEx::BracketsContents(const CString& line, CString& name) {
-  std::u16string_view found;
-  if (!detail::sectionName(line, found)) return false;
-  name = CString(found);
-  return true;
+  return Guarded("CIniEx::BracketsContents", false, [&] {
+    std::u16string_view found;
+    if (!detail::sectionName(line, found)) return false;
+    name = CString(found);
+    return true;
+  });
 }
 
-void CIniEx::ReplaceTo0xD_0xA(CString& value) { value = detail::encodeIniValue(value); }
+void CIniEx::ReplaceTo0xD_0xA(CString& value) {
+  Guarded("CIniEx::ReplaceTo0xD_0xA", [&] { value = detail::encodeIniValue(value); });
+}
 
 void CIniEx::ReplaceFrom0xD_0xA(CString& value) {
-  const CString stored = value;
-  detail::decodeIniValue(stored, value);
+  Guarded("CIniEx::ReplaceFrom0xD_0xA", [&] {
+    CString decoded;
+    detail::decodeIniValue(value, decoded);
+    value = std::move(decoded);
+  });
 }
 
 void CIniEx::DeleteTail(CString& line) {

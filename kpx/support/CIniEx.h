@@ -69,7 +69,9 @@ class KPX_API CIniEx {
   /// was. Error number 910102.
   int SaveFile(const CString& path);
 
-  /// The same from and to the bytes of a file. Reading refuses 2^31 bytes and more.
+  /// The same from and to the bytes of a file. Reading refuses 2^31 bytes and more; error number
+  /// 910119. `fileBytes` throws std::bad_alloc: an empty file in place of the bytes would be taken
+  /// for them.
   int readBytes(std::string_view bytes);
   std::string fileBytes() const;
 
@@ -139,12 +141,14 @@ class KPX_API CIniEx {
   int DeleteIndexFromKeyTypeSection(int index);
 
  protected:
+  // A failure of those that make texts is reported (910120, 910127 to 910129) and changes nothing.
+
   /// Splits a line at the first delimiter that stands in no pair of double quotes.
   static bool GetToken(const CString& line, char16_t delimiter, CString& left, CString& right);
   /// The name in a section header; false when the line is none.
   static bool BracketsContents(const CString& line, CString& name);
-  /// The first of that name that is not removed, or -1. The place of a key is that in its section,
-  /// which must exist.
+  /// The first of that name that is not removed, or -1. The place of a key is that in its section;
+  /// -1, too, when there is no section of that number.
   int GetIndexForSection(const CString& name) const noexcept;
   int GetIndexForKey(int section, const CString& key) const noexcept;
   /// Brings a value from the form it is handed out in to the stored one, and back.
@@ -156,6 +160,8 @@ class KPX_API CIniEx {
  private:
   struct Content;
 
+  /// The content of a file; nullptr for too many bytes.
+  static std::unique_ptr<Content> contentOf(std::string_view bytes);
   /// The section or key of that name that counts, or nullptr.
   CSection* findSection(std::u16string_view name) const noexcept;
   KEY_STRUCT* findKey(std::u16string_view section, std::u16string_view key) const noexcept;

@@ -49,13 +49,18 @@ TIME CKpxBaseObjectsUtil::Double2TimeEx(double value) noexcept { return timeOfDo
 
 void CKpxBaseObjectsUtil::correctTimeSeconds(TIME& time) noexcept { kpx::correctTimeSeconds(time); }
 
-CString CKpxBaseObjectsUtil::Date2Str(const TIME& time) { return dateText(time); }
+CString CKpxBaseObjectsUtil::Date2Str(const TIME& time) {
+  return Guarded("CKpxBaseObjectsUtil::Date2Str", CString(), [&] { return dateText(time); });
+}
 
 CString CKpxBaseObjectsUtil::Time2Str(const TIME& time) {
   return Guarded("CKpxBaseObjectsUtil::Time2Str", CString(), [&] { return clockText(time); });
 }
 
-CString CKpxBaseObjectsUtil::TimeDouble2Str(double value) { return timeDoubleText(value); }
+CString CKpxBaseObjectsUtil::TimeDouble2Str(double value) {
+  return Guarded("CKpxBaseObjectsUtil::TimeDouble2Str", CString(),
+                 [&] { return timeDoubleText(value); });
+}
 
 TIME CKpxBaseObjectsUtil::Str2Date(const CString& text) noexcept { return dateOfText(text); }
 
@@ -78,11 +83,13 @@ double CKpxBaseObjectsUtil::GetTimestamp() noexcept {
 }
 
 double CKpxBaseObjectsUtil::LocalTimeDouble2UTCTimeDouble(double value) {
-  return convertZone(value, &Clock::localToUtc);
+  return Guarded("CKpxBaseObjectsUtil::LocalTimeDouble2UTCTimeDouble", value,
+                 [&] { return convertZone(value, &Clock::localToUtc); });
 }
 
 double CKpxBaseObjectsUtil::UTCTimeDouble2LocalTimeDouble(double value) {
-  return convertZone(value, &Clock::utcToLocal);
+  return Guarded("CKpxBaseObjectsUtil::UTCTimeDouble2LocalTimeDouble", value,
+                 [&] { return convertZone(value, &Clock::utcToLocal); });
 }
 
 double CKpxBaseObjectsUtil::GetCreationFileTime(const CString& path) noexcept {
@@ -108,22 +115,34 @@ double CKpxBaseObjectsUtil::OleDate2TimeDouble(double days) noexcept {
   return timeDoubleOfOleDate(days);
 }
 
-CString CKpxBaseObjectsUtil::TrimLeft(const CString& text) { return withoutLeadingBlanks(text); }
+CString CKpxBaseObjectsUtil::TrimLeft(const CString& text) {
+  return Guarded("CKpxBaseObjectsUtil::TrimLeft", CString(),
+                 [&] { return CString(withoutLeadingBlanks(text)); });
+}
 
-CString CKpxBaseObjectsUtil::TrimRight(const CString& text) { return withoutTrailingBlanks(text); }
+CString CKpxBaseObjectsUtil::TrimRight(const CString& text) {
+  return Guarded("CKpxBaseObjectsUtil::TrimRight", CString(),
+                 [&] { return CString(withoutTrailingBlanks(text)); });
+}
 
-CString CKpxBaseObjectsUtil::Trim(const CString& text) { return withoutBlanks(text); }
+CString CKpxBaseObjectsUtil::Trim(const CString& text) {
+  return Guarded("CKpxBaseObjectsUtil::Trim", CString(),
+                 [&] { return CString(withoutBlanks(text)); });
+}
 
 CString CKpxBaseObjectsUtil::CatPathFile(const CString& folder, const CString& file) {
-  return joinPath(folder, file);
+  return Guarded("CKpxBaseObjectsUtil::CatPathFile", CString(),
+                 [&] { return joinPath(folder, file); });
 }
 
 CString CKpxBaseObjectsUtil::CutSystemPath(const CString& path) {
-  return pathBelow(path, folderOf(systemFolder));
+  return Guarded("CKpxBaseObjectsUtil::CutSystemPath", CString(),
+                 [&] { return pathBelow(path, folderOf(systemFolder)); });
 }
 
 CString CKpxBaseObjectsUtil::CutProjectPath(const CString& path) {
-  return pathBelow(path, folderOf(projectFolder));
+  return Guarded("CKpxBaseObjectsUtil::CutProjectPath", CString(),
+                 [&] { return pathBelow(path, folderOf(projectFolder)); });
 }
 
 FolderProvider CKpxBaseObjectsUtil::setSystemFolderProvider(FolderProvider provider) noexcept {

@@ -9,7 +9,9 @@ namespace kpx {
 /// Times and small text helpers of the suite. Times come as `TIME` records of decimal-packed
 /// integers and as time doubles whose digits read YYYYMMDDhhmmss; see TimeValue.h.
 ///
-/// What does not fit the fields (NaN, doubles and texts too large) gives 0 fields and 0.0.
+/// What does not fit the fields (NaN, doubles and texts too large) gives 0 fields and 0.0. Those
+/// that make texts report a failure, as 910231 to 910238 in their order unless another number is
+/// stated, and give the empty text.
 class KPX_API CKpxBaseObjectsUtil {
  public:
   // --- packing ------------------------------------------------------------------------------
@@ -50,7 +52,7 @@ class KPX_API CKpxBaseObjectsUtil {
 
   /// The same moment in the other time base, by the system's rules for the zone at that moment.
   /// The argument comes back as it is when the system knows no zone, and when it is no date and
-  /// time that the system converts (years 1601 to 9999).
+  /// time that the system converts (years 1601 to 9999), and after a failure (910239, 910240).
   static double LocalTimeDouble2UTCTimeDouble(double value);
   static double UTCTimeDouble2LocalTimeDouble(double value);
 

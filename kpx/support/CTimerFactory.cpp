@@ -65,7 +65,9 @@ CHiFreqTimer* CTimerFactory::getTimer(const CString& name) noexcept {
 CHiFreqTimer* CTimerFactory::getTimerChecked(const CString& name) {
   CHiFreqTimer* const found = find(name);
   if (found == nullptr) {
-    showMessageBox({u"Timer not found: " + name, u"Error", MessageBoxStyle::error});
+    Guarded("CTimerFactory::getTimerChecked", [&] {
+      showMessageBox({u"Timer not found: " + name, u"Error", MessageBoxStyle::error});
+    });
   }
   return found;
 }
@@ -75,6 +77,10 @@ int CTimerFactory::isTimerPresent(const CString& name) const noexcept {
 }
 
 CString CTimerFactory::getTimerName(const CHiFreqTimer* timer) const {
+  return Guarded("CTimerFactory::getTimerName", CString(), [&] { return nameOf(timer); });
+}
+
+CString CTimerFactory::nameOf(const CHiFreqTimer* timer) const {
   const auto found = std::find_if(timers_.begin(), timers_.end(), [&](const NamedTimer& each) {
     return each.timer.get() == timer;
   });
@@ -107,6 +113,16 @@ std::vector<const CTimerFactory::NamedTimer*> CTimerFactory::inOrder(timerSortTy
 }
 
 CString CTimerFactory::report(timerDestType kind, timerSortType sort) const {
+  return Guarded("CTimerFactory::report", CString(), [&] { return reportText(kind, sort); });
+}
+
+CString CTimerFactory::sampleReport(timerDestType kind, const CHiFreqTimer& timer) const {
+  return Guarded("CTimerFactory::sampleReport", CString(), [&] { return sampleText(kind, timer); });
+}
+
+// Files are made of the texts themselves: a report that could not be made must replace none.
+
+CString CTimerFactory::reportText(timerDestType kind, timerSortType sort) const {
   const bool csv = kind == timerDestType::csv;
   CString text;
   if (csv) {
@@ -134,21 +150,21 @@ CString CTimerFactory::report(timerDestType kind, timerSortType sort) const {
   return text += u'\n';
 }
 
-CString CTimerFactory::sampleReport(timerDestType kind, const CHiFreqTimer& timer) const {
+CString CTimerFactory::sampleText(timerDestType kind, const CHiFreqTimer& timer) const {
   CString text;
   if (kind == timerDestType::text) {
     text = hyphens;
-    text.AppendFormat(u"%s at %s \n", onOneLine(getTimerName(&timer)), now());
+    text.AppendFormat(u"%s at %s \n", onOneLine(nameOf(&timer)), now());
     text += hyphens;
   }
-  const int width = utlLongAsText(timer.getNumberSamples()).GetLength();
+  const int width = longAsText(timer.getNumberSamples()).GetLength();
   int number = 0;
   for (const double sample : timer.getSamples()) {
     ++number;
     if (kind == timerDestType::csv) {
       text.AppendFormat(u"%d,%lf\n", number, sample);
     } else {
-      text.AppendFormat(u"Sample %*s = %s\n", width, utlLongAsText(number), timeToString(sample));
+      text.AppendFormat(u"Sample %*s = %s\n", width, longAsText(number), timeToString(sample));
     }
   }
   if (kind == timerDestType::text) text += u'\n';
@@ -157,19 +173,19 @@ CString CTimerFactory::sampleReport(timerDestType kind, const CHiFreqTimer& time
 
 int CTimerFactory::dump(const CString& path, timerSortType sort, timerFileMode mode) const {
   return Guarded("CTimerFactory::dump", 0,
-                 [&] { return writeReport(path, report(timerDestType::text, sort), mode); });
+                 [&] { return writeReport(path, reportText(timerDestType::text, sort), mode); });
 }
 
 int CTimerFactory::dumpCsv(const CString& path, timerSortType sort, timerFileMode mode) const {
   return Guarded("CTimerFactory::dumpCsv", 0,
-                 [&] { return writeReport(path, report(timerDestType::csv, sort), mode); });
+                 [&] { return writeReport(path, reportText(timerDestType::csv, sort), mode); });
 }
 
 int CTimerFactory::dumpSamples(const CHiFreqTimer* timer, const CString& path,
                                timerFileMode mode) const {
   return Guarded("CTimerFactory::dumpSamples", 0, [&] {
     if (timer == nullptr) return 0;
-    return writeReport(path, sampleReport(timerDestType::text, *timer), mode);
+    return writeReport(path, sampleText(timerDestType::text, *timer), mode);
   });
 }
 
@@ -181,7 +197,7 @@ int CTimerFactory::dumpSamplesCsv(const CHiFreqTimer* timer, const CString& path
                                   timerFileMode mode) const {
   return Guarded("CTimerFactory::dumpSamplesCsv", 0, [&] {
     if (timer == nullptr) return 0;
-    return writeReport(path, sampleReport(timerDestType::csv, *timer), mode);
+    return writeReport(path, sampleText(timerDestType::csv, *timer), mode);
   });
 }
 

@@ -37,10 +37,11 @@ class KPX_API CTimerFactory {
   /// `clearTimers`. nullptr only without memory, reported as 910122.
   CHiFreqTimer* getTimer(const CString& name) noexcept;
   /// The timer of a name; when it is missing, a message box says so and the answer is nullptr.
+  /// Error number 910130.
   CHiFreqTimer* getTimerChecked(const CString& name);
   /// 1 or 0.
   int isTimerPresent(const CString& name) const noexcept;
-  /// The name of a timer; empty for one that is not of this factory.
+  /// The name of a timer; empty for one that is not of this factory. Error number 910131.
   CString getTimerName(const CHiFreqTimer* timer) const;
   /// Removes all timers. Pointers to them are no longer valid, those in proxies included.
   void clearTimers() noexcept;
@@ -60,7 +61,7 @@ class KPX_API CTimerFactory {
   int dumpSamplesCsv(const CString& name, const CString& path,
                      timerFileMode mode = timerFileMode::overwrite) const;
 
-  /// The same as texts.
+  /// The same as texts; empty after a failure. Error numbers 910132 and 910133.
   CString report(timerDestType kind, timerSortType sort) const;
   CString sampleReport(timerDestType kind, const CHiFreqTimer& timer) const;
 
@@ -71,6 +72,9 @@ class KPX_API CTimerFactory {
   };
 
   CHiFreqTimer* find(const CString& name) const noexcept;
+  CString nameOf(const CHiFreqTimer* timer) const;
+  CString reportText(timerDestType kind, timerSortType sort) const;
+  CString sampleText(timerDestType kind, const CHiFreqTimer& timer) const;
   std::vector<const NamedTimer*> inOrder(timerSortType sort) const;
 
   std::vector<NamedTimer> timers_;  // in order of creation

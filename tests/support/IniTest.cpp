@@ -47,6 +47,23 @@ constexpr std::string_view sample =
     "\n"
     "; the end";
 
+/// What classes of modules that derive from it see.
+struct Derived : CIniEx {
+  using CIniEx::GetIndexForKey;
+  using CIniEx::GetIndexForSection;
+};
+
+TEST(Ini, IndexesOfWhatIsNotThereAreMinusOne) {
+  Derived ini;
+  ASSERT_EQ(ini.readBytes(sample), 1);
+  const int second = ini.GetIndexForSection(u" Second ");
+  EXPECT_EQ(ini.GetIndexForKey(second, u"key"), 0);
+  EXPECT_EQ(ini.GetIndexForKey(second, u"Key"), -1);
+  for (const int section : {ini.GetIndexForSection(u"second"), second + 1, 2147483647}) {
+    EXPECT_EQ(ini.GetIndexForKey(section, u"key"), -1) << section;
+  }
+}
+
 TEST(Ini, UntouchedFileIsSavedAsTheSameBytes) {
   const std::string files[] = {
       "",
