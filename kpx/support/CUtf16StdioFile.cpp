@@ -150,7 +150,7 @@ bool CUtf16StdioFile::ReadUnicodeString(CString& text, std::size_t most) {
     const auto reach = std::min(room, accumulator_.size() - next_);
     const auto until = std::find_if(from, from + static_cast<std::ptrdiff_t>(reach), isLineEnd);
     const auto count = static_cast<std::size_t>(until - from);
-    text.Append({accumulator_.data() + next_, count});
+    text.Append(std::u16string_view(accumulator_).substr(next_, count));
     next_ += count;
     position_ += count * 2;
     if (!hasMore()) break;

@@ -1,7 +1,7 @@
 #include "kpx/text/CString.h"
 
 #include <algorithm>
-#include <cstring>
+#include <ostream>
 
 #include "kpx/text/CaseFold.h"
 #include "kpx/text/Formatter.h"
@@ -25,16 +25,6 @@ int offsetOrMinusOne(std::size_t position) noexcept {
 CString::CString(const wchar_t* text)
     : CString(text != nullptr ? std::wstring_view(text) : std::wstring_view()) {}
 
-CString::CString(std::wstring_view text) {
-  if constexpr (wideIsUtf16) {
-    text_.resize(text.size());
-    if (!text.empty()) std::memcpy(text_.data(), text.data(), text.size() * sizeof(char16_t));
-  } else {
-    text_.reserve(text.size());
-    for (const wchar_t unit : text) appendCodePoint(text_, static_cast<char32_t>(unit));
-  }
-}
-
 CString CString::fromUtf8(std::string_view bytes) {
   CString result;
   appendUtf8(result.text_, bytes);
@@ -43,41 +33,44 @@ CString CString::fromUtf8(std::string_view bytes) {
 
 std::string CString::utf8() const { return utf8FromUtf16(text_); }
 
-std::wstring CString::wide() const {
-  std::wstring result;
-  if constexpr (wideIsUtf16) {
-    result.resize(text_.size());
-    if (!text_.empty()) {
-      std::memcpy(result.data(), text_.data(), text_.size() * sizeof(char16_t));
-    }
-  } else {
-    result.reserve(text_.size());
-    for (std::size_t i = 0; i < text_.size();) {
-      result.push_back(static_cast<wchar_t>(nextCodePoint(text_, i)));
-    }
-  }
-  return result;
+std::wstring CString::wide() const { return wideFromUtf16(text_); }
+
+CString CString::joined(std::u16string_view a, std::u16string_view b) {
+  CString sum;
+  sum.text_.reserve(a.size() + b.size());
+  sum.text_.append(a).append(b);
+  return sum;
 }
 
-int CString::Compare(std::u16string_view other) const noexcept { return compareText(text_, other); }
+void CString::repeat(std::u16string_view character, int count) {
+  const std::size_t times = count > 0 ? static_cast<std::size_t>(count) : 0;
+  if (character.size() == 1) {
+    text_.assign(times, character[0]);
+  } else {
+    for (std::size_t i = 0; i < times; ++i) text_.append(character);
+  }
+}
 
-int CString::CompareNoCase(std::u16string_view other) const noexcept {
+void CString::assign(std::u16string_view text) { text_.assign(text); }
+
+void CString::append(std::u16string_view text) { text_.append(text); }
+
+int CString::compare(std::u16string_view other) const noexcept { return compareText(text_, other); }
+
+int CString::compareNoCase(std::u16string_view other) const noexcept {
   return compareTextNoCase(text_, other);
 }
 
-int CString::Find(char16_t unit, int start) const noexcept {
-  return offsetOrMinusOne(view().find(unit, clampIndex(start, text_.size())));
+int CString::find(std::u16string_view part, int start) const noexcept {
+  const std::size_t from = clampIndex(start, text_.size());
+  return offsetOrMinusOne(part.size() == 1 ? view().find(part[0], from) : view().find(part, from));
 }
 
-int CString::Find(std::u16string_view part, int start) const noexcept {
-  return offsetOrMinusOne(view().find(part, clampIndex(start, text_.size())));
+int CString::reverseFind(std::u16string_view part) const noexcept {
+  return offsetOrMinusOne(view().rfind(part));
 }
 
-int CString::ReverseFind(char16_t unit) const noexcept {
-  return offsetOrMinusOne(view().rfind(unit));
-}
-
-int CString::FindOneOf(std::u16string_view units) const noexcept {
+int CString::findOneOf(std::u16string_view units) const noexcept {
   return offsetOrMinusOne(view().find_first_of(units));
 }
 
@@ -98,20 +91,21 @@ CString CString::Mid(int first, int count) const {
   return CString(view().substr(begin, clampIndex(count, text_.size() - begin)));
 }
 
-CString CString::SpanIncluding(std::u16string_view units) const {
-  return CString(view().substr(0, view().find_first_not_of(units)));
+CString CString::SpanIncluding(const TextArg& units) const {
+  return CString(view().substr(0, view().find_first_not_of(TextUnits(units))));
 }
 
-CString CString::SpanExcluding(std::u16string_view units) const {
-  return CString(view().substr(0, view().find_first_of(units)));
+CString CString::SpanExcluding(const TextArg& units) const {
+  return CString(view().substr(0, view().find_first_of(TextUnits(units))));
 }
 
-CString CString::Tokenize(std::u16string_view delimiters, int& position) const {
+CString CString::Tokenize(const TextArg& delimiters, int& position) const {
   if (position >= 0) {
+    const TextUnits units(delimiters);
     const std::size_t from = clampIndex(position, text_.size());
-    const std::size_t begin = view().find_first_not_of(delimiters, from);
+    const std::size_t begin = view().find_first_not_of(units, from);
     if (begin != std::u16string_view::npos) {
-      const std::size_t end = std::min(view().find_first_of(delimiters, begin), text_.size());
+      const std::size_t end = std::min(view().find_first_of(units, begin), text_.size());
       position = static_cast<int>(std::min(end + 1, text_.size()));
       return CString(view().substr(begin, end - begin));
     }
@@ -122,12 +116,7 @@ CString CString::Tokenize(std::u16string_view delimiters, int& position) const {
 
 void CString::Truncate(int length) { text_.resize(clampIndex(length, text_.size())); }
 
-int CString::Insert(int index, char16_t unit) {
-  text_.insert(clampIndex(index, text_.size()), 1, unit);
-  return GetLength();
-}
-
-int CString::Insert(int index, std::u16string_view text) {
+int CString::insert(int index, std::u16string_view text) {
   text_.insert(clampIndex(index, text_.size()), text);
   return GetLength();
 }
@@ -138,7 +127,7 @@ int CString::Delete(int index, int count) {
   return GetLength();
 }
 
-int CString::Replace(char16_t from, char16_t to) noexcept {
+int CString::replaceUnit(char16_t from, char16_t to) noexcept {
   int count = 0;
   for (char16_t& unit : text_) {
     if (unit == from) {
@@ -149,7 +138,10 @@ int CString::Replace(char16_t from, char16_t to) noexcept {
   return count;
 }
 
-int CString::Replace(std::u16string_view from, std::u16string_view to) {
+int CString::replace(std::u16string_view from, std::u16string_view to) {
+  if (from.size() == 1 && to.size() == 1) return replaceUnit(from[0], to[0]);
+  // By value, since the argument may be a part of this text.
+  if (from.size() == 1 && to.empty()) return static_cast<int>(std::erase(text_, char16_t{from[0]}));
   std::size_t hit = from.empty() ? std::u16string_view::npos : view().find(from);
   if (hit == std::u16string_view::npos) return 0;
   // Built aside in one pass: arguments may be parts of this text, and many hits stay linear.
@@ -166,8 +158,6 @@ int CString::Replace(std::u16string_view from, std::u16string_view to) {
   text_ = std::move(result);
   return count;
 }
-
-int CString::Remove(char16_t unit) { return static_cast<int>(std::erase(text_, unit)); }
 
 CString& CString::MakeUpper() noexcept {
   for (char16_t& unit : text_) unit = raiseCase(unit);
@@ -188,19 +178,23 @@ CString& CString::Trim() { return Trim(whiteSpace); }
 CString& CString::TrimLeft() { return TrimLeft(whiteSpace); }
 CString& CString::TrimRight() { return TrimRight(whiteSpace); }
 
-CString& CString::Trim(std::u16string_view units) {
-  TrimRight(units);
-  return TrimLeft(units);
-}
-
-CString& CString::TrimLeft(std::u16string_view units) {
-  text_.erase(0, std::min(view().find_first_not_of(units), text_.size()));
+CString& CString::Trim(const TextArg& units) {
+  const TextUnits cut(units);
+  // With nothing to keep, find_last_not_of answers npos, and npos + 1 is 0.
+  const std::size_t end = view().find_last_not_of(cut) + 1;
+  const std::size_t begin = std::min(view().find_first_not_of(cut), end);
+  text_.resize(end);
+  text_.erase(0, begin);
   return *this;
 }
 
-CString& CString::TrimRight(std::u16string_view units) {
-  // With nothing to keep, find_last_not_of answers npos, and npos + 1 is 0.
-  text_.resize(view().find_last_not_of(units) + 1);
+CString& CString::TrimLeft(const TextArg& units) {
+  text_.erase(0, std::min(view().find_first_not_of(TextUnits(units)), text_.size()));
+  return *this;
+}
+
+CString& CString::TrimRight(const TextArg& units) {
+  text_.resize(view().find_last_not_of(TextUnits(units)) + 1);
   return *this;
 }
 
@@ -224,5 +218,7 @@ bool CString::formatInto(std::u16string_view format, const FormatArgs& args, boo
   text_ = std::move(result);
   return true;
 }
+
+std::ostream& operator<<(std::ostream& out, const CString& text) { return out << text.utf8(); }
 
 }  // namespace kpx

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <compare>
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
+#include <iosfwd>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -9,12 +12,22 @@
 
 #include "kpx/report/Export.h"
 #include "kpx/text/FormatArgs.h"
+#include "kpx/text/TextArg.h"
 #include "kpx/text/TextHash.h"
 
 namespace kpx {
 
-/// Whether the platform's wide characters are UTF-16 units themselves.
-inline constexpr bool wideIsUtf16 = sizeof(wchar_t) == sizeof(char16_t);
+namespace detail {
+
+/// What stands beside a CString in an expression: any other text, or a character.
+template <class T>
+concept TextOperand = TextOrCharacter<T> && !std::derived_from<T, CString>;
+
+/// What must not stand there, although some conversion would make an expression of it.
+template <class T>
+concept NoTextOperand = (std::is_arithmetic_v<T> && !Character<T>) || std::is_null_pointer_v<T>;
+
+}  // namespace detail
 
 /// The text of the suite: a value class over UTF-16 units.
 ///
@@ -22,6 +35,10 @@ inline constexpr bool wideIsUtf16 = sizeof(wchar_t) == sizeof(char16_t);
 /// although operations that take a bare pointer end there. Comparison, searching and changing of
 /// case never depend on a locale. Offsets that lie outside a text are moved to its nearest end,
 /// so no operation but `at`-style access (`GetAt`, `SetAt`, `operator[]`) requires a valid one.
+///
+/// An argument that is a TextArg may be a text or a single character, and both may be wide:
+/// `text.Find(u"ab")`, `text.Find(L'a')`. A null pointer counts as the empty text. Numbers, narrow
+/// texts and literal null pointers do not compile.
 class KPX_API CString {
  public:
   // --- making one ---------------------------------------------------------------------------
@@ -39,19 +56,36 @@ class KPX_API CString {
   CString(const std::u16string& text) : text_(text) {}
   CString(std::u16string&& text) noexcept : text_(std::move(text)) {}
   CString(const char16_t* text, int length)
-      : text_(text, length > 0 ? static_cast<std::size_t>(length) : 0) {}
-  explicit CString(char16_t unit, int count = 1)
-      : text_(count > 0 ? static_cast<std::size_t>(count) : 0, unit) {}
+      : CString(std::u16string_view(text, lengthOf(text, length))) {}
 
   /// From the platform's wide text: a copy where it is UTF-16, else transcoded from UTF-32;
   /// values beyond Unicode become U+FFFD.
   CString(const wchar_t* text);
-  CString(std::wstring_view text);
-  CString(const std::wstring& text) : CString(std::wstring_view(text)) {}
+  CString(std::wstring_view text) { appendWide(text_, text); }
+  CString(const std::wstring& text) { appendWide(text_, text); }
+  CString(const wchar_t* text, int length)
+      : CString(std::wstring_view(text, lengthOf(text, length))) {}
+
+  /// A character, `count` times.
+  template <Character Unit>
+  explicit CString(Unit character, int count = 1) {
+    repeat(TextUnits(character), count);
+  }
 
   // A narrow text has no known encoding, and a literal null pointer is a mistake.
   CString(std::nullptr_t) = delete;
   CString(const char*) = delete;
+
+  /// In the memory that the text has, where that is enough.
+  template <detail::TextOperand Other>
+  CString& operator=(const Other& text) {
+    assign(TextUnits(text));
+    return *this;
+  }
+  CString& operator=(std::u16string&& text) noexcept {
+    text_ = std::move(text);
+    return *this;
+  }
 
   /// From UTF-8. Each byte that is part of no valid sequence becomes U+FFFD.
   static CString fromUtf8(std::string_view bytes);
@@ -74,7 +108,7 @@ class KPX_API CString {
   /// Where wide text is UTF-16, the same units for interfaces of the system.
   template <class Wide>
   requires(std::is_same_v<Wide, wchar_t>&& wideIsUtf16) operator const Wide*() const noexcept {
-    return reinterpret_cast<const Wide*>(text_.c_str());
+    return detail::sameUnits<const Wide>(text_.c_str());
   }
   /// Requires 0 <= index <= length; the unit at the length is 0.
   char16_t GetAt(int index) const noexcept { return text_[static_cast<std::size_t>(index)]; }
@@ -85,25 +119,33 @@ class KPX_API CString {
   // --- comparing ----------------------------------------------------------------------------
 
   /// Negative, 0 or positive, by units.
-  int Compare(std::u16string_view other) const noexcept;
+  int Compare(const TextArg& other) const { return compare(TextUnits(other)); }
   /// Negative, 0 or positive, by the library's own case table (ä equals Ä).
-  int CompareNoCase(std::u16string_view other) const noexcept;
+  int CompareNoCase(const TextArg& other) const { return compareNoCase(TextUnits(other)); }
 
+  // By units, with any other text and with a character.
   friend bool operator==(const CString& a, const CString& b) noexcept { return a.text_ == b.text_; }
-  friend bool operator==(const CString& a, std::u16string_view b) noexcept { return a.view() == b; }
-  friend bool operator==(const CString& a, const char16_t* b) noexcept { return a.view() == b; }
-  friend auto operator<=>(const CString& a, const CString& b) noexcept {
+  friend std::strong_ordering operator<=>(const CString& a, const CString& b) noexcept {
     return a.view() <=> b.view();
   }
+  template <detail::TextOperand Other>
+  friend bool operator==(const CString& a, const Other& b) {
+    return a.view() == TextUnits(b).view();
+  }
+  template <detail::TextOperand Other>
+  friend std::strong_ordering operator<=>(const CString& a, const Other& b) {
+    return a.view() <=> TextUnits(b).view();
+  }
+  template <detail::NoTextOperand Other>
+  friend bool operator==(const CString&, const Other&) = delete;
 
   // --- searching: the offset of the first unit, or -1 -----------------------------------------
 
-  int Find(char16_t unit, int start = 0) const noexcept;
-  int Find(std::u16string_view part, int start = 0) const noexcept;
-  int ReverseFind(char16_t unit) const noexcept;
-  int FindOneOf(std::u16string_view units) const noexcept;
-  bool StartsWith(std::u16string_view part) const noexcept { return view().starts_with(part); }
-  bool EndsWith(std::u16string_view part) const noexcept { return view().ends_with(part); }
+  int Find(const TextArg& part, int start = 0) const { return find(TextUnits(part), start); }
+  int ReverseFind(const TextArg& part) const { return reverseFind(TextUnits(part)); }
+  int FindOneOf(const TextArg& units) const { return findOneOf(TextUnits(units)); }
+  bool StartsWith(const TextArg& part) const { return view().starts_with(TextUnits(part)); }
+  bool EndsWith(const TextArg& part) const { return view().ends_with(TextUnits(part)); }
 
   // --- parts --------------------------------------------------------------------------------
 
@@ -112,18 +154,34 @@ class KPX_API CString {
   CString Mid(int first) const;
   CString Mid(int first, int count) const;
   /// The longest beginning made only of (not made of) the given units.
-  CString SpanIncluding(std::u16string_view units) const;
-  CString SpanExcluding(std::u16string_view units) const;
+  CString SpanIncluding(const TextArg& units) const;
+  CString SpanExcluding(const TextArg& units) const;
   /// The next part between delimiters from `position` on, which moves behind it; parts that are
   /// empty are passed over. At the end the answer is empty and `position` is -1.
-  CString Tokenize(std::u16string_view delimiters, int& position) const;
+  CString Tokenize(const TextArg& delimiters, int& position) const;
 
   // --- changing it --------------------------------------------------------------------------
 
   void Empty() noexcept { text_.clear(); }
-  void Append(std::u16string_view text) { text_.append(text); }
+  void Append(const TextArg& text) { append(TextUnits(text)); }
+  void Assign(const TextArg& text) { assign(TextUnits(text)); }
+  template <TextOrCharacter Text>
+  CString& operator+=(const Text& text) {
+    if constexpr (std::is_same_v<Text, char16_t>) {
+      text_.push_back(text);
+    } else if constexpr (detail::UnitText<Text>) {
+      text_.append(TextArg(text).units());
+    } else {
+      append(TextUnits(text));
+    }
+    return *this;
+  }
+  /// A character, or one unit, which may be a computed one: `u'0' + digit`.
   void AppendChar(char16_t unit) { text_.push_back(unit); }
-  void Assign(std::u16string_view text) { text_.assign(text); }
+  template <Character Unit>
+  void AppendChar(Unit character) {
+    *this += character;
+  }
   /// Requires 0 <= index < length.
   void SetAt(int index, char16_t unit) noexcept { text_[static_cast<std::size_t>(index)] = unit; }
   void Truncate(int length);
@@ -131,12 +189,12 @@ class KPX_API CString {
   void Preallocate(int capacity) { text_.reserve(static_cast<std::size_t>(capacity)); }
 
   /// Insert and Delete answer the new length; Replace and Remove how often they did it.
-  int Insert(int index, char16_t unit);
-  int Insert(int index, std::u16string_view text);
+  int Insert(int index, const TextArg& text) { return insert(index, TextUnits(text)); }
   int Delete(int index, int count = 1);
-  int Replace(char16_t from, char16_t to) noexcept;
-  int Replace(std::u16string_view from, std::u16string_view to);
-  int Remove(char16_t unit);
+  int Replace(const TextArg& from, const TextArg& to) {
+    return replace(TextUnits(from), TextUnits(to));
+  }
+  int Remove(const TextArg& part) { return replace(TextUnits(part), {}); }
 
   CString& MakeUpper() noexcept;
   CString& MakeLower() noexcept;
@@ -145,45 +203,75 @@ class KPX_API CString {
   /// Without arguments, white space: blank, tab, line feed, carriage return, form feed,
   /// vertical tab.
   CString& Trim();
-  CString& Trim(std::u16string_view units);
+  CString& Trim(const TextArg& units);
   CString& TrimLeft();
-  CString& TrimLeft(std::u16string_view units);
+  CString& TrimLeft(const TextArg& units);
   CString& TrimRight();
-  CString& TrimRight(std::u16string_view units);
+  CString& TrimRight(const TextArg& units);
 
   /// A writable area of at least `minLength` units and a terminator. End the access with
   /// ReleaseBuffer, which takes the new length, or -1 to look for the terminator.
   char16_t* GetBuffer(int minLength = 0);
   void ReleaseBuffer(int newLength = -1);
 
-  CString& operator+=(std::u16string_view text) {
-    text_.append(text);
-    return *this;
-  }
-  CString& operator+=(char16_t unit) {
-    text_.push_back(unit);
-    return *this;
-  }
-
   /// The owned units, for moving them out or reusing their memory.
   std::u16string& units() noexcept { return text_; }
   const std::u16string& units() const noexcept { return text_; }
+
+  // --- joining: with any other text and with a character -------------------------------------
+
+  friend CString operator+(const CString& a, const CString& b) { return joined(a, b); }
+  friend CString operator+(CString&& a, const CString& b) { return std::move(a += b); }
+  template <detail::TextOperand Other>
+  friend CString operator+(const CString& a, const Other& b) {
+    return joined(a, TextUnits(b));
+  }
+  template <detail::TextOperand Other>
+  friend CString operator+(CString&& a, const Other& b) {
+    return std::move(a += b);
+  }
+  template <detail::TextOperand Other>
+  friend CString operator+(const Other& a, const CString& b) {
+    return joined(TextUnits(a), b);
+  }
+  template <detail::NoTextOperand Other>
+  friend CString operator+(const CString&, const Other&) = delete;
+  template <detail::NoTextOperand Other>
+  friend CString operator+(const Other&, const CString&) = delete;
+
+  /// Writes the text as UTF-8.
+  friend KPX_API std::ostream& operator<<(std::ostream& out, const CString& text);
 
   // --- formatting: the print family of PrintScan.h, always with "." as decimal sign ------------
 
   /// Replaces the text. A format that cannot be carried out leaves the text as it was and
   /// answers false. Arguments may be parts of the text itself.
   template <class... Args>
-  bool Format(std::u16string_view format, const Args&... args) {
-    return formatInto(format, FormatArgs{args...}, false);
+  bool Format(const TextArg& format, const Args&... args) {
+    return formatInto(TextUnits(format), FormatArgs{args...}, false);
   }
   /// Appends to the text, with the same promise.
   template <class... Args>
-  bool AppendFormat(std::u16string_view format, const Args&... args) {
-    return formatInto(format, FormatArgs{args...}, true);
+  bool AppendFormat(const TextArg& format, const Args&... args) {
+    return formatInto(TextUnits(format), FormatArgs{args...}, true);
   }
 
  private:
+  static std::size_t lengthOf(const void* text, int length) noexcept {
+    return text != nullptr && length > 0 ? static_cast<std::size_t>(length) : 0;
+  }
+  static CString joined(std::u16string_view a, std::u16string_view b);
+  void repeat(std::u16string_view character, int count);
+  void assign(std::u16string_view text);
+  void append(std::u16string_view text);
+  int compare(std::u16string_view other) const noexcept;
+  int compareNoCase(std::u16string_view other) const noexcept;
+  int find(std::u16string_view part, int start) const noexcept;
+  int reverseFind(std::u16string_view part) const noexcept;
+  int findOneOf(std::u16string_view units) const noexcept;
+  int insert(int index, std::u16string_view text);
+  int replaceUnit(char16_t from, char16_t to) noexcept;
+  int replace(std::u16string_view from, std::u16string_view to);
   bool formatInto(std::u16string_view format, const FormatArgs& args, bool append);
 
   std::u16string text_;
@@ -191,26 +279,12 @@ class KPX_API CString {
 
 inline FormatArg::FormatArg(const CString& text) noexcept : FormatArg(text.view()) {}
 
-inline CString operator+(const CString& a, const CString& b) {
-  CString sum;
-  sum.units().reserve(a.view().size() + b.view().size());
-  sum += a.view();
-  sum += b.view();
-  return sum;
-}
-inline CString operator+(CString&& a, const CString& b) {
-  a += b.view();
-  return std::move(a);
-}
-inline CString operator+(const CString& a, char16_t b) {
-  CString sum(a);
-  sum += b;
-  return sum;
-}
-
 namespace literals {
 inline CString operator""_cs(const char16_t* text, std::size_t length) {
   return CString(std::u16string_view(text, length));
+}
+inline CString operator""_cs(const wchar_t* text, std::size_t length) {
+  return CString(std::wstring_view(text, length));
 }
 }  // namespace literals
 

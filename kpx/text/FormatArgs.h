@@ -57,6 +57,7 @@ class FormatArg {
   FormatArg(std::wstring_view text) noexcept
       : kind(platformWide), length(text.size()), pointer(text.data()) {}
   FormatArg(const std::wstring& text) noexcept : FormatArg(std::wstring_view(text)) {}
+  FormatArg(std::nullptr_t) = delete;
   FormatArg(const void* address) noexcept : kind(Kind::pointer), pointer(address) {}
 
   Kind kind = Kind::signedInteger;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstring>
 
 #include "kpx/text/internal/Utf8Sequence.h"
 
@@ -85,7 +86,7 @@ char32_t nextCodePoint(std::u16string_view text, std::size_t& position) noexcept
 
 void appendCodePoint(std::u16string& text, char32_t code) {
   char16_t units[2];
-  text.append(units, detail::encodeUtf16(code, units));
+  text.append(units, encodeUtf16(code, units));
 }
 
 std::size_t appendUtf8(std::u16string& text, std::string_view bytes) {
@@ -121,7 +122,7 @@ std::size_t appendUtf8(std::u16string& text, std::string_view bytes) {
           if (code == detail::invalidSequence && firstInvalid == std::string_view::npos) {
             firstInvalid = static_cast<std::size_t>(at - bytes.data());
           }
-          to += detail::encodeUtf16(code, to);
+          to += encodeUtf16(code, to);
           at += length;
         }
       }
@@ -157,6 +158,31 @@ std::string utf8FromUtf16(std::u16string_view text) {
   std::string bytes;
   appendUtf16(bytes, text);
   return bytes;
+}
+
+void appendWide(std::u16string& text, std::wstring_view wide) {
+  if constexpr (wideIsUtf16) {
+    if (wide.empty()) return;
+    const std::size_t length = text.size();
+    text.resize(length + wide.size());
+    std::memcpy(text.data() + length, wide.data(), wide.size() * sizeof(char16_t));
+  } else {
+    text.reserve(text.size() + wide.size());
+    for (const wchar_t code : wide) appendCodePoint(text, static_cast<char32_t>(code));
+  }
+}
+
+std::wstring wideFromUtf16(std::u16string_view text) {
+  std::wstring wide;
+  if constexpr (wideIsUtf16) {
+    if (text.empty()) return wide;
+    wide.resize(text.size());
+    std::memcpy(wide.data(), text.data(), text.size() * sizeof(char16_t));
+  } else {
+    wide.reserve(text.size());
+    for (std::size_t i = 0; i < text.size();) wide.push_back(static_cast<wchar_t>(decode(text, i)));
+  }
+  return wide;
 }
 
 }  // namespace kpx

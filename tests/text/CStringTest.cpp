@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
 #include <vector>
 
 #include "kpx/text/CaseFold.h"
@@ -39,11 +40,57 @@ TEST(CString, ChangesByPartsOfTheTextItself) {
   text = u"a-b-c";
   EXPECT_EQ(text.Replace(text.view().substr(1, 1), text.view()), 2);
   EXPECT_EQ(text, u"aa-b-cba-b-cc");
+  EXPECT_EQ(text.Replace(text.view().substr(1, 1), text.view().substr(5, 1)), 3);
+  EXPECT_EQ(text, u"cc-b-cbc-b-cc");
+  EXPECT_EQ(text.Trim(text.view().substr(11, 1)), u"-b-cbc-b-");
+  text = text.view().substr(1, 7);
+  EXPECT_EQ(text, u"b-cbc-b");
   text = u"x%";
   EXPECT_TRUE(text.Format(u"<%s|%s>", text, text.view().substr(0, 1)));
   EXPECT_EQ(text, u"<x%|x>");
   EXPECT_TRUE(text.AppendFormat(u"%s", text));
   EXPECT_EQ(text, u"<x%|x><x%|x>");
+}
+
+TEST(CString, CharactersAreWholeCharactersOfAnyKind) {
+  CString text(L'\u20AC', 2);
+  text += 'a';
+  text += '\xE4';  // in no encoding that is known
+  text += U'\U0001F600';
+  EXPECT_EQ(text, u"€€a\uFFFD\U0001F600");
+  EXPECT_EQ(text.Find(U'\U0001F600'), 4);
+  EXPECT_EQ(text.ReverseFind(L'€'), 1);
+  EXPECT_EQ(text.Replace(U'\U0001F600', 'b'), 1);
+  EXPECT_EQ(text.Remove(u'€'), 2);
+  EXPECT_EQ(L'x' + text + u'y', L"xa\uFFFDby");
+  if (!wideIsUtf16) {
+    text = static_cast<wchar_t>(0x1F600);
+    EXPECT_EQ(text, u"\U0001F600");
+  }
+}
+
+TEST(CString, NullPointersAreEmptyTexts) {
+  const char16_t* const units = nullptr;
+  const wchar_t* const wide = nullptr;
+  CString text(u"ab");
+  text += units;
+  text += wide;
+  EXPECT_EQ(text.Find(wide), 0);
+  EXPECT_EQ(text.Insert(1, wide), 2);
+  EXPECT_EQ(text.Replace(units, L"x"), 0);
+  EXPECT_EQ(text.Trim(units) + wide, u"ab");
+  EXPECT_NE(text, units);
+  text = wide;
+  EXPECT_EQ(text, units);
+  EXPECT_TRUE(text.Format(units));
+  EXPECT_EQ(CString(units, 1) + CString(wide, 1), L"");
+}
+
+TEST(CString, GoesToAStreamAsUtf8) {
+  std::ostringstream stream;
+  stream.width(7);
+  stream << CString(u"5 €") << CString(L"!");
+  EXPECT_EQ(stream.str(), "  5 \xE2\x82\xAC!");
 }
 
 TEST(CString, RefusedFormatLeavesTheTextAsItWas) {

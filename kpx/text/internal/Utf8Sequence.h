@@ -69,17 +69,4 @@ inline std::size_t encodeUtf8(char32_t code, char* to) noexcept {
   return 4;
 }
 
-/// Writes a code point as UTF-16 and answers the number of units, 1 or 2; codes beyond Unicode
-/// become U+FFFD.
-inline std::size_t encodeUtf16(char32_t code, char16_t* to) noexcept {
-  if (code > 0x10FFFF) code = replacementCharacter;
-  if (code < 0x10000) {
-    to[0] = static_cast<char16_t>(code);
-    return 1;
-  }
-  to[0] = static_cast<char16_t>(0xD7C0 + (code >> 10));
-  to[1] = static_cast<char16_t>(0xDC00 + (code & 0x3FF));
-  return 2;
-}
-
 }  // namespace kpx::detail
