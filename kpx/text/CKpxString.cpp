@@ -5,11 +5,11 @@
 
 namespace kpx {
 
-bool CKpxString::FormatV_l(std::u16string_view format, const void* /*locale*/, std::va_list list) {
+bool CKpxString::FormatV_l(const TextArg& format, const void* /*locale*/, std::va_list list) {
   return Guarded("CKpxString::FormatV_l", false, [&] {
     const detail::VariableArguments arguments(format, list);
     std::u16string result;
-    if (detail::appendFormatted(result, format, arguments.args()) < 0) return false;
+    if (detail::appendFormatted(result, TextUnits(format), arguments.args()) < 0) return false;
     units() = std::move(result);
     return true;
   });

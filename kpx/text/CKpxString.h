@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdarg>
-#include <string_view>
 
 #include "kpx/report/Export.h"
 #include "kpx/text/CString.h"
@@ -15,12 +14,13 @@ class KPX_API CKpxString : public CString {
   CKpxString() noexcept = default;
   CKpxString(const CString& text) : CString(text) {}
   CKpxString(CString&& text) noexcept : CString(std::move(text)) {}
+  using CString::operator=;
 
   /// Replaces the text as `Format` does, with values read from `list` by the types that the
   /// format tells (see `kpxvfwprintf`). `locale` is kept for callers that pass one and has no
   /// effect: the decimal sign is always ".". A format that cannot be carried out leaves the
   /// text as it was and answers false. Error number 910555.
-  bool FormatV_l(std::u16string_view format, const void* locale, std::va_list list);
+  bool FormatV_l(const TextArg& format, const void* locale, std::va_list list);
 };
 
 }  // namespace kpx

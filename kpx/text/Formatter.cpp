@@ -286,18 +286,24 @@ int appendAll(std::basic_string<CharT>& text, std::basic_string_view<CharT> form
   return static_cast<int>(out.view().size());
 }
 
-template <class CharT>
-int fillBuffer(CharT* buffer, std::size_t size, std::basic_string_view<CharT> format,
-               const FormatArgs& args) noexcept {
-  if (buffer == nullptr || size == 0 || format.data() == nullptr) return -1;
+/// Ends the text in the buffer and answers its length, or -1 when it had to be cut.
+template <class Unit, class Text>
+int copyToBuffer(Unit* buffer, std::size_t size, const Text& text) noexcept {
+  const std::size_t written = std::min(text.size(), size - 1);
+  std::copy_n(text.data(), written, buffer);
+  buffer[written] = 0;
+  return written == text.size() ? static_cast<int>(written) : -1;
+}
+
+template <class Unit>
+int formatWideToBuffer(Unit* buffer, std::size_t size, const TextArg& format,
+                       const FormatArgs& args) noexcept {
+  if (buffer == nullptr || size == 0 || format.isNull()) return -1;
   try {
-    TextSink<CharT> out;
-    if (!formatAll(out, format, args)) return -1;
-    const std::size_t length = out.view().size();
-    const std::size_t written = std::min(length, size - 1);
-    std::copy_n(out.view().data(), written, buffer);
-    buffer[written] = 0;
-    return written == length ? static_cast<int>(length) : -1;
+    TextSink<char16_t> out;
+    if (!formatAll<char16_t>(out, TextUnits(format), args)) return -1;
+    if constexpr (sizeof(Unit) == sizeof(char16_t)) return copyToBuffer(buffer, size, out.view());
+    return copyToBuffer(buffer, size, wideFromUtf16(out.view()));
   } catch (...) {
     return -1;
   }
@@ -317,21 +323,32 @@ int appendFormatted(std::string& text, std::string_view format, const FormatArgs
   return appendAll(text, format, args);
 }
 
-int formatToBuffer(char16_t* buffer, std::size_t size, std::u16string_view format,
+int formatToBuffer(char16_t* buffer, std::size_t size, const TextArg& format,
                    const FormatArgs& args) noexcept {
-  return fillBuffer(buffer, size, format, args);
+  return formatWideToBuffer(buffer, size, format, args);
+}
+
+int formatToBuffer(wchar_t* buffer, std::size_t size, const TextArg& format,
+                   const FormatArgs& args) noexcept {
+  return formatWideToBuffer(buffer, size, format, args);
 }
 
 int formatToBuffer(char* buffer, std::size_t size, std::string_view format,
                    const FormatArgs& args) noexcept {
-  return fillBuffer(buffer, size, format, args);
+  if (buffer == nullptr || size == 0 || format.data() == nullptr) return -1;
+  try {
+    TextSink<char> out;
+    return formatAll(out, format, args) ? copyToBuffer(buffer, size, out.view()) : -1;
+  } catch (...) {
+    return -1;
+  }
 }
 
-int formatToStream(std::FILE* stream, std::u16string_view format, const FormatArgs& args) noexcept {
-  if (stream == nullptr || format.data() == nullptr) return -1;
+int formatToStream(std::FILE* stream, const TextArg& format, const FormatArgs& args) noexcept {
+  if (stream == nullptr || format.isNull()) return -1;
   try {
     TextSink<char16_t> out;
-    if (!formatAll(out, format, args)) return -1;
+    if (!formatAll<char16_t>(out, TextUnits(format), args)) return -1;
     return writeAll(stream, utf8FromUtf16(out.view())) ? static_cast<int>(out.view().size()) : -1;
   } catch (...) {
     return -1;
@@ -353,7 +370,7 @@ namespace {
 
 /// Keeps its own copy of the list, so that reading goes on where a function called stopped.
 struct ListReader {
-  explicit ListReader(std::va_list source) { va_copy(list, source); }
+  ListReader(std::va_list source, bool codes) : wideIsCodes(codes) { va_copy(list, source); }
   ~ListReader() { va_end(list); }
   ListReader(const ListReader&) = delete;
   ListReader& operator=(const ListReader&) = delete;
@@ -393,8 +410,9 @@ struct ListReader {
         return va_arg(list, int);
       case 's':
       case 'S':
-        if (meansWide<char16_t>(directive)) return va_arg(list, const char16_t*);
-        return va_arg(list, const char*);
+        if (!meansWide<char16_t>(directive)) return va_arg(list, const char*);
+        if (wideIsCodes) return va_arg(list, const wchar_t*);
+        return va_arg(list, const char16_t*);
       case 'p':
         return va_arg(list, const void*);
       default:
@@ -403,14 +421,16 @@ struct ListReader {
   }
 
   std::va_list list;
+  bool wideIsCodes;  // wide text has 32 bits a character, as the format has
 };
 
 }  // namespace
 
-VariableArguments::VariableArguments(std::u16string_view format, std::va_list list) {
-  ListReader reader(list);
-  const char16_t* at = format.data();
-  const char16_t* const end = at + format.size();
+VariableArguments::VariableArguments(const TextArg& format, std::va_list list) {
+  const TextUnits units(format);
+  ListReader reader(list, format.isCodes());
+  const char16_t* at = units.view().data();
+  const char16_t* const end = at + units.view().size();
   while ((at = std::find(at, end, u'%')) != end) {
     ++at;
     PrintDirective directive;

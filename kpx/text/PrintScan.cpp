@@ -27,27 +27,34 @@ double readReal(const CharT* text, CharT** end) noexcept {
 
 }  // namespace
 
-double kpxatof(detail::NarrowArgument text) noexcept { return readReal(text.view()); }
-double kpxwtof(detail::WideArgument text) noexcept { return readReal(text.view()); }
+double kpxatof(detail::NarrowArg text) noexcept { return readReal(text.view()); }
+double kpxwtof(const TextArg& text) noexcept {
+  return text.isCodes() ? readReal(text.codes()) : readReal(text.units());
+}
 
 double kpxstrtod(const char* text, char** end) noexcept { return readReal(text, end); }
 double kpxwcstod(const char16_t* text, char16_t** end) noexcept { return readReal(text, end); }
+double kpxwcstod(const wchar_t* text, wchar_t** end) noexcept { return readReal(text, end); }
 
 std::size_t kpxstrlen(const char16_t* text) noexcept {
   return text == nullptr ? 0 : std::char_traits<char16_t>::length(text);
 }
+std::size_t kpxstrlen(const wchar_t* text) noexcept {
+  return text == nullptr ? 0 : std::char_traits<wchar_t>::length(text);
+}
+std::size_t kpxstrlen(const CString& text) noexcept { return kpxstrlen(text.GetString()); }
 
-int kpxvfwprintf(std::FILE* stream, detail::WideArgument format, std::va_list list) noexcept {
-  if (stream == nullptr || format.view().data() == nullptr) return -1;
+int kpxvfwprintf(std::FILE* stream, const TextArg& format, std::va_list list) noexcept {
+  if (stream == nullptr || format.isNull()) return -1;
   try {
-    const detail::VariableArguments arguments(format.view(), list);
-    return detail::formatToStream(stream, format.view(), arguments.args());
+    const detail::VariableArguments arguments(format, list);
+    return detail::formatToStream(stream, format, arguments.args());
   } catch (...) {
     return -1;
   }
 }
 
-int kpxvfwprintf_s(std::FILE* stream, detail::WideArgument format, std::va_list list) noexcept {
+int kpxvfwprintf_s(std::FILE* stream, const TextArg& format, std::va_list list) noexcept {
   return kpxvfwprintf(stream, format, list);
 }
 

@@ -21,6 +21,7 @@ class ScanArg {
     longReal,
     narrowText,  // char units; also an integer for %hhd and its like
     wideText,    // char16_t units
+    codeText,    // wchar_t units where these have 32 bits
     string,      // CString
     address,
     bufferSize,  // no target: the number of units of the buffer named before it
@@ -36,9 +37,9 @@ class ScanArg {
   ScanArg(long double* target) noexcept : kind(Kind::longReal), pointer(target) {}
   ScanArg(char* target) noexcept : kind(Kind::narrowText), size(1), pointer(target) {}
   ScanArg(char16_t* target) noexcept : kind(Kind::wideText), pointer(target) {}
-  template <class T>
-  requires(std::is_same_v<T, wchar_t> && sizeof(wchar_t) == sizeof(char16_t)) ScanArg(T* target)
-  noexcept : kind(Kind::wideText), pointer(target) {}
+  ScanArg(wchar_t* target) noexcept
+      : kind(sizeof(wchar_t) == sizeof(char16_t) ? Kind::wideText : Kind::codeText),
+        pointer(target) {}
   ScanArg(CString* target) noexcept : kind(Kind::string), pointer(target) {}
   ScanArg(void** target) noexcept : kind(Kind::address), pointer(target) {}
   /// A negative size is one of 0, into which nothing fits.

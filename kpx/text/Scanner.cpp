@@ -272,8 +272,9 @@ class Scan {
     if (!directive.suppressed) {
       const ScanArg* const target = nextTarget();
       if (target == nullptr || target->pointer == nullptr) return Outcome::refused;
-      const bool isBuffer =
-          target->kind == ScanArg::Kind::narrowText || target->kind == ScanArg::Kind::wideText;
+      const bool isBuffer = target->kind == ScanArg::Kind::narrowText ||
+                            target->kind == ScanArg::Kind::wideText ||
+                            target->kind == ScanArg::Kind::codeText;
       std::size_t size = static_cast<std::size_t>(-1);
       if (sized_ && isBuffer) {
         const ScanArg* const given = nextTarget();
@@ -309,6 +310,10 @@ class Scan {
     if (target.kind == ScanArg::Kind::wideText) {
       return fill(static_cast<char16_t*>(target.pointer), size, found, terminated);
     }
+    if (target.kind == ScanArg::Kind::codeText) {
+      return fill<wchar_t>(static_cast<wchar_t*>(target.pointer), size, wideFromUtf16(found),
+                           terminated);
+    }
     if (target.kind != ScanArg::Kind::string) return false;
     static_cast<CString*>(target.pointer)->Assign(found);
     return true;
@@ -338,7 +343,6 @@ class Scan {
 template <class CharT>
 int scan(std::basic_string_view<CharT> text, std::basic_string_view<CharT> format,
          const ScanArgs& args, bool sized) noexcept {
-  if (text.data() == nullptr || format.data() == nullptr) return -1;
   Scan<CharT> state(text, args, sized);
   try {
     return state.run(format);
@@ -349,13 +353,20 @@ int scan(std::basic_string_view<CharT> text, std::basic_string_view<CharT> forma
 
 }  // namespace
 
-int scanText(std::u16string_view text, std::u16string_view format, const ScanArgs& args,
+int scanText(const TextArg& text, const TextArg& format, const ScanArgs& args,
              bool sized) noexcept {
-  return scan(text, format, args, sized);
+  if (text.isNull() || format.isNull()) return -1;
+  if (!text.isCodes() && !format.isCodes()) return scan(text.units(), format.units(), args, sized);
+  try {
+    return scan<char16_t>(TextUnits(text), TextUnits(format), args, sized);
+  } catch (...) {
+    return 0;  // no memory for a copy of the text
+  }
 }
 
 int scanText(std::string_view text, std::string_view format, const ScanArgs& args,
              bool sized) noexcept {
+  if (text.data() == nullptr || format.data() == nullptr) return -1;
   return scan(text, format, args, sized);
 }
 

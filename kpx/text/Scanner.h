@@ -4,6 +4,7 @@
 
 #include "kpx/report/Export.h"
 #include "kpx/text/ScanArgs.h"
+#include "kpx/text/TextArg.h"
 
 namespace kpx {
 
@@ -25,7 +26,7 @@ namespace detail {
 /// Answers how many targets were filled, or -1 when the text ended before the first conversion.
 /// With `sized`, each text buffer is followed by its size in units; a text that does not fit
 /// leaves the buffer empty and ends the scan. Never throws.
-KPX_API int scanText(std::u16string_view text, std::u16string_view format, const ScanArgs& args,
+KPX_API int scanText(const TextArg& text, const TextArg& format, const ScanArgs& args,
                      bool sized) noexcept;
 KPX_API int scanText(std::string_view text, std::string_view format, const ScanArgs& args,
                      bool sized) noexcept;

@@ -172,7 +172,8 @@ TEST(TextOrder, InsertSortKeepsEveryValue) {
   utlInsertSort(nullptr, 0);
 }
 
-bool formatList(CKpxString& text, const char16_t* format, ...) {
+template <class Unit>
+bool formatList(CKpxString& text, const Unit* format, ...) {
   std::va_list list;
   va_start(list, format);
   const bool done = text.FormatV_l(format, nullptr, list);
@@ -186,6 +187,10 @@ TEST(CKpxString, ReadsArgumentListsByTheFormatsTypes) {
                          -3LL, std::size_t{4}, 260, 1.255, 0.5L, u'ä', u"wide", "narrow", "n2", 4,
                          7, 1, 2.25));
   EXPECT_EQ(text, u"-1 -2 -3 4 4 1.25 0.5 ä wide narrow n2    7 2.2 %");
+  ASSERT_TRUE(
+      formatList(text, L"%s %ls %-3s| %S %hs %c", L"wide", L"\u20AC", L"w", "n", "n2", L'ä'));
+  EXPECT_EQ(text, u"wide € w  | n n2 ä");
+  text = L'%';
   EXPECT_FALSE(formatList(text, u"%d %n", 1, nullptr));
   EXPECT_TRUE(text.EndsWith(u"%")) << "a refused format changed the text";
 }

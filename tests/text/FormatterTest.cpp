@@ -98,6 +98,9 @@ TEST(Formatter, TextOfEitherKind) {
       {u"%S", "n\xC3\xA4rrow", u"närrow"},
       {u"%hs", u"wide", u"wide"},
       {u"%s", L"\u20AC", u"€"},
+      {u"%hs", L"wide", u"wide"},
+      {u"%.1S", L"wide", u"w"},
+      {u"%ls", "narrow", u"narrow"},
       {u"%6s|", u"ab", u"    ab|"},
       {u"%-6.1s|", u"ab", u"a     |"},
       {u"%.2s", "\xC3\xA4\xC3\xB6\xC3\xBC", u"äö"},
@@ -116,6 +119,10 @@ TEST(Formatter, TextOfEitherKind) {
     EXPECT_TRUE(result.Format(format, value)) << CString(format).utf8();
     EXPECT_EQ(result, text) << CString(format).utf8();
   }
+  CString text;
+  EXPECT_TRUE(text.Format(L"%5s|%s|%c%%", L"ä€", u"units", L'x'));
+  EXPECT_TRUE(text.AppendFormat(std::wstring(L"|%d"), 5));
+  EXPECT_EQ(text, u"   ä€|units|x%|5");
   std::string narrow;
   EXPECT_EQ(detail::appendFormatted(narrow, "%s %S %lc %.4ls|", {"n", u"wä", u'ö', u"ab€€"}), 12);
   EXPECT_EQ(narrow, "n w\xC3\xA4 \xC3\xB6 ab|") << "a precision counts bytes, no part of a €";
@@ -219,6 +226,13 @@ TEST(PrintFamily, TextsThatDoNotFitAreCutAndEnded) {
   EXPECT_EQ(kpxswprintf_s(wide, 6, u"%d", 12345), 5);
   EXPECT_EQ(kpxswprintf_s(wide, 4, u"%d", 67890), -1);
   EXPECT_EQ(std::u16string_view(wide, 6), std::u16string_view(u"678\0005\0", 6));
+  // A character that takes two units is one where wide characters have 32 bits.
+  wchar_t platformWide[6] = L"#####";
+  EXPECT_EQ(kpxswprintf(platformWide, L"%s%d", L"\U0001F600", 1), wideIsUtf16 ? 3 : 2);
+  EXPECT_EQ(std::wstring_view(platformWide), L"\U0001F6001");
+  EXPECT_EQ(kpxswprintf_s(platformWide, 4, u"%s", "abcd"), -1);
+  EXPECT_EQ(std::wstring_view(platformWide, 4), std::wstring_view(L"abc\0", 4));
+  EXPECT_EQ(kpxswprintf_s(platformWide, 4, static_cast<const wchar_t*>(nullptr)), -1);
   char narrow[3] = "##";
   EXPECT_EQ(kpxsprintf_s(narrow, 3, "%s", "abc"), -1);
   EXPECT_STREQ(narrow, "ab");
@@ -227,12 +241,13 @@ TEST(PrintFamily, TextsThatDoNotFitAreCutAndEnded) {
   EXPECT_EQ(kpxsprintf_s(narrow, 0, "%d", 1), -1);
   EXPECT_STREQ(narrow, "ab");
   EXPECT_EQ(kpxsprintf_s(nullptr, 3, "%d", 1), -1);
-  EXPECT_EQ(kpxsprintf(narrow, nullptr), -1);
+  EXPECT_EQ(kpxsprintf(narrow, static_cast<const char*>(nullptr)), -1);
   EXPECT_EQ(kpxsprintf(narrow, ""), 0);
   EXPECT_STREQ(narrow, "");
 }
 
-int printList(std::FILE* stream, const char16_t* format, ...) {
+template <class Unit>
+int printList(std::FILE* stream, const Unit* format, ...) {
   std::va_list list;
   va_start(list, format);
   const int count = kpxvfwprintf(stream, format, list);
@@ -246,6 +261,8 @@ TEST(PrintFamily, StreamsTakeWideTextAsUtf8) {
   EXPECT_EQ(kpxfwprintf(stream, u"ä%.1f ", 0.5), 5);
   EXPECT_EQ(kpxfprintf_s(stream, "%s ", u"€"), 4);
   EXPECT_EQ(printList(stream, u"%s%d", u"ö", 7), 2);
+  EXPECT_EQ(printList(stream, L"%s%hs", L"ü", "n"), 2);
+  EXPECT_EQ(kpxfwprintf(stream, L"%s", L"ß"), 1);
   EXPECT_EQ(kpxfwprintf(stream, u"lost %d", u""), -1);
   EXPECT_EQ(kpxfprintf(nullptr, "x"), -1);
   std::rewind(stream);
@@ -254,7 +271,7 @@ TEST(PrintFamily, StreamsTakeWideTextAsUtf8) {
   EXPECT_STREQ(bytes,
                "\xC3\xA4"
                "0.5 \xE2\x82\xAC \xC3\xB6"
-               "7");
+               "7\xC3\xBCn\xC3\x9F");
   std::fclose(stream);
 }
 

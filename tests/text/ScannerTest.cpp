@@ -111,6 +111,12 @@ TEST(Scanner, TextAndSets) {
   EXPECT_EQ(std::u16string_view(wide), u"äöü");
   EXPECT_EQ(text, u"€");
   EXPECT_STREQ(word, "next");
+  wchar_t platformWide[4] = L"###";
+  EXPECT_EQ(kpxswscanf(L"äö 7\U0001F600", L"%[ä-ü]%hs", platformWide, &text), 2);
+  EXPECT_EQ(std::wstring_view(platformWide), L"äö");
+  EXPECT_EQ(text, L"7\U0001F600");
+  EXPECT_EQ(kpxswscanf_s(L"abcd", u"%s", platformWide, 4), 0);
+  EXPECT_EQ(kpxswscanf_s(u"abc", L"%s", platformWide, 4), 1);
   EXPECT_EQ(kpxsscanf("\xC3\xA4", "%s", &text), 1);
   EXPECT_EQ(text, u"ä");
 }
@@ -192,12 +198,17 @@ TEST(RealParser, WholeGrammar) {
     EXPECT_EQ(kpxwcstod(wide.GetString(), &wideEnd), value) << text;
     EXPECT_EQ(wideEnd - wide.GetString(), used) << text;
     EXPECT_EQ(kpxwtof(wide), value) << text;
+    const std::wstring platformWide = wide.wide();
+    wchar_t* platformEnd = nullptr;
+    EXPECT_EQ(kpxwcstod(platformWide.c_str(), &platformEnd), value) << text;
+    EXPECT_EQ(platformEnd - platformWide.c_str(), used) << text;
   }
   EXPECT_TRUE(std::isnan(kpxatof("nan(ind)")));
   EXPECT_TRUE(std::signbit(kpxatof("-0")));
-  EXPECT_EQ(kpxatof(nullptr), 0);
-  EXPECT_EQ(kpxstrlen(nullptr), 0u);
-  EXPECT_EQ(kpxstrlen(u"abc"), 3u);
+  EXPECT_EQ(kpxatof(static_cast<const char*>(nullptr)), 0);
+  EXPECT_EQ(kpxstrlen(static_cast<const wchar_t*>(nullptr)), 0u);
+  EXPECT_EQ(kpxstrlen(L"abc"), 3u);
+  EXPECT_EQ(kpxwtof(L" 1.5"), 1.5);
 }
 
 TEST(RealParser, SeventeenDigitsGiveTheSameBits) {

@@ -230,5 +230,6 @@ ParsedReal<CharT> parseReal(const CharT* first, const CharT* last, bool commaToo
 
 template ParsedReal<char> parseReal(const char*, const char*, bool) noexcept;
 template ParsedReal<char16_t> parseReal(const char16_t*, const char16_t*, bool) noexcept;
+template ParsedReal<wchar_t> parseReal(const wchar_t*, const wchar_t*, bool) noexcept;
 
 }  // namespace kpx::detail

@@ -11,8 +11,8 @@ struct ParsedReal {
 /// Reads the longest beginning of a text that is a number as strtod knows it: sign, decimal or
 /// hexadecimal digits with exponent, "inf", "infinity", "nan", "nan(...)". Leading blanks are
 /// left to the caller. The decimal sign is "." and, where `commaToo` says so, "," as well.
-/// Rounds to nearest even; beyond the range the answer is an infinity or zero. `CharT` is char
-/// or char16_t.
+/// Rounds to nearest even; beyond the range the answer is an infinity or zero. `CharT` is char,
+/// char16_t or wchar_t.
 template <class CharT>
 ParsedReal<CharT> parseReal(const CharT* first, const CharT* last, bool commaToo) noexcept;
 
