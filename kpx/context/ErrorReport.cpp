@@ -127,10 +127,11 @@ milliseconds setLogPatience(milliseconds wanted) noexcept {
   return milliseconds(patience.exchange(wanted.count(), std::memory_order_relaxed));
 }
 
-int detail::messageBox(std::int32_t style, std::u16string_view format, const FormatArgs& args) {
+int detail::messageBox(std::int32_t style, const TextArg& format, const FormatArgs& args) {
   return Guarded("utlMessageBox", MessageBoxAnswer::none, [&] {
     MessageBoxRequest request;
-    if (appendFormatted(request.text.units(), format, args) < 0) request.text = format;
+    const TextUnits units(format);
+    if (appendFormatted(request.text.units(), units, args) < 0) request.text.Assign(units.view());
     request.caption = kpxGetAppName();
     request.style = style;
     request.owner = kpxGetCurrentAppHWnd();
@@ -141,10 +142,6 @@ int detail::messageBox(std::int32_t style, std::u16string_view format, const For
 void kpxShowSoccetErrorMessage(const CString& text, std::int32_t code) {
   Guarded("kpxShowSoccetErrorMessage",
           [&] { utlMessageBox(MessageBoxStyle::information, u"%s", systemFailure(text, code)); });
-}
-
-void kpxShowSoccetErrorMessage(const CString& text, std::uint32_t code) {
-  kpxShowSoccetErrorMessage(text, static_cast<std::int32_t>(code));
 }
 
 void kpxShowSystemErrorMessage(const CString& text) {

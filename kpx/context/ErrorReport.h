@@ -1,13 +1,14 @@
 #pragma once
 
 #include <chrono>
+#include <concepts>
 #include <cstdint>
-#include <string_view>
 
 #include "kpx/report/Error.h"
 #include "kpx/report/Export.h"
 #include "kpx/text/CString.h"
 #include "kpx/text/FormatArgs.h"
+#include "kpx/text/TextArg.h"
 
 namespace kpx {
 
@@ -36,10 +37,10 @@ KPX_API std::chrono::milliseconds setLogPatience(std::chrono::milliseconds patie
 /// Shows that a socket or the system failed: "text (Fehler:code)" and the system's own text for the
 /// code, with the information icon. Error number 910303.
 KPX_API void kpxShowSoccetErrorMessage(const CString& text, std::int32_t code);
-KPX_API void kpxShowSoccetErrorMessage(const CString& text, std::uint32_t code);
-/// For codes of the system's own type DWORD.
-inline void kpxShowSoccetErrorMessage(const CString& text, unsigned long code) {
-  kpxShowSoccetErrorMessage(text, static_cast<std::uint32_t>(code));
+/// For codes of the system's other types, such as long and DWORD: their low 32 bits.
+template <std::integral Code>
+void kpxShowSoccetErrorMessage(const CString& text, Code code) {
+  kpxShowSoccetErrorMessage(text, static_cast<std::int32_t>(code));
 }
 
 /// Shows the text of a failure of the system with the error icon; with a code, in the form above.
@@ -48,7 +49,7 @@ KPX_API void kpxShowSystemErrorMessage(const CString& text);
 KPX_API void kpxShowSystemErrorMessage(const CString& text, std::int32_t code);
 
 namespace detail {
-KPX_API int messageBox(std::int32_t style, std::u16string_view format, const FormatArgs& args);
+KPX_API int messageBox(std::int32_t style, const TextArg& format, const FormatArgs& args);
 }
 
 /// Formats a text (see CString::Format) and shows it in a message box with the application's name
@@ -56,7 +57,7 @@ KPX_API int messageBox(std::int32_t style, std::u16string_view format, const For
 /// pressed; 0 when no box could be shown. A format that cannot be carried out is shown as it is.
 /// Error number 910302.
 template <class... Args>
-int utlMessageBox(std::int32_t style, std::u16string_view format, const Args&... args) {
+int utlMessageBox(std::int32_t style, const TextArg& format, const Args&... args) {
   return detail::messageBox(style, format, FormatArgs{args...});
 }
 

@@ -76,9 +76,9 @@ TEST(ErrorReport, MessageBoxesOfModules) {
   ContextScope scope;
   shown.clear();
   setMessageBoxHandler(&rememberBox);
-  EXPECT_EQ(utlMessageBox(64, u"%d Punkte in %s", 3, CString(u"Aue")), MessageBoxAnswer::no);
-  utlMessageBox(64, u"%d %s", 3);
-  kpxShowSoccetErrorMessage(u"Empfang", 2UL);
+  EXPECT_EQ(utlMessageBox(64, L"%d %s in %s", 3, L"Punkte", CString(u"Aue")), MessageBoxAnswer::no);
+  utlMessageBox(64, L"%d %s", 3);
+  kpxShowSoccetErrorMessage(L"Empfang", 2L);
   kpxShowSystemErrorMessage(u"Platte");
   ASSERT_EQ(shown.size(), 4u);
   EXPECT_EQ(shown[0].text, u"3 Punkte in Aue");
