@@ -103,8 +103,22 @@ template CArchive& CArchive::readNumber(std::int64_t&);
 template CArchive& CArchive::writeNumber(std::int64_t);
 template CArchive& CArchive::readNumber(std::uint64_t&);
 template CArchive& CArchive::writeNumber(std::uint64_t);
+template CArchive& CArchive::readNumber(char&);
+template CArchive& CArchive::writeNumber(char);
 template CArchive& CArchive::readNumber(char16_t&);
 template CArchive& CArchive::writeNumber(char16_t);
+
+CArchive& CArchive::operator>>(wchar_t& value) {
+  char16_t unit = 0;
+  *this >> unit;
+  value = static_cast<wchar_t>(unit);
+  return *this;
+}
+CArchive& CArchive::operator<<(wchar_t value) {
+  const auto unit = static_cast<char16_t>(value);
+  if (static_cast<wchar_t>(unit) != value) throw InvalidArgException();
+  return *this << unit;
+}
 
 CArchive& CArchive::operator>>(bool& value) {
   std::uint8_t byte = 0;

@@ -57,7 +57,10 @@ class KPX_API CArchive {
   CArchive& operator>>(std::uint32_t& value) { return readNumber(value); }
   CArchive& operator>>(std::int64_t& value) { return readNumber(value); }
   CArchive& operator>>(std::uint64_t& value) { return readNumber(value); }
+  CArchive& operator>>(char& value) { return readNumber(value); }
   CArchive& operator>>(char16_t& value) { return readNumber(value); }
+  /// As one UTF-16 unit on every system; a character that takes two raises InvalidArgException.
+  CArchive& operator>>(wchar_t& value);
   CArchive& operator>>(bool& value);
   CArchive& operator>>(float& value);
   CArchive& operator>>(double& value);
@@ -70,7 +73,9 @@ class KPX_API CArchive {
   CArchive& operator<<(std::uint32_t value) { return writeNumber(value); }
   CArchive& operator<<(std::int64_t value) { return writeNumber(value); }
   CArchive& operator<<(std::uint64_t value) { return writeNumber(value); }
+  CArchive& operator<<(char value) { return writeNumber(value); }
   CArchive& operator<<(char16_t value) { return writeNumber(value); }
+  CArchive& operator<<(wchar_t value);
   CArchive& operator<<(bool value);
   CArchive& operator<<(float value);
   CArchive& operator<<(double value);
@@ -83,6 +88,14 @@ class KPX_API CArchive {
   CArchive& operator>>(CString& text);
   /// Always written as UTF-16, with the shortest form of the length.
   CArchive& operator<<(const CString& text);
+  template <detail::TextOperand Text>
+  requires(TextLike<Text>) CArchive& operator<<(const Text& text) {
+    CString copy;
+    copy = text;
+    return *this << copy;
+  }
+  /// A narrow text has no known encoding, and an address is nothing to store.
+  CArchive& operator<<(const void* pointer) = delete;
 
   /// A text without a copy of it.
   ArchivedText readText();

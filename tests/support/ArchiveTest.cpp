@@ -47,6 +47,16 @@ TEST(Archive, TextsOfEveryFormOfTheLengthComeBack) {
   }
 }
 
+TEST(Archive, LiteralsAreStoredAsWhatTheyAre) {
+  std::string bytes;
+  CArchive archive(&bytes);
+  archive << u"a" << L"ä" << std::u16string(u"b") << L'\u20AC' << 'c';
+  EXPECT_EQ(bytes, written(u"a") + written(u"ä") + written(u"b") + "\xAC\x20" + "c");
+  if (!wideIsUtf16) {
+    EXPECT_THROW(archive << static_cast<wchar_t>(0x1F600), InvalidArgException);
+  }
+}
+
 TEST(Archive, ReadsWhatOthersWrite) {
   EXPECT_EQ(readText("\x03\x80\x81\xE4"s), u"\u20AC\u0081ä");
   EXPECT_EQ(readText("\xFF\x02\x00xy"s), u"xy");
