@@ -8,6 +8,7 @@
 #include "kpx/text/ByteOrderMark.h"
 #include "kpx/text/CodePage.h"
 #include "kpx/text/SingleByte.h"
+#include "kpx/text/Utf.h"
 
 namespace kpx {
 namespace {
@@ -195,19 +196,43 @@ int CUtf16StdioFile::ReadString(CString& text) {
   });
 }
 
-char16_t* CUtf16StdioFile::ReadString(char16_t* buffer, unsigned size) {
+template <class Unit>
+Unit* CUtf16StdioFile::readInto(Unit* buffer, unsigned size) {
   problem_ = notOpen;
   if (!buffer || size < 2 || !canRead_ || !IsOpen()) return nullptr;
-  return Guarded("CUtf16StdioFile::ReadString(char16_t*)", static_cast<char16_t*>(nullptr), [&] {
+  return Guarded("CUtf16StdioFile::ReadString(char16_t*)", static_cast<Unit*>(nullptr), [&] {
     problem_ = writePending();
-    if (!problem_) return static_cast<char16_t*>(nullptr);
+    if (!problem_) return static_cast<Unit*>(nullptr);
     CString text;
+    const std::uint64_t start = position_;
     const bool read =
         isUnicode_ ? ReadUnicodeString(text, size - 1) : ReadANSIString(text, size - 1, true);
-    if (!read) return static_cast<char16_t*>(nullptr);
-    *std::copy(text.begin(), text.end(), buffer) = u'\0';
+    if (!read) return static_cast<Unit*>(nullptr);
+    if constexpr (sizeof(Unit) == sizeof(char16_t)) {
+      *std::copy(text.begin(), text.end(), buffer) = 0;
+    } else {
+      // A character that the buffer would cut in halves comes whole with the next call.
+      const int last = text.GetLength() - 1;
+      const bool isCut = position_ - start == text.view().size() * unitBytes();
+      if (isCut && last > 0 && isHighSurrogate(text[last]) && hasMore() &&
+          isLowSurrogate(accumulator_[next_])) {
+        accumulator_.replace(0, next_, 1, text[last]);
+        next_ = 0;
+        position_ -= unitBytes();
+        text.Truncate(last);
+      }
+      const std::wstring wide = text.wide();
+      *std::copy(wide.begin(), wide.end(), buffer) = 0;
+    }
     return buffer;
   });
+}
+
+char16_t* CUtf16StdioFile::ReadString(char16_t* buffer, unsigned size) {
+  return readInto(buffer, size);
+}
+wchar_t* CUtf16StdioFile::ReadString(wchar_t* buffer, unsigned size) {
+  return readInto(buffer, size);
 }
 
 // --- writing ----------------------------------------------------------------------------------

@@ -64,6 +64,7 @@ class KPX_API CUtf16StdioFile {
   /// part of what is read. The buffer, or nullptr at the end of the file, after a failure and for a
   /// size below 2. Error 910224.
   char16_t* ReadString(char16_t* buffer, unsigned size);
+  wchar_t* ReadString(wchar_t* buffer, unsigned size);
 
   /// Writes a text; line ends are the caller's. A Unicode file gets its mark when the position is
   /// 0, and is little-endian unless it was opened as a big-endian one. In an ANSI file a LF becomes
@@ -95,6 +96,8 @@ class KPX_API CUtf16StdioFile {
   void dropAccumulator() noexcept;
   std::size_t unitBytes() const noexcept { return isUnicode_ ? 2 : 1; }
 
+  template <class Unit>
+  Unit* readInto(Unit* buffer, unsigned size);
   bool ReadUnicodeString(CString& text, std::size_t most);
   bool ReadANSIString(CString& text, std::size_t most, bool keepsEnd);
   FileResult WriteUnicodeString(std::u16string_view text);

@@ -104,11 +104,21 @@ TEST_F(Utf16FileTest, BufferCutsLongLinesAndGoesOn) {
     char16_t buffer[5] = {0, 0, 0, 0, u'#'};
     Lines read;
     EXPECT_EQ(file.ReadString(buffer, 1), nullptr);
-    EXPECT_EQ(file.ReadString(nullptr, 4), nullptr);
+    EXPECT_EQ(file.ReadString(static_cast<char16_t*>(nullptr), 4), nullptr);
     while (file.ReadString(buffer, 4)) read.push_back(buffer);
     EXPECT_EQ(read, pieces);
     EXPECT_EQ(buffer[4], u'#');
   }
+  // No character is halved where the buffer's characters hold a whole one.
+  folder_.write("a.txt", "\xFF\xFE" + utf16(u"ab\U0001F600c\xD83D\n\xDE00"));
+  File file;
+  ASSERT_NE(file.Open(folder_ / "a.txt", File::modeRead), 0);
+  wchar_t buffer[4];
+  Lines read;
+  while (file.ReadString(buffer, 4)) read.push_back(buffer);
+  const CString half(u'\xDE00');
+  EXPECT_EQ(read, wideIsUtf16 ? (Lines{u"ab\xD83D", half + u"c\xD83D", half})
+                              : (Lines{u"ab", u"\U0001F600c", u"\xD83D", half}));
 }
 
 TEST_F(Utf16FileTest, WritesOneMarkAtTheStart) {
