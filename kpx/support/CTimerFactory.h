@@ -33,6 +33,9 @@ class KPX_API CTimerFactory {
   CTimerFactory(const CTimerFactory&) = delete;
   CTimerFactory& operator=(const CTimerFactory&) = delete;
 
+  /// For callers that hold the factory like a pointer: `GetTimerFactory()->getTimer(...)`.
+  CTimerFactory* operator->() noexcept { return this; }
+
   /// The timer of a name, created when it is missing. It stays with the factory until
   /// `clearTimers`. nullptr only without memory, reported as 910122.
   CHiFreqTimer* getTimer(const CString& name) noexcept;
