@@ -22,31 +22,14 @@ class OneFile final : public FileSystem {
   explicit OneFile(std::string_view content) : content_(content), before_(setFileSystem(this)) {}
   ~OneFile() override { setFileSystem(before_); }
 
-  FileResult read(const CString&, FileBytes& bytes, std::uint64_t) override {
+  FileResult read(const CString&, FileBytes& bytes, std::uint64_t, FileVersion*) override {
     bytes.reserve(content_.size());
     content_.copy(bytes.data(), content_.size());
     bytes.setSize(content_.size());
     return {};
   }
 
-  FileResult openInput(const CString&, std::unique_ptr<InputFile>&) override { return failure(); }
-  FileResult info(const CString&, FileInfo&) override { return failure(); }
-  FileResult open(const CString&, OpenMode, std::unique_ptr<OutputFile>&, unsigned) override {
-    return failure();
-  }
-  FileResult openUpdate(const CString&, UpdateMode, std::unique_ptr<UpdateFile>&) override {
-    return failure();
-  }
-  FileResult copyPermissions(const CString&, const CString&) override { return failure(); }
-  FileResult rename(const CString&, const CString&) override { return failure(); }
-  FileResult remove(const CString&) override { return failure(); }
-  FileResult createFolder(const CString&) override { return failure(); }
-  FileResult list(const CString&, std::vector<CString>&) override { return failure(); }
-  FileResult followLinks(const CString&, CString&) override { return failure(); }
-
  private:
-  static FileResult failure() { return {FileStatus::failed, 0}; }
-
   std::string_view content_;
   FileSystem* before_;
 };

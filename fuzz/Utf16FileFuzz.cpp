@@ -29,18 +29,6 @@ class MemoryFile final : public FileSystem {
     return {};
   }
 
-  FileResult read(const CString&, FileBytes&, std::uint64_t) override { return notFound; }
-  FileResult info(const CString&, FileInfo&) override { return notFound; }
-  FileResult open(const CString&, OpenMode, std::unique_ptr<OutputFile>&, unsigned) override {
-    return notFound;
-  }
-  FileResult copyPermissions(const CString&, const CString&) override { return notFound; }
-  FileResult rename(const CString&, const CString&) override { return notFound; }
-  FileResult remove(const CString&) override { return notFound; }
-  FileResult createFolder(const CString&) override { return notFound; }
-  FileResult list(const CString&, std::vector<CString>&) override { return notFound; }
-  FileResult followLinks(const CString&, CString&) override { return notFound; }
-
  private:
   static FileResult copy(const std::string& from, std::uint64_t offset, char* to, std::size_t count,
                          std::size_t& done) {

@@ -29,22 +29,15 @@ class MemoryFiles final : public FileSystem {
     return {};
   }
   FileResult info(const CString& path, FileInfo& info) override {
-    info = {FileKind::folder, 0, 0, true};
+    info = {FileKind::folder, 0, true};
     if (folders.contains(checked(path))) return {};
     info.kind = FileKind::file;
     return {files.contains(path) ? FileStatus::ok : FileStatus::notFound, 0};
   }
-  FileResult open(const CString& path, OpenMode mode, std::unique_ptr<OutputFile>& file,
-                  unsigned) override {
-    FUZZ_CHECK(mode == OpenMode::create && !files.contains(checked(path)));
-    file = std::make_unique<Output>(files[path]);
-    return {};
-  }
-  FileResult rename(const CString& from, const CString& to) override {
-    if (folders.contains(checked(to))) return {FileStatus::isFolder, 0};
-    FUZZ_CHECK(from != to && files.contains(from));
-    files[to] = std::move(files[from]);
-    files.erase(from);
+  FileResult openReplacement(const CString& path, const ReplaceOptions&,
+                             std::unique_ptr<ReplacementFile>& file) override {
+    if (folders.contains(checked(path))) return {FileStatus::isFolder, 0};
+    file = std::make_unique<Replacement>(files, path);
     return {};
   }
   FileResult remove(const CString& path) override {
@@ -59,11 +52,6 @@ class MemoryFiles final : public FileSystem {
     target = checked(path);
     return {};
   }
-
-  // Not needed for unpacking.
-  FileResult read(const CString&, FileBytes&, std::uint64_t) override { return failure(); }
-  FileResult copyPermissions(const CString&, const CString&) override { return {}; }
-  FileResult list(const CString&, std::vector<CString>&) override { return failure(); }
 
  private:
   class Input final : public InputFile {
@@ -80,18 +68,26 @@ class MemoryFiles final : public FileSystem {
     std::string_view bytes_;
   };
 
-  class Output final : public OutputFile {
+  class Replacement final : public ReplacementFile {
    public:
-    explicit Output(std::string& bytes) : bytes_(bytes) {}
+    Replacement(std::map<CString, std::string>& files, const CString& path)
+        : files_(files), path_(path) {}
     FileResult write(std::string_view bytes) override {
       bytes_ += bytes;
       return {};
     }
+    FileResult takeAttributes() override { return {}; }
     FileResult flush() override { return {}; }
     FileResult close() override { return {}; }
+    FileResult putInPlace(FileVersion*) override {
+      files_[path_] = std::move(bytes_);
+      return {};
+    }
 
    private:
-    std::string& bytes_;
+    std::map<CString, std::string>& files_;
+    CString path_;
+    std::string bytes_;
   };
 
   static FileResult failure() { return {FileStatus::failed, 0}; }

@@ -37,16 +37,30 @@ std::u16string_view withoutLastSeparators(std::u16string_view path) noexcept {
   return path;
 }
 
-CString temporaryName(std::u16string_view folder) {
-  static std::atomic<std::uint64_t> counter{0};
-  const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
-  std::uint64_t number = (static_cast<std::uint64_t>(now) << 8) + counter.fetch_add(1);
-  CString name(folder);
-  name += u".kpx-";
-  for (int digit = 0; digit < 16; ++digit, number >>= 4) {
-    name += u"0123456789abcdef"[number & 15];
+/// Counts what is written for the version that the file has afterwards.
+class DigestedFile final : public OutputFile {
+ public:
+  explicit DigestedFile(OutputFile& file) noexcept : file_(file) {}
+  FileResult write(std::string_view bytes) override {
+    digest_.add(bytes);
+    return file_.write(bytes);
   }
-  return name += u".tmp";
+  FileResult flush() override { return file_.flush(); }
+  FileResult close() override { return file_.close(); }
+  std::uint64_t digest() const noexcept { return digest_.value(); }
+
+ private:
+  OutputFile& file_;
+  ContentDigest digest_;
+};
+
+FileResult fill(ReplacementFile& file, const FileSystem::ContentWriter& writeContent,
+                FileVersion* version) {
+  if (version == nullptr) return writeContent(file);
+  DigestedFile digested(file);
+  const FileResult result = writeContent(digested);
+  version->digest = digested.digest();
+  return result;
 }
 
 }  // namespace
@@ -79,6 +93,12 @@ CString FileResult::message() const {
       return u"no file is open for that";
     case FileStatus::notEncodable:
       return u"the file's encoding does not have one of the characters";
+    case FileStatus::locked:
+      return u"another program is changing it";
+    case FileStatus::changed:
+      return u"another program has changed it since it was read";
+    case FileStatus::displaced:
+      return u"another program put something else in its place";
     case FileStatus::failed:
       break;
   }
@@ -90,13 +110,31 @@ InputFile::~InputFile() = default;
 UpdateFile::~UpdateFile() = default;
 FileSystem::~FileSystem() = default;
 
+// What a file system does not do.
+namespace {
+constexpr FileResult notHere{FileStatus::failed, 0};
+}
+FileResult FileSystem::read(const CString&, FileBytes&, std::uint64_t, FileVersion*) {
+  return notHere;
+}
+FileResult FileSystem::openInput(const CString&, std::unique_ptr<InputFile>&) { return notHere; }
+FileResult FileSystem::info(const CString&, FileInfo&) { return notHere; }
+FileResult FileSystem::version(const CString&, FileVersion&) { return notHere; }
+FileResult FileSystem::openAppend(const CString&, std::unique_ptr<OutputFile>&) { return notHere; }
 FileResult FileSystem::openUpdate(const CString&, UpdateMode, std::unique_ptr<UpdateFile>&) {
-  return {FileStatus::failed, 0};
+  return notHere;
 }
-
-FileResult FileSystem::renameUnflushed(const CString& from, const CString& to) {
-  return rename(from, to);
+FileResult FileSystem::openReplacement(const CString&, const ReplaceOptions&,
+                                       std::unique_ptr<ReplacementFile>&) {
+  return notHere;
 }
+FileResult FileSystem::lock(const CString&, std::unique_ptr<FileLock>&, std::chrono::milliseconds) {
+  return notHere;
+}
+FileResult FileSystem::remove(const CString&) { return notHere; }
+FileResult FileSystem::createFolder(const CString&) { return notHere; }
+FileResult FileSystem::list(const CString&, std::vector<CString>&) { return notHere; }
+FileResult FileSystem::followLinks(const CString&, CString&) { return notHere; }
 
 bool FileSystem::exists(const CString& path) {
   FileInfo found;
@@ -124,61 +162,53 @@ FileResult FileSystem::createFolders(const CString& path) {
   return result && found.kind != FileKind::folder ? FileResult{FileStatus::notFolder, 0} : result;
 }
 
-FileResult FileSystem::openTemporary(const CString& target, unsigned permissions, CString& path,
-                                     std::unique_ptr<OutputFile>& file) {
-  FileResult result;
-  for (int attempt = 0; attempt < 16; ++attempt) {
-    path = temporaryName(folderOf(target));
-    result = open(path, OpenMode::create, file, permissions);
-    if (result.status != FileStatus::exists) break;
-  }
-  return result;
-}
-
 FileResult FileSystem::replaceFile(const CString& path, const ContentWriter& writeContent,
-                                   Durability durability) {
-  CString target;
-  if (const FileResult result = followLinks(path, target); !result) return result;
-  FileInfo old;
-  const FileResult found = info(target, old);
-  if (!found && found.status != FileStatus::notFound) return found;
-  if (found) {
-    if (old.kind == FileKind::folder) return {FileStatus::isFolder, 0};
-    if (old.kind == FileKind::other) return {FileStatus::notRegularFile, 0};
-    if (!old.writable) return {FileStatus::noPermission, 0};
-  }
-
-  const bool flushed = durability == Durability::flushed;
-  CString temporary;
-  std::unique_ptr<OutputFile> file;
-  // Readable by nobody else until it has the old file's permissions.
-  constexpr unsigned ownerOnly = 0600;
-  FileResult result = openTemporary(target, found ? ownerOnly : 0, temporary, file);
-  if (!result) return result;
-
-  const auto giveUp = [&] {
-    file.reset();
-    remove(temporary);
-  };
-  try {
-    result = writeContent(*file);
-    if (result && flushed) result = file->flush();
-    if (result) result = file->close();
-    file.reset();
-    if (result && found) result = copyPermissions(target, temporary);
-    if (result) {
-      result = flushed ? rename(temporary, target) : renameUnflushed(temporary, target);
-    }
-  } catch (...) {
-    giveUp();
-    throw;
-  }
-  if (!result) giveUp();
+                                   const ReplaceOptions& options) {
+  std::unique_ptr<ReplacementFile> file;
+  FileVersion version;
+  FileVersion* const written = options.written != nullptr ? &version : nullptr;
+  FileResult result = openReplacement(path, options, file);
+  if (result) result = fill(*file, writeContent, written);
+  if (result) result = file->takeAttributes();
+  if (result && options.durability == Durability::flushed) result = file->flush();
+  if (result) result = file->close();
+  if (result && options.expected != nullptr) result = compareVersion(path, *options.expected);
+  if (result) result = file->putInPlace(written);
+  if (result && written != nullptr) *options.written = version;
   return result;
 }
 
-FileResult FileSystem::replaceFile(const CString& path, std::string_view bytes) {
-  return replaceFile(path, [&](OutputFile& file) { return file.write(bytes); });
+FileResult FileSystem::replaceFile(const CString& path, std::string_view bytes,
+                                   const ReplaceOptions& options) {
+  return replaceFile(
+      path, [&](OutputFile& file) { return file.write(bytes); }, options);
+}
+
+FileResult FileSystem::replaceUnchanged(const CString& path, const ContentWriter& writeContent,
+                                        FileVersion& version, std::chrono::milliseconds patience) {
+  std::unique_ptr<FileLock> held;
+  if (const FileResult result = lock(path, held, patience); !result) return result;
+  // Told before the work of writing and, since not every program asks for the lock, after it.
+  if (const FileResult result = compareVersion(path, version); !result) return result;
+  ReplaceOptions options;
+  options.expected = &version;
+  options.written = &version;
+  return replaceFile(path, writeContent, options);
+}
+
+FileResult FileSystem::compareVersion(const CString& path, const FileVersion& expected) {
+  FileVersion now;
+  const FileResult result = version(path, now);
+  if (!result) return result;
+  // What is the same but for the digest may still have been changed within a tick of the clock.
+  now.digest = expected.digest;
+  if (now != expected) return {FileStatus::changed, 0};
+  if (expected.digest == 0) return {};
+  FileBytes bytes;
+  if (const FileResult reading = read(path, bytes); !reading) return reading;
+  ContentDigest digest;
+  digest.add(bytes.view());
+  return digest.value() == expected.digest ? FileResult{} : FileResult{FileStatus::changed, 0};
 }
 
 FileSystem& fileSystem() noexcept {

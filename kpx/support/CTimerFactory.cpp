@@ -31,7 +31,7 @@ int writeReport(const CString& path, const CString& text, timerFileMode mode) {
   const std::string bytes = text.utf8();
   if (mode == timerFileMode::overwrite) return fileSystem().replaceFile(path, bytes) ? 1 : 0;
   std::unique_ptr<OutputFile> file;
-  return fileSystem().open(path, OpenMode::append, file) && file->write(bytes) && file->close();
+  return fileSystem().openAppend(path, file) && file->write(bytes) && file->close();
 }
 
 }  // namespace

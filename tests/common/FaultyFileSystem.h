@@ -22,8 +22,8 @@ class FaultyFileSystem final : public FileSystem {
     write,
     flush,
     close,
-    copyPermissions,
-    rename
+    takeAttributes,
+    putInPlace
   };
 
   FaultyFileSystem() : real_(fileSystem()), before_(setFileSystem(this)) {}
@@ -36,8 +36,12 @@ class FaultyFileSystem final : public FileSystem {
   }
   bool hasFailed() const { return failing_ == Step::none; }
 
-  FileResult read(const CString& path, FileBytes& bytes, std::uint64_t maxBytes) override {
-    return fails(Step::read) ? failure : real_.read(path, bytes, maxBytes);
+  FileResult read(const CString& path, FileBytes& bytes, std::uint64_t maxBytes,
+                  FileVersion* version) override {
+    return fails(Step::read) ? failure : real_.read(path, bytes, maxBytes, version);
+  }
+  FileResult version(const CString& path, FileVersion& version) override {
+    return real_.version(path, version);
   }
   FileResult openInput(const CString& path, std::unique_ptr<InputFile>& file) override {
     if (fails(Step::openInput)) return failure;
@@ -46,11 +50,10 @@ class FaultyFileSystem final : public FileSystem {
     return result;
   }
   FileResult info(const CString& path, FileInfo& info) override { return real_.info(path, info); }
-  FileResult open(const CString& path, OpenMode mode, std::unique_ptr<OutputFile>& file,
-                  unsigned permissions) override {
+  FileResult openAppend(const CString& path, std::unique_ptr<OutputFile>& file) override {
     if (fails(Step::open)) return failure;
-    const FileResult result = real_.open(path, mode, file, permissions);
-    if (result) file = std::make_unique<File>(*this, std::move(file));
+    const FileResult result = real_.openAppend(path, file);
+    if (result) file = std::make_unique<File<OutputFile>>(*this, std::move(file));
     return result;
   }
   FileResult openUpdate(const CString& path, UpdateMode mode,
@@ -60,14 +63,16 @@ class FaultyFileSystem final : public FileSystem {
     if (result) file = std::make_unique<Update>(*this, std::move(file));
     return result;
   }
-  FileResult copyPermissions(const CString& like, const CString& path) override {
-    return fails(Step::copyPermissions) ? failure : real_.copyPermissions(like, path);
+  FileResult openReplacement(const CString& path, const ReplaceOptions& options,
+                             std::unique_ptr<ReplacementFile>& file) override {
+    if (fails(Step::open)) return failure;
+    const FileResult result = real_.openReplacement(path, options, file);
+    if (result) file = std::make_unique<Replacement>(*this, std::move(file));
+    return result;
   }
-  FileResult rename(const CString& from, const CString& to) override {
-    return fails(Step::rename) ? failure : real_.rename(from, to);
-  }
-  FileResult renameUnflushed(const CString& from, const CString& to) override {
-    return fails(Step::rename) ? failure : real_.renameUnflushed(from, to);
+  FileResult lock(const CString& path, std::unique_ptr<FileLock>& lock,
+                  std::chrono::milliseconds patience) override {
+    return real_.lock(path, lock, patience);
   }
   FileResult remove(const CString& path) override { return real_.remove(path); }
   FileResult createFolder(const CString& path) override { return real_.createFolder(path); }
@@ -81,9 +86,10 @@ class FaultyFileSystem final : public FileSystem {
  private:
   static constexpr FileResult failure{FileStatus::noSpace, 28};
 
-  class File final : public OutputFile {
+  template <class Base>
+  class File : public Base {
    public:
-    File(FaultyFileSystem& owner, std::unique_ptr<OutputFile> real)
+    File(FaultyFileSystem& owner, std::unique_ptr<Base> real)
         : owner_(owner), real_(std::move(real)) {}
     FileResult write(std::string_view bytes) override {
       if (!owner_.fails(Step::write)) return real_->write(bytes);
@@ -97,9 +103,20 @@ class FaultyFileSystem final : public FileSystem {
       return owner_.fails(Step::close) ? failure : result;
     }
 
-   private:
+   protected:
     FaultyFileSystem& owner_;
-    std::unique_ptr<OutputFile> real_;
+    std::unique_ptr<Base> real_;
+  };
+
+  class Replacement final : public File<ReplacementFile> {
+   public:
+    using File::File;
+    FileResult takeAttributes() override {
+      return owner_.fails(Step::takeAttributes) ? failure : real_->takeAttributes();
+    }
+    FileResult putInPlace(FileVersion* version) override {
+      return owner_.fails(Step::putInPlace) ? failure : real_->putInPlace(version);
+    }
   };
 
   class Input final : public InputFile {

@@ -87,9 +87,9 @@ TEST(FileSystem, FailureAtAnyStepLeavesTheOldFileAndNothingElse) {
   const TemporaryFolder folder;
   const CString path = folder / "job.xml";
   for (const bool replacing : {true, false}) {
-    for (const Step step :
-         {Step::open, Step::write, Step::flush, Step::close, Step::copyPermissions, Step::rename}) {
-      if (step == Step::copyPermissions && !replacing) continue;
+    for (const Step step : {Step::open, Step::write, Step::flush, Step::close, Step::takeAttributes,
+                            Step::putInPlace}) {
+      if (step == Step::takeAttributes && !replacing) continue;
       fs::remove(folder.path() / "job.xml");
       if (replacing) folder.write("job.xml", "old");
       FaultyFileSystem files;
@@ -112,6 +112,56 @@ TEST(FileSystem, WriterThatThrowsLeavesTheOldFileAndNothingElse) {
                std::runtime_error);
   EXPECT_EQ(folder.read("job.xml"), "old");
   EXPECT_EQ(folder.names().size(), 1u);
+}
+
+TEST(FileSystem, AFileThatAnotherProgramChangedIsNotReplaced) {
+  const TemporaryFolder folder;
+  const CString path = folder / "job.xml";
+  const auto write = [](OutputFile& file) { return file.write("mine"); };
+  FileVersion version;
+  FileBytes bytes;
+  const auto isRefused = [&] {
+    return fileSystem().replaceUnchanged(path, write, version).status == FileStatus::changed;
+  };
+
+  ASSERT_TRUE(fileSystem().version(path, version));
+  EXPECT_FALSE(version.exists);
+  folder.write("job.xml", "theirs");
+  EXPECT_TRUE(isRefused()) << "it was not there";
+
+  ASSERT_TRUE(fileSystem().read(path, bytes, FileSystem::maxReadBytes, &version));
+  EXPECT_TRUE(fileSystem().replaceUnchanged(path, write, version));
+  EXPECT_TRUE(fileSystem().replaceUnchanged(path, write, version)) << "by this program itself";
+  const fs::file_time_type time = fs::last_write_time(folder.path() / "job.xml");
+  folder.write("job.xml", "dein");
+  fs::last_write_time(folder.path() / "job.xml", time);
+  EXPECT_TRUE(isRefused()) << "in place, at the same time and of the same size";
+  EXPECT_EQ(folder.read("job.xml"), "dein");
+  ASSERT_TRUE(fileSystem().read(path, bytes, FileSystem::maxReadBytes, &version));
+  fs::remove(folder.path() / "job.xml");
+  EXPECT_TRUE(isRefused()) << "it is gone";
+  EXPECT_TRUE(folder.names().empty());
+}
+
+TEST(FileLock, IsForOneAtATimeAndLeavesNothing) {
+  const TemporaryFolder folder;
+  const CString path = folder / "job.ini";
+  constexpr std::chrono::milliseconds soon(5);
+  std::unique_ptr<FileLock> first;
+  std::unique_ptr<FileLock> second;
+  ASSERT_TRUE(fileSystem().lock(path, first, soon));
+  EXPECT_EQ(fileSystem().lock(path, second, soon).status, FileStatus::locked);
+  EXPECT_TRUE(fileSystem().lock(folder / "other.ini", second, soon));
+  second.reset();
+  ASSERT_TRUE(fileSystem().replaceFile(path, "under the lock"));
+  EXPECT_EQ(fileSystem().lock(path, second, soon).status, FileStatus::locked);
+
+  std::thread waiting([&] { EXPECT_TRUE(fileSystem().lock(path, second)); });
+  first.reset();
+  waiting.join();
+  second.reset();
+  EXPECT_EQ(folder.names(), std::vector<std::string>{"job.ini"});
+  EXPECT_FALSE(fileSystem().lock(folder / "missing/job.ini", first, soon));
 }
 
 TEST(FileSystem, WriteProtectedFileIsNotReplaced) {
@@ -144,18 +194,15 @@ TEST(FileSystem, CreatesAllFoldersOfAPathButNotThroughAFile) {
   EXPECT_FALSE(files.exists(folder / "a/file"));
 }
 
-TEST(FileSystem, AppendedTextFollowsAndANewFileIsNotOpenedTwice) {
+TEST(FileSystem, AppendedTextFollows) {
   const TemporaryFolder folder;
-  FileSystem& files = fileSystem();
-  for (const OpenMode mode : {OpenMode::create, OpenMode::append, OpenMode::append}) {
+  for (int i = 0; i < 3; ++i) {
     std::unique_ptr<OutputFile> file;
-    ASSERT_TRUE(files.open(folder / "log.txt", mode, file));
+    ASSERT_TRUE(fileSystem().openAppend(folder / "log.txt", file));
     EXPECT_TRUE(file->write("line\n"));
     EXPECT_TRUE(file->close());
   }
   EXPECT_EQ(folder.read("log.txt"), "line\nline\nline\n");
-  std::unique_ptr<OutputFile> file;
-  EXPECT_EQ(files.open(folder / "log.txt", OpenMode::create, file).status, FileStatus::exists);
 }
 
 TEST(Memory, PagesAreAlignedZeroAndWritable) {

@@ -97,7 +97,7 @@ TEST(ConfigDocument, FailuresKeepTheFileAndTheChanges) {
   ASSERT_TRUE(document.load(path).ok());
   ASSERT_TRUE(document.setText(0, u"Class", u"b").ok());
   for (const auto step : {FaultyFileSystem::Step::open, FaultyFileSystem::Step::write,
-                          FaultyFileSystem::Step::flush, FaultyFileSystem::Step::rename}) {
+                          FaultyFileSystem::Step::flush, FaultyFileSystem::Step::putInPlace}) {
     FaultyFileSystem faulty;
     faulty.failOnce(step);
     EXPECT_EQ(document.save(path).outcome, DocumentOutcome::notWritten);

@@ -352,7 +352,7 @@ TEST(Ini, FailingStepLeavesFileAndMemoryAlone) {
   const TemporaryFolder folder;
   folder.write("a.ini", sample);
   for (const Step step :
-       {Step::open, Step::write, Step::flush, Step::close, Step::copyPermissions, Step::rename}) {
+       {Step::open, Step::write, Step::flush, Step::close, Step::takeAttributes, Step::putInPlace}) {
     CIniEx ini;
     ASSERT_EQ(ini.ReadFile(folder / "a.ini"), 1);
     ini.DeleteSection(u"KPX");

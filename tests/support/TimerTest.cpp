@@ -180,7 +180,7 @@ TEST(Timer, FailingStepLeavesTheOldReport) {
   folder.write("t.csv", "old");
   CTimerFactory factory;
   FaultyFileSystem files;
-  for (const Step step : {Step::open, Step::write, Step::flush, Step::close, Step::rename}) {
+  for (const Step step : {Step::open, Step::write, Step::flush, Step::close, Step::putInPlace}) {
     files.failOnce(step);
     EXPECT_EQ(factory.dumpCsv(folder / "t.csv"), 0);
     EXPECT_EQ(folder.read("t.csv"), "old");

@@ -144,7 +144,7 @@ TEST(MarkupFile, SaveThatFailsAnywhereLeavesTheOldFileAndTellsSo) {
     Step step;
     int passing;
   } faults[] = {{Step::open, 0},  {Step::write, 0}, {Step::write, 3},
-                {Step::flush, 0}, {Step::close, 0}, {Step::rename, 0}};
+                {Step::flush, 0}, {Step::close, 0}, {Step::putInPlace, 0}};
   for (const auto& fault : faults) {
     files.failOnce(fault.step, fault.passing);
     EXPECT_FALSE(document.Save(folder / "job.xml"));

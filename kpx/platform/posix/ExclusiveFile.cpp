@@ -10,7 +10,7 @@
 #include <cerrno>
 #include <cstddef>
 
-#include "kpx/platform/posix/SystemCall.h"
+#include "kpx/platform/posix/Descriptor.h"
 #include "kpx/text/internal/Utf8Sequence.h"
 #include "kpx/text/Utf.h"
 
@@ -109,6 +109,7 @@ FileResult ExclusiveFile::write(std::string_view bytes) noexcept {
   const auto descriptor = static_cast<int>(handle_);
   struct stat before;
   const bool canTakeBack = ::fstat(descriptor, &before) == 0 && S_ISREG(before.st_mode);
+  const detail::SizeSignalScope scope;
   const ssize_t written =
       uninterrupted([&] { return ::write(descriptor, bytes.data(), bytes.size()); });
   if (written < 0) return lastError();

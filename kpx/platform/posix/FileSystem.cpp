@@ -14,77 +14,37 @@
 #include <string>
 #include <utility>
 
-#include "kpx/platform/posix/SystemCall.h"
-#include "kpx/text/Utf.h"
+#include "kpx/platform/posix/Descriptor.h"
+#include "kpx/platform/posix/FileStatus.h"
+#include "kpx/platform/posix/LockFile.h"
+#include "kpx/platform/posix/ReplacementFile.h"
 
 namespace kpx {
 
+using detail::badName;
+using detail::Descriptor;
+using detail::flushDescriptor;
 using detail::lastError;
+using detail::SystemPath;
 using detail::uninterrupted;
 
 namespace {
 
-/// A path as the system takes it.
-class SystemPath {
- public:
-  explicit SystemPath(std::u16string_view path)
-      : bytes_(utf8FromUtf16(path)),
-        usable_(!bytes_.empty() && bytes_.find('\0') == std::string::npos) {}
-
-  bool usable() const noexcept { return usable_; }
-  const char* get() const noexcept { return bytes_.c_str(); }
-
- private:
-  std::string bytes_;
-  bool usable_;
-};
-
-constexpr FileResult badName{FileStatus::badName, 0};
-
-class Descriptor {
- public:
-  explicit Descriptor(int number = -1) noexcept : number_(number) {}
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  ~Descriptor() {
-    if (number_ != -1) ::close(number_);
-  }
-  int get() const noexcept { return number_; }
-  int release() noexcept { return std::exchange(number_, -1); }
-
- private:
-  int number_;
-};
-
-/// Some file systems know no flushing; that is no failure of the write.
-FileResult flushDescriptor(int number) noexcept {
-  if (uninterrupted([&] { return ::fsync(number); }) == 0) return {};
-  return errno == EINVAL || errno == ENOTSUP ? FileResult{} : lastError();
-}
-
-FileResult closeNow(Descriptor& descriptor) noexcept {
-  const int number = descriptor.release();
-  // After EINTR the descriptor is closed all the same.
-  return number == -1 || ::close(number) == 0 || errno == EINTR ? FileResult{} : lastError();
-}
-
 class PosixOutputFile final : public OutputFile {
  public:
-  explicit PosixOutputFile(int number) noexcept : descriptor_(number) {}
+  FileResult openAppend(const char* name) noexcept {
+    constexpr int flags = O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NOCTTY;
+    descriptor_ = Descriptor(uninterrupted([&] { return ::open(name, flags, 0666); }));
+    return descriptor_.isOpen() ? FileResult{} : lastError();
+  }
 
   FileResult write(std::string_view bytes) override {
-    while (!bytes.empty()) {
-      const ssize_t written =
-          uninterrupted([&] { return ::write(descriptor_.get(), bytes.data(), bytes.size()); });
-      if (written < 0) return lastError();
-      bytes.remove_prefix(static_cast<std::size_t>(written));
-    }
-    return {};
+    return detail::writeAll(descriptor_.get(), bytes);
   }
 
   FileResult flush() override { return flushDescriptor(descriptor_.get()); }
 
-  FileResult close() override { return closeNow(descriptor_); }
+  FileResult close() override { return descriptor_.close(); }
 
  private:
   Descriptor descriptor_;
@@ -139,18 +99,10 @@ class PosixUpdateFile final : public UpdateFile {
   FileResult writeAt(std::uint64_t offset, std::string_view bytes) override {
     constexpr auto last = static_cast<std::uint64_t>(std::numeric_limits<off_t>::max());
     if (offset > last || bytes.size() > last - offset) return {FileStatus::tooLarge, EFBIG};
-    while (!bytes.empty()) {
-      const ssize_t written = uninterrupted([&] {
-        return ::pwrite(descriptor_.get(), bytes.data(), bytes.size(), static_cast<off_t>(offset));
-      });
-      if (written < 0) return lastError();
-      offset += static_cast<std::uint64_t>(written);
-      bytes.remove_prefix(static_cast<std::size_t>(written));
-    }
-    return {};
+    return detail::writeAllAt(descriptor_.get(), offset, bytes);
   }
 
-  FileResult close() override { return closeNow(descriptor_); }
+  FileResult close() override { return descriptor_.close(); }
 
  private:
   Descriptor descriptor_;
@@ -173,7 +125,8 @@ FileResult readAll(int number, std::uint64_t maxBytes, FileBytes& bytes) {
 
 class PosixFileSystem final : public FileSystem {
  public:
-  FileResult read(const CString& path, FileBytes& bytes, std::uint64_t maxBytes) override {
+  FileResult read(const CString& path, FileBytes& bytes, std::uint64_t maxBytes,
+                  FileVersion* version) override {
     bytes.setSize(0);
     const SystemPath name(path);
     if (!name.usable()) return badName;
@@ -188,7 +141,10 @@ class PosixFileSystem final : public FileSystem {
     try {
       // One more byte, so that the end is seen without growing. Pipes and the like tell no size.
       bytes.reserve(static_cast<std::size_t>(size) + 1);
-      return readAll(descriptor.get(), maxBytes, bytes);
+      const FileResult result = readAll(descriptor.get(), maxBytes, bytes);
+      // What the file was before the first byte was read: a change meanwhile shows later.
+      if (result && version != nullptr) *version = detail::versionOf(status, bytes.view());
+      return result;
     } catch (const std::bad_alloc&) {
       return {FileStatus::noMemory, ENOMEM};
     }
@@ -220,26 +176,32 @@ class PosixFileSystem final : public FileSystem {
                 : S_ISDIR(status.st_mode) ? FileKind::folder
                                           : FileKind::other;
     info.size = S_ISREG(status.st_mode) ? static_cast<std::uint64_t>(status.st_size) : 0;
-    info.permissions = status.st_mode & 07777;
     info.writable = ::faccessat(AT_FDCWD, name.get(), W_OK, AT_EACCESS) == 0;
     return {};
   }
 
-  FileResult open(const CString& path, OpenMode mode, std::unique_ptr<OutputFile>& file,
-                  unsigned permissions) override {
+  FileResult version(const CString& path, FileVersion& version) override {
     const SystemPath name(path);
     if (!name.usable()) return badName;
-    const int flags = mode == OpenMode::create   ? O_CREAT | O_EXCL | O_NOFOLLOW
-                      : mode == OpenMode::append ? O_CREAT | O_APPEND
-                                                 : O_CREAT | O_TRUNC;
-    const mode_t access = permissions != 0 ? static_cast<mode_t>(permissions) : 0666;
-    const int number = uninterrupted(
-        [&] { return ::open(name.get(), O_WRONLY | O_CLOEXEC | O_NOCTTY | flags, access); });
-    if (number == -1) return lastError();
-    Descriptor descriptor(number);
-    file = std::make_unique<PosixOutputFile>(number);
-    descriptor.release();
+    struct stat status;
+    if (::stat(name.get(), &status) == 0) {
+      version = detail::versionOf(status);
+    } else if (errno == ENOENT) {
+      version = {};
+    } else {
+      return lastError();
+    }
     return {};
+  }
+
+  FileResult openAppend(const CString& path, std::unique_ptr<OutputFile>& file) override {
+    const SystemPath name(path);
+    if (!name.usable()) return badName;
+    // Made before the file, so that no file is left when memory is missing.
+    auto opened = std::make_unique<PosixOutputFile>();
+    const FileResult result = opened->openAppend(name.get());
+    if (result) file = std::move(opened);
+    return result;
   }
 
   FileResult openUpdate(const CString& path, UpdateMode mode,
@@ -260,45 +222,19 @@ class PosixFileSystem final : public FileSystem {
     return {};
   }
 
-  FileResult copyPermissions(const CString& like, const CString& path) override {
-    const SystemPath from(like);
-    const SystemPath to(path);
-    if (!from.usable() || !to.usable()) return badName;
-    struct stat wanted;
-    struct stat given;
-    if (::stat(from.get(), &wanted) != 0 || ::stat(to.get(), &given) != 0) return lastError();
-    mode_t permissions = wanted.st_mode & 07777;
-    if (wanted.st_uid != given.st_uid || wanted.st_gid != given.st_gid) {
-      constexpr auto sameOwner = static_cast<uid_t>(-1);
-      if (::chown(to.get(), wanted.st_uid, wanted.st_gid) != 0) {
-        // Only the system's administrator may give files away. A group that cannot be kept must
-        // not hand its rights to another one.
-        permissions &= 0777;
-        if (::chown(to.get(), sameOwner, wanted.st_gid) != 0) {
-          permissions = (permissions & 0707) | (permissions & 0007) << 3;
-        }
-      }
-    }
-    return ::chmod(to.get(), permissions) == 0 ? FileResult{} : lastError();
+  FileResult openReplacement(const CString& path, const ReplaceOptions& options,
+                             std::unique_ptr<ReplacementFile>& file) override {
+    auto opened = std::make_unique<detail::PosixReplacementFile>();
+    const FileResult result = opened->open(path, options);
+    if (result) file = std::move(opened);
+    return result;
   }
 
-  FileResult renameUnflushed(const CString& from, const CString& to) override {
-    const SystemPath oldName(from);
-    const SystemPath newName(to);
-    if (!oldName.usable() || !newName.usable()) return badName;
-    return std::rename(oldName.get(), newName.get()) == 0 ? FileResult{} : lastError();
-  }
-
-  FileResult rename(const CString& from, const CString& to) override {
-    if (const FileResult result = renameUnflushed(from, to); !result) return result;
-    // The new name is on the volume only when the folder is. The file itself is in place by now,
-    // so a failure here is none of the rename.
-    std::string folder = utf8FromUtf16(to);
-    folder.resize(folder.find_last_of('/') + 1);
-    const Descriptor descriptor(
-        ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (descriptor.get() != -1) flushDescriptor(descriptor.get());
-    return {};
+  FileResult lock(const CString& path, std::unique_ptr<FileLock>& lock,
+                  std::chrono::milliseconds patience) override {
+    auto file = std::make_unique<detail::PosixLockFile>();
+    if (const FileResult result = file->find(path); !result) return result;
+    return detail::waitForLock(std::move(file), patience, lock);
   }
 
   FileResult remove(const CString& path) override {

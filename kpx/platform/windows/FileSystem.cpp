@@ -12,7 +12,10 @@
 #include <string>
 #include <utility>
 
+#include "kpx/platform/windows/FileStatus.h"
 #include "kpx/platform/windows/InputFile.h"
+#include "kpx/platform/windows/LockFile.h"
+#include "kpx/platform/windows/ReplacementFile.h"
 #include "kpx/platform/windows/SystemCall.h"
 
 namespace kpx {
@@ -33,200 +36,24 @@ constexpr FileResult badName{FileStatus::badName, 0};
 
 class WindowsOutputFile final : public OutputFile {
  public:
-  explicit WindowsOutputFile(Handle handle) noexcept : handle_(std::move(handle)) {}
+  void use(Handle handle) noexcept { handle_ = std::move(handle); }
 
   FileResult write(std::string_view bytes) override {
-    while (!bytes.empty()) {
-      DWORD written = 0;
-      if (!::WriteFile(handle_.get(), bytes.data(),
-                       static_cast<DWORD>(std::min(bytes.size(), largestPiece)), &written,
-                       nullptr)) {
-        return lastError();
-      }
-      if (written == 0) return {FileStatus::noSpace, 0};
-      bytes.remove_prefix(written);
-    }
-    return {};
+    return detail::writeAll(handle_.get(), bytes);
   }
 
-  FileResult flush() override {
-    if (::FlushFileBuffers(handle_.get())) return {};
-    // Some devices and file systems know no flushing; that is no failure of the write.
-    const DWORD code = ::GetLastError();
-    const bool isUnknown = code == ERROR_INVALID_FUNCTION || code == ERROR_NOT_SUPPORTED ||
-                           ::GetFileType(handle_.get()) == FILE_TYPE_CHAR;
-    return isUnknown ? FileResult{} : resultOf(code);
-  }
+  FileResult flush() override { return detail::flushHandle(handle_.get()); }
 
   FileResult close() override { return handle_.close(); }
 
  private:
-  Handle handle_;
-};
-
-/// Access for the user of this thread and for nobody else, whatever the folder would hand on.
-class OwnerOnlyAccess {
- public:
-  OwnerOnlyAccess() noexcept { usable_ = readUser() && build(); }
-  OwnerOnlyAccess(const OwnerOnlyAccess&) = delete;
-  OwnerOnlyAccess& operator=(const OwnerOnlyAccess&) = delete;
-
-  /// nullptr when the system does not tell the user.
-  SECURITY_ATTRIBUTES* get() noexcept { return usable_ ? &attributes_ : nullptr; }
-
- private:
-  bool readUser() noexcept {
-    HANDLE opened = nullptr;
-    if (!::OpenThreadToken(::GetCurrentThread(), TOKEN_QUERY, TRUE, &opened) &&
-        !::OpenProcessToken(::GetCurrentProcess(), TOKEN_QUERY, &opened)) {
-      return false;
-    }
-    const Handle token(opened);
-    DWORD size = 0;
-    return ::GetTokenInformation(token.get(), TokenUser, &user_, sizeof user_, &size) != 0;
-  }
-
-  bool build() noexcept {
-    const SECURITY_DESCRIPTOR_CONTROL closed = SE_DACL_PROTECTED;
-    attributes_.nLength = sizeof attributes_;
-    attributes_.lpSecurityDescriptor = &descriptor_;
-    return ::InitializeAcl(&list_.head, sizeof list_, ACL_REVISION) &&
-           ::AddAccessAllowedAce(&list_.head, ACL_REVISION, FILE_ALL_ACCESS, user_.user.User.Sid) &&
-           ::InitializeSecurityDescriptor(&descriptor_, SECURITY_DESCRIPTOR_REVISION) &&
-           ::SetSecurityDescriptorDacl(&descriptor_, TRUE, &list_.head, FALSE) &&
-           ::SetSecurityDescriptorControl(&descriptor_, closed, closed);
-  }
-
-  struct {
-    TOKEN_USER user;
-    unsigned char identity[SECURITY_MAX_SID_SIZE];
-  } user_ = {};
-  struct {
-    ACL head;
-    unsigned char entry[sizeof(ACCESS_ALLOWED_ACE) + SECURITY_MAX_SID_SIZE];
-  } list_ = {};
-  SECURITY_DESCRIPTOR descriptor_ = {};
-  SECURITY_ATTRIBUTES attributes_ = {};
-  bool usable_ = false;
-};
-
-/// A new file that only this user can read. Servers that do not know the user refuse the access
-/// list; there the file is kept from others at least while it is written.
-Handle createForOwner(const SystemPath& name, DWORD flags) noexcept {
-  OwnerOnlyAccess access;
-  if (access.get() != nullptr) {
-    Handle handle = openHandle(name, GENERIC_WRITE, 0, CREATE_NEW, flags, access.get());
-    const DWORD code = ::GetLastError();
-    if (handle.isOpen() || code == ERROR_FILE_EXISTS || code == ERROR_PATH_NOT_FOUND) return handle;
-  }
-  return openHandle(name, GENERIC_WRITE, 0, CREATE_NEW, flags);
-}
-
-/// Owner, group and access list of a file as one record of the system.
-class AccessRecord {
- public:
-  static constexpr SECURITY_INFORMATION withOwner =
-      OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION;
-
-  /// False when it cannot be read; the system's last code tells why.
-  bool read(const SystemPath& file) {
-    DWORD size = 0;
-    bytes_.resize(1024);
-    while (!::GetFileSecurityW(file.get(), withOwner, get(), static_cast<DWORD>(bytes_.size()),
-                               &size)) {
-      // Another program may give the file a longer list between two tries.
-      if (::GetLastError() != ERROR_INSUFFICIENT_BUFFER || size <= bytes_.size()) return false;
-      bytes_.resize(size);
-    }
-    // Without this request the system forgets which entries came from the folder.
-    SECURITY_DESCRIPTOR_CONTROL control = 0;
-    DWORD revision = 0;
-    constexpr SECURITY_DESCRIPTOR_CONTROL inherited = SE_DACL_AUTO_INHERITED;
-    constexpr SECURITY_DESCRIPTOR_CONTROL request = SE_DACL_AUTO_INHERIT_REQ;
-    if (::GetSecurityDescriptorControl(get(), &control, &revision) && (control & inherited) != 0) {
-      ::SetSecurityDescriptorControl(get(), request, request);
-    }
-    bytes_.resize(::GetSecurityDescriptorLength(get()));
-    return true;
-  }
-
-  /// Gives a file all of it or, since only few may give files away, the access list alone.
-  bool giveTo(const SystemPath& file) noexcept {
-    return ::SetFileSecurityW(file.get(), withOwner, get()) ||
-           ::SetFileSecurityW(file.get(), DACL_SECURITY_INFORMATION, get());
-  }
-
-  friend bool operator==(const AccessRecord&, const AccessRecord&) = default;
-
- private:
-  PSECURITY_DESCRIPTOR get() noexcept { return bytes_.data(); }
-
-  std::string bytes_;
+  Handle handle_{INVALID_HANDLE_VALUE};
 };
 
 /// Whether a code says that the volume or its server has no such operation.
 bool isUnknownThere(DWORD code) noexcept {
   return code == ERROR_INVALID_FUNCTION || code == ERROR_NOT_SUPPORTED ||
          code == ERROR_CALL_NOT_IMPLEMENTED;
-}
-
-/// Renames as newer systems can: also over a file that others have open, if they let it be
-/// removed. False when this one cannot; the system's last code tells why.
-bool renameInOneStep(const SystemPath& from, const SystemPath& to, bool flushed) {
-  struct Request {  // FILE_RENAME_INFO with flags, which older headers do not declare
-    DWORD flags;
-    HANDLE folder;
-    DWORD nameBytes;
-    wchar_t name[1];
-  };
-  constexpr auto renameWithFlags = static_cast<FILE_INFO_BY_HANDLE_CLASS>(22);
-  constexpr DWORD replace = 1;
-  constexpr DWORD evenIfOpen = 2;
-
-  // The system takes complete names only.
-  std::wstring complete(::GetFullPathNameW(to.get(), 0, nullptr, nullptr), L'\0');
-  const DWORD length =
-      ::GetFullPathNameW(to.get(), static_cast<DWORD>(complete.size()), complete.data(), nullptr);
-  if (length == 0 || length >= complete.size()) return false;
-
-  const DWORD flags = FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT |
-                      (flushed ? FILE_FLAG_WRITE_THROUGH : 0);
-  const Handle handle = openHandle(from, DELETE | SYNCHRONIZE, shareAll, OPEN_EXISTING, flags);
-  if (!handle.isOpen()) return false;
-
-  const std::size_t nameBytes = length * sizeof(wchar_t);
-  std::string bytes(sizeof(Request) + nameBytes, '\0');
-  Request head = {};
-  head.flags = replace | evenIfOpen;
-  head.nameBytes = static_cast<DWORD>(nameBytes);
-  std::memcpy(bytes.data(), &head, sizeof head);
-  std::memcpy(bytes.data() + offsetof(Request, name), complete.data(), nameBytes);
-  return ::SetFileInformationByHandle(handle.get(), renameWithFlags, bytes.data(),
-                                      static_cast<DWORD>(bytes.size())) != 0;
-}
-
-FileResult renameFile(const CString& from, const CString& to, bool flushed) {
-  const SystemPath oldName(from);
-  const SystemPath newName(to);
-  if (!oldName.usable() || !newName.usable()) return badName;
-  // Newer systems might put a file in the place of an empty folder.
-  if (isFolder(newName.get()) && !isFolder(oldName.get())) return {FileStatus::isFolder, 0};
-  const DWORD flags = MOVEFILE_REPLACE_EXISTING | (flushed ? MOVEFILE_WRITE_THROUGH : 0);
-  // Virus scanners and indexers keep a file that was just written for a moment.
-  constexpr DWORD longestPause = 64;
-  for (DWORD pause = 1;; pause *= 2) {
-    if (renameInOneStep(oldName, newName, flushed) ||
-        ::MoveFileExW(oldName.get(), newName.get(), flags)) {
-      return {};
-    }
-    const FileResult result = failureAt(newName);
-    const bool mayPass =
-        result.systemCode == ERROR_SHARING_VIOLATION || result.systemCode == ERROR_ACCESS_DENIED;
-    if (!mayPass || result.status != FileStatus::noPermission || pause > longestPause) {
-      return result;
-    }
-    ::Sleep(pause);
-  }
 }
 
 /// The root that a path without one stands below: "C:" or "\\server\share".
@@ -294,7 +121,8 @@ FileResult readAll(HANDLE handle, std::uint64_t maxBytes, FileBytes& bytes) {
 
 class WindowsFileSystem final : public FileSystem {
  public:
-  FileResult read(const CString& path, FileBytes& bytes, std::uint64_t maxBytes) override {
+  FileResult read(const CString& path, FileBytes& bytes, std::uint64_t maxBytes,
+                  FileVersion* version) override {
     bytes.setSize(0);
     const SystemPath name(path);
     if (!name.usable()) return badName;
@@ -309,9 +137,17 @@ class WindowsFileSystem final : public FileSystem {
     const auto size = static_cast<std::uint64_t>(length.QuadPart);
     if (size > maxBytes) return {FileStatus::tooLarge, 0};
     try {
+      // What the file was before the first byte was read: a change meanwhile shows later.
+      FileVersion before;
+      if (version != nullptr) detail::versionOf(handle.get(), before);
       // One more byte, so that the end is seen without growing.
       bytes.reserve(static_cast<std::size_t>(size) + 1);
-      return readAll(handle.get(), maxBytes, bytes);
+      const FileResult result = readAll(handle.get(), maxBytes, bytes);
+      if (result && version != nullptr) {
+        detail::addDigest(before, bytes.view());
+        *version = before;
+      }
+      return result;
     } catch (const std::bad_alloc&) {
       return {FileStatus::noMemory, ERROR_OUTOFMEMORY};
     }
@@ -338,7 +174,7 @@ class WindowsFileSystem final : public FileSystem {
     const HANDLE handle = writing.isOpen() ? writing.get() : reading.get();
 
     if (::GetFileType(handle) != FILE_TYPE_DISK) {
-      info = {FileKind::other, 0, 0, writing.isOpen()};
+      info = {FileKind::other, 0, writing.isOpen()};
       return {};
     }
     BY_HANDLE_FILE_INFORMATION found = {};
@@ -347,25 +183,34 @@ class WindowsFileSystem final : public FileSystem {
     const bool isProtected = (found.dwFileAttributes & FILE_ATTRIBUTE_READONLY) != 0;
     info.kind = isFile ? FileKind::file : FileKind::folder;
     info.size = isFile ? std::uint64_t{found.nFileSizeHigh} << 32 | found.nFileSizeLow : 0;
-    // The rights lie in access lists, of which no number can tell: `copyPermissions` takes them.
-    info.permissions = 0;
     // In folders the mark only says that the shell shows them in another way.
     info.writable = writing.isOpen() && !(isFile && isProtected);
     return {};
   }
 
-  FileResult open(const CString& path, OpenMode mode, std::unique_ptr<OutputFile>& file,
-                  unsigned permissions) override {
+  FileResult version(const CString& path, FileVersion& version) override {
     const SystemPath name(path);
     if (!name.usable()) return badName;
-    Handle handle = openOutput(name, mode, permissions);
-    if (!handle.isOpen()) return failureAt(name);
-    // Emptied, not made anew: the system refuses that for hidden files.
-    if (mode == OpenMode::rewrite && ::GetFileType(handle.get()) == FILE_TYPE_DISK &&
-        !::SetEndOfFile(handle.get())) {
-      return lastError();
+    version = {};
+    const Handle handle =
+        openHandle(name, FILE_READ_ATTRIBUTES, shareAll, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
+    if (!handle.isOpen()) {
+      const FileResult result = failureAt(name);
+      return result.status == FileStatus::notFound ? FileResult{} : result;
     }
-    file = std::make_unique<WindowsOutputFile>(std::move(handle));
+    return detail::versionOf(handle.get(), version) ? FileResult{} : lastError();
+  }
+
+  FileResult openAppend(const CString& path, std::unique_ptr<OutputFile>& file) override {
+    const SystemPath name(path);
+    if (!name.usable()) return badName;
+    // Made before the file, so that no file is left when memory is missing.
+    auto opened = std::make_unique<WindowsOutputFile>();
+    // Only with this right alone does the system put each piece at the end.
+    Handle handle = openHandle(name, FILE_APPEND_DATA | SYNCHRONIZE, shareAll, OPEN_ALWAYS);
+    if (!handle.isOpen()) return failureAt(name);
+    opened->use(std::move(handle));
+    file = std::move(opened);
     return {};
   }
 
@@ -374,40 +219,31 @@ class WindowsFileSystem final : public FileSystem {
     return detail::openWindowsUpdate(path, mode, file);
   }
 
-  FileResult copyPermissions(const CString& like, const CString& path) override {
-    const SystemPath from(like);
-    const SystemPath to(path);
-    if (!from.usable() || !to.usable()) return badName;
-    AccessRecord access;
-    AccessRecord present;
-    const bool hasAccess = access.read(from);
-    // A volume without access lists has none to keep.
-    if (!hasAccess && !isUnknownThere(::GetLastError())) return failureAt(from);
-    const DWORD wanted = ::GetFileAttributesW(from.get());
-    if (wanted == INVALID_FILE_ATTRIBUTES) return failureAt(from);
-    // Mostly both have what their folder hands on. Some servers let nobody change that.
-    const bool isSame = !hasAccess || (present.read(to) && present == access);
-    if (!isSame && !access.giveTo(to)) return failureAt(to);
-    // A hidden file stays hidden, a protected one protected.
-    constexpr DWORD kept = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM |
-                           FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
-    const DWORD given = ::GetFileAttributesW(to.get());
-    if (given == INVALID_FILE_ATTRIBUTES) return failureAt(to);
-    if ((given & kept) == (wanted & kept)) return {};
-    constexpr DWORD settable = kept | FILE_ATTRIBUTE_ARCHIVE;
-    const DWORD attributes = (given & settable & ~kept) | (wanted & kept);
-    // No attributes at all have a mark of their own; 0 would leave them as they are.
-    return ::SetFileAttributesW(to.get(), attributes != 0 ? attributes : FILE_ATTRIBUTE_NORMAL)
-               ? FileResult{}
-               : failureAt(to);
+  FileResult openReplacement(const CString& path, const ReplaceOptions& options,
+                             std::unique_ptr<ReplacementFile>& file) override {
+    CString target;
+    if (const FileResult result = followLinks(path, target); !result) return result;
+    FileInfo old;
+    const FileResult found = info(target, old);
+    if (!found && found.status != FileStatus::notFound) return found;
+    if (found) {
+      if (old.kind == FileKind::folder) return {FileStatus::isFolder, 0};
+      if (old.kind == FileKind::other) return {FileStatus::notRegularFile, 0};
+      if (!old.writable) return {FileStatus::noPermission, 0};
+    }
+    auto opened = std::make_unique<detail::WindowsReplacementFile>(target, options.durability);
+    CString model = found ? target : CString();
+    if (!options.attributesOf.IsEmpty()) model = options.attributesOf;
+    const FileResult result = opened->open(model);
+    if (result) file = std::move(opened);
+    return result;
   }
 
-  FileResult rename(const CString& from, const CString& to) override {
-    return renameFile(from, to, true);
-  }
-
-  FileResult renameUnflushed(const CString& from, const CString& to) override {
-    return renameFile(from, to, false);
+  FileResult lock(const CString& path, std::unique_ptr<FileLock>& lock,
+                  std::chrono::milliseconds patience) override {
+    CString target;
+    if (const FileResult result = followLinks(path, target); !result) return result;
+    return detail::waitForLock(std::make_unique<detail::WindowsLockFile>(target), patience, lock);
   }
 
   FileResult remove(const CString& path) override {
@@ -477,27 +313,6 @@ class WindowsFileSystem final : public FileSystem {
   }
 
  private:
-  static Handle openOutput(const SystemPath& name, OpenMode mode, unsigned permissions) noexcept {
-    constexpr DWORD readable = FILE_SHARE_READ | FILE_SHARE_DELETE;
-    switch (mode) {
-      case OpenMode::create: {
-        // A link that leads nowhere must count as existing.
-        constexpr DWORD flags = FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT;
-        constexpr unsigned forOthers = 0077;
-        const bool isForOwner = permissions != 0 && (permissions & forOthers) == 0;
-        return isForOwner ? createForOwner(name, flags)
-                          : openHandle(name, GENERIC_WRITE, readable, CREATE_NEW, flags);
-      }
-      case OpenMode::append:
-        // Only with this right alone does the system put each piece at the end, whoever else
-        // appends.
-        return openHandle(name, FILE_APPEND_DATA | SYNCHRONIZE, shareAll, OPEN_ALWAYS);
-      case OpenMode::rewrite:
-        break;
-    }
-    return openHandle(name, GENERIC_WRITE, readable, OPEN_ALWAYS);
-  }
-
   /// Reads the link at the end of a path; nothing at all and what is no link are no failures.
   static FileResult readLinkAt(const CString& path, std::u16string& link, bool& isRelative,
                                bool& isLink) {

@@ -74,7 +74,10 @@ class Handle {
  public:
   explicit Handle(HANDLE handle) noexcept : handle_(handle) {}
   Handle(Handle&& other) noexcept : handle_(other.release()) {}
-  Handle& operator=(Handle&&) = delete;
+  Handle& operator=(Handle&& other) noexcept {
+    std::swap(handle_, other.handle_);
+    return *this;
+  }
   ~Handle() {
     if (isOpen()) ::CloseHandle(handle_);
   }
@@ -169,6 +172,27 @@ inline Handle openHandle(const SystemPath& path, DWORD access, DWORD sharing, DW
                          DWORD flags = FILE_ATTRIBUTE_NORMAL,
                          SECURITY_ATTRIBUTES* security = nullptr) noexcept {
   return Handle(::CreateFileW(path.get(), access, sharing, security, creation, flags, nullptr));
+}
+
+/// Writes all bytes or fails.
+inline FileResult writeAll(HANDLE handle, std::string_view bytes) noexcept {
+  while (!bytes.empty()) {
+    DWORD written = 0;
+    const auto size = static_cast<DWORD>(bytes.size() < largestPiece ? bytes.size() : largestPiece);
+    if (!::WriteFile(handle, bytes.data(), size, &written, nullptr)) return lastError();
+    if (written == 0) return {FileStatus::noSpace, 0};
+    bytes.remove_prefix(written);
+  }
+  return {};
+}
+
+inline FileResult flushHandle(HANDLE handle) noexcept {
+  if (::FlushFileBuffers(handle)) return {};
+  // Some devices and file systems know no flushing; that is no failure of the write.
+  const DWORD code = ::GetLastError();
+  const bool isUnknown = code == ERROR_INVALID_FUNCTION || code == ERROR_NOT_SUPPORTED ||
+                         ::GetFileType(handle) == FILE_TYPE_CHAR;
+  return isUnknown ? FileResult{} : resultOf(code);
 }
 
 inline constexpr DWORD shareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
