@@ -45,7 +45,7 @@
 #include <stdint.h>
 
 /* The version of this header, and of a library that has all of its functions. */
-#define KPX_C_VERSION 1
+#define KPX_C_VERSION 2
 
 /* KPX_STATIC is for programs that link the static library. */
 #if defined(KPX_STATIC)
@@ -94,6 +94,9 @@ typedef uint_least16_t kpx_c_unit; /* as in u"..." */
 #define KPX_C_NOT_WRITTEN (-14)     /* the file cannot be written and is as it was */
 #define KPX_C_NO_TEXT (-15)         /* there is no text of this number */
 #define KPX_C_FAILED (-16)          /* unexpected; reported by its number */
+#define KPX_C_CHANGED                                                   \
+  (-17) /* another program has changed the file since it was opened, or \
+           is changing it; it was not written */
 
 /* --- the library ------------------------------------------------------------------------------ */
 
@@ -153,8 +156,10 @@ KPX_C_API int32_t KPX_C_CALL kpx_c_open_bytes(const void* bytes, int64_t byteCou
                                               kpx_c_document** document);
 /* Writes the document to a file, whole or not at all: a failure leaves an old file as it was. The
  * file has the encoding that was read, and but for the values that were set it is the same text,
- * unknown elements, comments and blanks included. KPX_C_NOT_WRITTEN; KPX_C_REFUSED: the document
- * has no root yet, or values have become too long for it. */
+ * unknown elements, comments and blanks included. The file that was opened or saved last is not
+ * overwritten when another program has changed it since. KPX_C_NOT_WRITTEN; KPX_C_CHANGED (since
+ * version 2); KPX_C_REFUSED: the document has no root yet, or values have become too long for it.
+ */
 KPX_C_API int32_t KPX_C_CALL kpx_c_save(kpx_c_document* document, const kpx_c_unit* path,
                                         int32_t pathLength);
 /* The same bytes into memory, by the rules of buffers for texts but without a 0 at the end. */

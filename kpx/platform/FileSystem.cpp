@@ -196,6 +196,24 @@ FileResult FileSystem::replaceUnchanged(const CString& path, const ContentWriter
   return replaceFile(path, writeContent, options);
 }
 
+FileResult FileSystem::changeFile(const CString& path, const ContentChange& change,
+                                  std::chrono::milliseconds patience) {
+  std::unique_ptr<FileLock> held;
+  FileResult result = lock(path, held, patience);
+  FileBytes bytes;
+  FileVersion version;
+  if (result) result = read(path, bytes, maxReadBytes, &version);
+  if (result.status == FileStatus::notFound && held) result = {};
+  std::string now;
+  if (result) result = change(bytes.view(), version, now);
+  if (!result || now == bytes.view()) return result;
+  bytes = FileBytes();
+  // Not every program asks for the lock.
+  ReplaceOptions options;
+  options.expected = &version;
+  return replaceFile(path, now, options);
+}
+
 FileResult FileSystem::compareVersion(const CString& path, const FileVersion& expected) {
   FileVersion now;
   const FileResult result = version(path, now);

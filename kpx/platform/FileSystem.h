@@ -125,7 +125,7 @@ struct ReplaceOptions {
   /// an empty file; nothing else changes.
   Durability durability = Durability::flushed;
   /// A file whose owner, permissions and attributes the new one gets; empty: the old file's.
-  CString attributesOf;
+  CString attributesOf = {};
   /// The file must still be this one, or the answer is `changed`. Whoever wants to be sure holds
   /// the file's lock meanwhile: `FileSystem::replaceUnchanged` does.
   const FileVersion* expected = nullptr;
@@ -214,6 +214,16 @@ class KPX_API FileSystem {
   FileResult replaceUnchanged(const CString& path, const ContentWriter& writeContent,
                               FileVersion& version,
                               std::chrono::milliseconds patience = changePatience);
+
+  /// Makes the new content of a file from the old one, which is empty if there is no file yet
+  /// (`version` tells). What it answers but `ok` becomes the answer of the whole change.
+  using ContentChange =
+      std::function<FileResult(std::string_view old, const FileVersion& version, std::string& now)>;
+  /// Reads a file, changes its content and replaces it, under the file's lock all the time, so that
+  /// of several programs that change a file in this way none undoes what another one did. An equal
+  /// content is not written. The change must not ask for the same lock.
+  FileResult changeFile(const CString& path, const ContentChange& change,
+                        std::chrono::milliseconds patience = changePatience);
 
   /// Whether a file is still what it was; `changed` if not, or why that cannot be told.
   FileResult compareVersion(const CString& path, const FileVersion& version);

@@ -134,6 +134,7 @@ inline constexpr ErrorEntry errorTable[] = {
     {910131, "CTimerFactory::getTimerName"},
     {910132, "CTimerFactory::report"},
     {910133, "CTimerFactory::sampleReport"},
+    {910134, "CIniEx::ChangeFile"},
     {910201, "CRegistry::Open"},
     {910202, "CRegistry::OpenReadOnly"},
     {910203, "CRegistry::CreateKey"},

@@ -29,6 +29,12 @@ DocumentResult failed(DocumentOutcome outcome, CString detail = {}) {
   return {outcome, ValueProblem::none, 0, 0, std::move(detail)};
 }
 
+DocumentResult notSaved(const FileResult& file) {
+  if (file.status == FileStatus::changed) return failed(DocumentOutcome::changed);
+  if (file.status == FileStatus::locked) return failed(DocumentOutcome::locked);
+  return failed(DocumentOutcome::notWritten, file.message());
+}
+
 ValueCheck checkReal(const SettingDef& setting, double value) {
   ValueCheck check;
   doubleAsTextInto(check.normal, value, setting.decimals, u'.');
@@ -52,6 +58,10 @@ const char* sentenceOf(DocumentOutcome outcome) noexcept {
       return "cannot be written";
     case DocumentOutcome::notEncodable:
       return "has a character that its encoding lacks";
+    case DocumentOutcome::changed:
+      return "was changed by another program since it was read";
+    case DocumentOutcome::locked:
+      return "is being changed by another program";
     case DocumentOutcome::refused:
       return "is not taken by the document";
     case DocumentOutcome::unknownKey:
@@ -88,11 +98,14 @@ bool ConfigDocument::addRoot(const CString& name) {
 }
 
 DocumentResult ConfigDocument::load(const CString& path) {
+  FileOrigin origin;
   FileBytes bytes;
-  if (const FileResult result = fileSystem().read(path, bytes); !result) {
+  if (const FileResult result = origin.read(path, bytes); !result) {
     return failed(DocumentOutcome::notRead, result.message());
   }
-  return read(bytes.view());
+  DocumentResult result = read(bytes.view());
+  if (result.ok()) origin_ = std::move(origin);
+  return result;
 }
 
 DocumentResult ConfigDocument::read(std::string_view bytes) {
@@ -123,6 +136,7 @@ DocumentResult ConfigDocument::read(std::string_view bytes) {
   storage_ = stored.storage;
   classes_ = std::move(classes);
   held_ = std::move(held);
+  origin_ = {};
   return {};
 }
 
@@ -139,11 +153,35 @@ DocumentResult ConfigDocument::write(std::string& bytes) {
   return {};
 }
 
-DocumentResult ConfigDocument::save(const CString& path) {
+DocumentResult ConfigDocument::save(const CString& path, SaveMode mode) {
   std::string bytes;
   if (DocumentResult result = write(bytes); !result.ok()) return result;
-  const FileResult written = fileSystem().replaceFile(path, bytes);
-  return written ? DocumentResult{} : failed(DocumentOutcome::notWritten, written.message());
+  const FileResult written = origin_.replace(
+      path, [&](OutputFile& file) { return file.write(bytes); }, mode);
+  return written ? DocumentResult{} : notSaved(written);
+}
+
+DocumentResult ConfigDocument::changeFile(
+    const CString& path, const std::function<DocumentResult(ConfigDocument&)>& change,
+    std::chrono::milliseconds patience) {
+  DocumentResult result;
+  const FileResult file = fileSystem().changeFile(
+      path,
+      [&](std::string_view old, const FileVersion& version, std::string& now) -> FileResult {
+        now = old;
+        if (!version.exists) {
+          const FileResult missing{FileStatus::notFound, 0};
+          result = failed(DocumentOutcome::notRead, missing.message());
+          return {};
+        }
+        ConfigDocument document;
+        result = document.read(old);
+        if (result.ok()) result = change(document);
+        if (result.ok()) result = document.write(now);
+        return {};
+      },
+      patience);
+  return file || !result.ok() ? result : notSaved(file);
 }
 
 bool ConfigDocument::writeChanges() {

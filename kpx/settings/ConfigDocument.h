@@ -1,7 +1,9 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -10,6 +12,7 @@
 
 #include "kpx/config/CFGConfig.h"
 #include "kpx/config/KeyedCollection.h"
+#include "kpx/platform/FileOrigin.h"
 #include "kpx/report/Export.h"
 #include "kpx/settings/Catalogue.h"
 #include "kpx/settings/ConfigFile.h"
@@ -28,6 +31,8 @@ enum class DocumentOutcome : std::uint8_t {
   illFormed,       // the document is not well formed
   notWritten,      // the file cannot be written; an old one is as it was
   notEncodable,    // the encoding lacks a character of the document; likewise
+  changed,         // another program has changed the file since it was read; it was not written
+  locked,          // another program is changing the file and did not finish in time; likewise
   refused,         // the document does not take it
   unknownKey,      // the class does not know the key
   wrongType,       // the setting is not of this type
@@ -76,8 +81,16 @@ class KPX_API ConfigDocument {
   /// was. Other than `CMarkup::Load`, takes nothing that could not be written back.
   DocumentResult load(const CString& path);
   DocumentResult read(std::string_view bytes);
-  /// Writes the document whole or not at all.
-  DocumentResult save(const CString& path);
+  /// Writes the document whole or not at all. The file that was loaded or saved last is not
+  /// overwritten when another program has changed it since.
+  DocumentResult save(const CString& path, SaveMode mode = SaveMode::unlessChanged);
+  /// Loads a file, lets `change` change it and saves it, so that of several programs that do this
+  /// at the same time none undoes what another one did: they wait for each other for up to
+  /// `patience`, then the answer is `locked`. Nothing is saved when `change` answers another
+  /// outcome than `ok`, which becomes the answer, or changes nothing.
+  static DocumentResult changeFile(const CString& path,
+                                   const std::function<DocumentResult(ConfigDocument&)>& change,
+                                   std::chrono::milliseconds patience = changePatience);
   /// The same into bytes, which stay as they are after a failure.
   DocumentResult write(std::string& bytes);
 
@@ -156,6 +169,7 @@ class KPX_API ConfigDocument {
 
   CMarkup document_;
   MarkupEncoding storage_;
+  FileOrigin origin_;
   Classes classes_;
   std::vector<Held> held_;
 };

@@ -1,6 +1,7 @@
 #include "kpx/support/CIniEx.h"
 
 #include <climits>
+#include <exception>
 #include <new>
 #include <utility>
 
@@ -29,27 +30,57 @@ CIniEx::~CIniEx() = default;
 
 int CIniEx::ReadFile(const CString& path) {
   return Guarded("CIniEx::ReadFile", 0, [&] {
+    FileOrigin origin;
     FileBytes bytes;
-    const FileResult result = fileSystem().read(path, bytes);
+    const FileResult result = origin.read(path, bytes);
     if (result.status == FileStatus::noMemory) throw std::bad_alloc();
     if (!result) return 0;
     std::unique_ptr<Content> content = contentOf(bytes);
     if (!content) return 0;
+    content->origin = std::move(origin);
     content_ = std::move(content);
     return 1;
   });
 }
 
-int CIniEx::SaveFile(const CString& path) {
+int CIniEx::SaveFile(const CString& path) { return SaveFile(path, SaveMode::overwrite); }
+
+int CIniEx::SaveFile(const CString& path, SaveMode mode) {
   return Guarded("CIniEx::SaveFile", 0, [&] {
-    detail::IniEncoding encoding = content_->encoding;
-    std::string bytes = detail::encodeIni(content_->written(), encoding);
-    if (encoding.codePage == content_->encoding.codePage) bytes += content_->halfUnit;
-    if (!fileSystem().replaceFile(path, bytes)) return 0;
+    detail::IniEncoding encoding;
+    const std::string bytes = encoded(encoding);
+    const auto write = [&](OutputFile& file) { return file.write(bytes); };
+    if (!content_->origin.replace(path, write, mode)) return 0;
     content_->encoding = encoding;
     content_->settle();
     return 1;
   });
+}
+
+FileResult CIniEx::ChangeFile(const CString& path, const std::function<bool(CIniEx&)>& change,
+                              std::chrono::milliseconds patience) {
+  std::exception_ptr thrown;
+  FileResult result = Guarded("CIniEx::ChangeFile", FileResult{FileStatus::noMemory, 0}, [&] {
+    return fileSystem().changeFile(
+        path,
+        [&](std::string_view old, const FileVersion&, std::string& now) -> FileResult {
+          CIniEx ini;
+          ini.content_ = contentOf(old);
+          if (!ini.content_) return {FileStatus::tooLarge, 0};
+          bool isChanged = false;
+          try {
+            isChanged = change(ini);
+          } catch (...) {
+            thrown = std::current_exception();
+          }
+          detail::IniEncoding encoding;
+          now = isChanged ? ini.encoded(encoding) : std::string(old);
+          return {};
+        },
+        patience);
+  });
+  if (thrown) std::rethrow_exception(thrown);
+  return result;
 }
 
 int CIniEx::readBytes(std::string_view bytes) {
@@ -73,9 +104,15 @@ std::unique_ptr<CIniEx::Content> CIniEx::contentOf(std::string_view bytes) {
 }
 
 std::string CIniEx::fileBytes() const {
-  detail::IniEncoding encoding = content_->encoding;
+  detail::IniEncoding encoding;
+  return encoded(encoding);
+}
+
+std::string CIniEx::encoded(detail::IniEncoding& encoding) const {
+  encoding = content_->encoding;
   std::string bytes = detail::encodeIni(content_->written(), encoding);
-  return bytes += content_->halfUnit;
+  if (encoding.codePage == content_->encoding.codePage) bytes += content_->halfUnit;
+  return bytes;
 }
 
 void CIniEx::ClearMemory() noexcept {

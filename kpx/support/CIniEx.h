@@ -1,15 +1,22 @@
 #pragma once
 
+#include <chrono>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "kpx/platform/FileOrigin.h"
 #include "kpx/report/Export.h"
 #include "kpx/support/CSection.h"
 #include "kpx/text/CString.h"
 
 namespace kpx {
+
+namespace detail {
+struct IniEncoding;
+}
 
 /// An entry of the catalogue of key types.
 struct KEYTYPE_STRUCT {
@@ -68,6 +75,16 @@ class KPX_API CIniEx {
   /// Afterwards the removed entries are gone. 0 when it cannot be written, with the old file as it
   /// was. Error number 910102.
   int SaveFile(const CString& path);
+  /// The same, but `unlessChanged` also answers 0, with the file as it is, when it is the file that
+  /// was read or saved last and another program has changed it since.
+  int SaveFile(const CString& path, SaveMode mode);
+  /// Reads a file (none counts as empty), lets `change` change it and saves it, so that of several
+  /// programs that do this at the same time none undoes what another one did: they wait for each
+  /// other for up to `patience`, then the answer is `locked`. Nothing is saved when `change`
+  /// answers false or leaves the content as it was. What `change` throws reaches the caller. Error
+  /// number 910134.
+  static FileResult ChangeFile(const CString& path, const std::function<bool(CIniEx&)>& change,
+                               std::chrono::milliseconds patience = changePatience);
 
   /// The same from and to the bytes of a file. Reading refuses 2^31 bytes and more; error number
   /// 910119. `fileBytes` throws std::bad_alloc: an empty file in place of the bytes would be taken
@@ -162,6 +179,8 @@ class KPX_API CIniEx {
 
   /// The content of a file; nullptr for too many bytes.
   static std::unique_ptr<Content> contentOf(std::string_view bytes);
+  /// The bytes that are saved, in the encoding that can hold them.
+  std::string encoded(detail::IniEncoding& encoding) const;
   /// The section or key of that name that counts, or nullptr.
   CSection* findSection(std::u16string_view name) const noexcept;
   KEY_STRUCT* findKey(std::u16string_view section, std::u16string_view key) const noexcept;

@@ -100,7 +100,7 @@ class Extraction {
               index, [&](std::string_view bytes) { return file.write(bytes); }, writing);
           return status == ZipStatus::done ? FileResult() : FileResult{FileStatus::failed, 0};
         },
-        Durability::leftToSystem);
+        {.durability = Durability::leftToSystem});
     if (status != ZipStatus::done) {
       result = writing;
       return status;

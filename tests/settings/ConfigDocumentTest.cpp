@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <thread>
+
+#include "kpx/text/NumberText.h"
 #include "tests/common/FaultyFileSystem.h"
 #include "tests/common/ObjectXml.h"
 #include "tests/common/TemporaryFolder.h"
@@ -108,6 +111,45 @@ TEST(ConfigDocument, FailuresKeepTheFileAndTheChanges) {
   EXPECT_EQ(document.read("<a>").outcome, DocumentOutcome::illFormed);
   ASSERT_TRUE(document.save(path).ok());
   EXPECT_EQ(folder.read("a.xml"), std::string(old).replace(old.find("'a'"), 3, "'b'"));
+}
+
+TEST(ConfigDocument, WhatOthersChangedIsNotOverwritten) {
+  const TemporaryFolder folder;
+  const CString path = folder / "a.xml";
+  const auto textWith = [](const std::string& value) {
+    return "<CFGConfigCFGClassHeader><CFGClass><CFGCol Name='Class'><CFGValue Value='" + value +
+           "'/></CFGCol><CFGCol Name='Description'><CFGValue Value=''/></CFGCol></CFGClass>"
+           "</CFGConfigCFGClassHeader>";
+  };
+  folder.write("a.xml", textWith("a"));
+  ConfigDocument document;
+  ASSERT_TRUE(document.load(path).ok());
+  folder.write("a.xml", textWith("b"));
+  EXPECT_EQ(document.save(path).outcome, DocumentOutcome::changed);
+  EXPECT_EQ(folder.read("a.xml"), textWith("b"));
+  EXPECT_TRUE(document.save(folder / "b.xml").ok()) << "another file";
+  EXPECT_TRUE(document.save(path, SaveMode::overwrite).ok());
+  EXPECT_TRUE(document.save(path).ok());
+
+  // Two that change different settings, again and again.
+  constexpr int rounds = 50;
+  const auto count = [&](const char16_t* key) {
+    for (int round = 1; round <= rounds; ++round) {
+      const DocumentResult result = ConfigDocument::changeFile(
+          path, [&](ConfigDocument& held) { return held.setText(0, key, utlLongAsText(round)); });
+      EXPECT_TRUE(result.ok()) << describe(result).utf8();
+    }
+  };
+  std::thread other([&] { count(u"Description"); });
+  count(u"Class");
+  other.join();
+  ASSERT_TRUE(document.load(path).ok());
+  for (const char16_t* key : {u"Class", u"Description"}) {
+    CString value;
+    EXPECT_TRUE(document.getText(0, key, value).ok());
+    EXPECT_EQ(value, utlLongAsText(rounds));
+  }
+  EXPECT_EQ(folder.names().size(), 2u);
 }
 
 TEST(ConfigDocument, SmallConfigurationsTakeLittleMemory) {

@@ -1,7 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <thread>
+
 #include "kpx/support/CIniEx.h"
 #include "kpx/support/IniCheck.h"
+#include "kpx/text/NumberText.h"
 #include "tests/common/FaultyFileSystem.h"
 #include "tests/common/TemporaryFolder.h"
 #include "tests/common/TextPrinter.h"
@@ -351,8 +354,8 @@ TEST(Ini, FailingStepLeavesFileAndMemoryAlone) {
   using Step = FaultyFileSystem::Step;
   const TemporaryFolder folder;
   folder.write("a.ini", sample);
-  for (const Step step :
-       {Step::open, Step::write, Step::flush, Step::close, Step::takeAttributes, Step::putInPlace}) {
+  for (const Step step : {Step::open, Step::write, Step::flush, Step::close, Step::takeAttributes,
+                          Step::putInPlace}) {
     CIniEx ini;
     ASSERT_EQ(ini.ReadFile(folder / "a.ini"), 1);
     ini.DeleteSection(u"KPX");
@@ -372,6 +375,44 @@ TEST(Ini, FailingStepLeavesFileAndMemoryAlone) {
     EXPECT_EQ(valueOf(ini, u" Second ", u"key"), u"1");
   }
   EXPECT_EQ(CIniEx().ReadFile(folder / "missing.ini"), 0);
+}
+
+TEST(Ini, ChangesOfSeveralAtOnceAreAllKept) {
+  const TemporaryFolder folder;
+  const CString path = folder / "a.ini";
+  constexpr int keys = 50;
+  const auto addKeys = [&](char16_t initial) {
+    for (int i = 0; i < keys; ++i) {
+      EXPECT_TRUE(CIniEx::ChangeFile(path, [&](CIniEx& ini) {
+        ini.AddNewSection(u"S");
+        return ini.AddNewKey(u"S", CString(initial) + utlLongAsText(i), u"1") == 1;
+      }));
+    }
+  };
+  std::thread other([&] { addKeys(u'b'); });
+  addKeys(u'a');
+  other.join();
+  CIniEx ini;
+  ASSERT_EQ(ini.ReadFile(path), 1);
+  CSection* section = nullptr;
+  ASSERT_EQ(ini.GetSection(u"S", section), 1);
+  EXPECT_EQ(section->keys().size(), 2u * keys);
+
+  // Who reads, thinks and saves can be told that the file is another one by now.
+  ASSERT_TRUE(CIniEx::ChangeFile(path, [](CIniEx& now) { return now.DeleteSection(u"S") == 1; }));
+  EXPECT_EQ(ini.SaveFile(path, SaveMode::unlessChanged), 0);
+  EXPECT_EQ(folder.read("a.ini"), "");
+  EXPECT_EQ(ini.SaveFile(path), 1);
+  EXPECT_EQ(ini.SaveFile(path, SaveMode::unlessChanged), 1);
+
+  std::unique_ptr<FileLock> held;
+  ASSERT_TRUE(fileSystem().lock(path, held));
+  const auto never = [](CIniEx&) -> bool { throw 1; };
+  const auto soon = std::chrono::milliseconds(5);
+  EXPECT_EQ(CIniEx::ChangeFile(path, never, soon).status, FileStatus::locked);
+  held.reset();
+  EXPECT_THROW(CIniEx::ChangeFile(path, never), int);
+  EXPECT_EQ(folder.names(), std::vector<std::string>{"a.ini"});
 }
 
 TEST(Ini, CommentsTypesAndTheCatalogue) {

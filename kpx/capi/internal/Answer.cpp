@@ -22,6 +22,9 @@ std::int32_t codeOf(DocumentOutcome outcome) noexcept {
     case DocumentOutcome::notWritten:
     case DocumentOutcome::notEncodable:
       return KPX_C_NOT_WRITTEN;
+    case DocumentOutcome::changed:
+    case DocumentOutcome::locked:
+      return KPX_C_CHANGED;
     case DocumentOutcome::refused:
       return KPX_C_REFUSED;
     case DocumentOutcome::unknownKey:

@@ -99,6 +99,8 @@ std::unique_ptr<CIniEx::Content> CIniEx::Content::clone() const {
   auto copy = std::make_unique<Content>();
   copy->text = text;
   copy->encoding = encoding;
+  copy->origin = origin;
+  copy->origin = origin;
   copy->halfUnit = halfUnit;
   copy->lineEnd = lineEnd;
   copy->sections.reserve(sections.size());

@@ -16,6 +16,7 @@ struct CIniEx::Content {
   // What was read; entries that nobody changed are parts of it. Copies share it.
   std::shared_ptr<const std::u16string> text;
   detail::IniEncoding encoding;
+  FileOrigin origin;
   std::string halfUnit;
   std::u16string lineEnd = u"\r\n";
 
