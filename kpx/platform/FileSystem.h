@@ -126,6 +126,8 @@ struct ReplaceOptions {
   Durability durability = Durability::flushed;
   /// A file whose owner, permissions and attributes the new one gets; empty: the old file's.
   CString attributesOf = {};
+  /// Nothing may have the name yet, or the answer is `exists`.
+  bool onlyNew = false;
   /// The file must still be this one, or the answer is `changed`. Whoever wants to be sure holds
   /// the file's lock meanwhile: `FileSystem::replaceUnchanged` does.
   const FileVersion* expected = nullptr;

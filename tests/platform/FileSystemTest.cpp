@@ -103,7 +103,7 @@ TEST(FileSystem, FailureAtAnyStepLeavesTheOldFileAndNothingElse) {
   }
 }
 
-TEST(FileSystem, WriterThatThrowsLeavesTheOldFileAndNothingElse) {
+TEST(FileSystem, AWriterThatThrowsAndANameThatIsTakenLeaveTheOldFile) {
   const TemporaryFolder folder;
   folder.write("job.xml", "old");
   EXPECT_THROW(fileSystem().replaceFile(
@@ -112,6 +112,14 @@ TEST(FileSystem, WriterThatThrowsLeavesTheOldFileAndNothingElse) {
                std::runtime_error);
   EXPECT_EQ(folder.read("job.xml"), "old");
   EXPECT_EQ(folder.names().size(), 1u);
+
+  ReplaceOptions options;
+  options.onlyNew = true;
+  EXPECT_EQ(fileSystem().replaceFile(folder / "job.xml", "new", options).status,
+            FileStatus::exists);
+  EXPECT_EQ(folder.read("job.xml"), "old");
+  EXPECT_TRUE(fileSystem().replaceFile(folder / "new.xml", "new", options));
+  EXPECT_EQ(folder.names().size(), 2u);
 }
 
 TEST(FileSystem, AFileThatAnotherProgramChangedIsNotReplaced) {

@@ -1,11 +1,11 @@
 #include "kpx/platform/posix/ReplacementFile.h"
 
 #include <dirent.h>
+#include <stdio.h>
 
 #include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <cstdio>
 #include <string_view>
 
 #include "kpx/platform/posix/FileAttributes.h"
@@ -40,6 +40,7 @@ bool wasLookedThrough(int folder) noexcept {
 FileResult PosixReplacementFile::open(const CString& path, const ReplaceOptions& options) {
   FileResult result = openModel(path, options.attributesOf);
   if (!result) return result;
+  onlyNew_ = options.onlyNew;
   flushed_ = options.durability == Durability::flushed;
   if (flushed_ || !wasLookedThrough(place_.folder())) removeLeftovers(place_.folder());
   // A program that looks for leftovers may catch the new file before it is locked.
@@ -119,13 +120,26 @@ FileResult PosixReplacementFile::close() {
   return second.isOpen() ? second.close() : lastError();
 }
 
+FileResult PosixReplacementFile::rename() noexcept {
+  const int folder = place_.folder();
+  const char* const name = place_.name().c_str();
+  if (!onlyNew_) {
+    return ::renameat(folder, temporary_, folder, name) == 0 ? FileResult{} : lastError();
+  }
+  if (::renameat2(folder, temporary_, folder, name, RENAME_NOREPLACE) == 0) return {};
+  if (errno != EINVAL && errno != ENOSYS) return lastError();
+  // Volumes that cannot do this can mostly do that: a second name fails where there is one already.
+  if (::linkat(folder, temporary_, folder, name, 0) != 0) return lastError();
+  ::unlinkat(folder, temporary_, 0);
+  return {};
+}
+
 FileResult PosixReplacementFile::putInPlace(FileVersion* version) {
   if (!hasItsName()) return {FileStatus::displaced, 0};
-  const char* const name = place_.name().c_str();
-  if (::renameat(place_.folder(), temporary_, place_.folder(), name) != 0) return lastError();
+  if (const FileResult result = rename(); !result) return result;
   temporary_[0] = '\0';
   // Where nobody else can move this user's files, only a later replacement can be in its place.
-  const bool isInPlace = isNameOf(place_.folder(), name, status_);
+  const bool isInPlace = isNameOf(place_.folder(), place_.name().c_str(), status_);
   if (!isInPlace && place_.isOpenToOthers()) return {FileStatus::displaced, 0};
   if (flushed_) place_.flush();
   if (version != nullptr) {

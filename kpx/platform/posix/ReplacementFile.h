@@ -27,6 +27,7 @@ class PosixReplacementFile final : public ReplacementFile {
   FileResult openModel(const CString& path, const CString& attributesOf);
   FileResult openTemporary();
   bool hasItsName() const noexcept;
+  FileResult rename() noexcept;
 
   FilePlace place_;
   Descriptor model_;  // the file whose attributes it gets, if there is one
@@ -35,6 +36,7 @@ class PosixReplacementFile final : public ReplacementFile {
   struct stat status_ = {};  // its identity
   char temporary_[32] = "";  // its name until it is in place
   bool flushed_ = true;
+  bool onlyNew_ = false;
 };
 
 /// Removes what programs that are gone have left in a folder: files that nobody has locked.

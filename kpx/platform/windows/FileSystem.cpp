@@ -231,7 +231,7 @@ class WindowsFileSystem final : public FileSystem {
       if (old.kind == FileKind::other) return {FileStatus::notRegularFile, 0};
       if (!old.writable) return {FileStatus::noPermission, 0};
     }
-    auto opened = std::make_unique<detail::WindowsReplacementFile>(target, options.durability);
+    auto opened = std::make_unique<detail::WindowsReplacementFile>(target, options);
     CString model = found ? target : CString();
     if (!options.attributesOf.IsEmpty()) model = options.attributesOf;
     const FileResult result = opened->open(model);

@@ -238,7 +238,7 @@ FileResult WindowsReplacementFile::rename(const SystemPath& target) {
     wchar_t name[1];
   };
   constexpr auto renameWithFlags = static_cast<FILE_INFO_BY_HANDLE_CLASS>(22);
-  constexpr DWORD replace = 1;
+  const DWORD replace = onlyNew_ ? 0 : 1;
   constexpr DWORD evenIfOpen = 2;
 
   // The system takes complete names only.

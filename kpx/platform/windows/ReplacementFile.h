@@ -28,8 +28,10 @@ class AccessRecord {
 class WindowsReplacementFile final : public ReplacementFile {
  public:
   /// For the file of that name, which is no link.
-  WindowsReplacementFile(const CString& target, Durability durability)
-      : target_(target), flushed_(durability == Durability::flushed) {}
+  WindowsReplacementFile(const CString& target, const ReplaceOptions& options)
+      : target_(target),
+        flushed_(options.durability == Durability::flushed),
+        onlyNew_(options.onlyNew) {}
   WindowsReplacementFile(const WindowsReplacementFile&) = delete;
   WindowsReplacementFile& operator=(const WindowsReplacementFile&) = delete;
   ~WindowsReplacementFile() override;
@@ -49,6 +51,7 @@ class WindowsReplacementFile final : public ReplacementFile {
 
   CString target_;
   bool flushed_;
+  bool onlyNew_;
   bool hasModel_ = false;
   bool hasAccess_ = false;
   AccessRecord access_;
