@@ -60,8 +60,8 @@ int CIniEx::SaveFile(const CString& path, SaveMode mode) {
 FileResult CIniEx::ChangeFile(const CString& path, const std::function<bool(CIniEx&)>& change,
                               std::chrono::milliseconds patience) {
   std::exception_ptr thrown;
-  FileResult result = Guarded("CIniEx::ChangeFile", FileResult{FileStatus::noMemory, 0}, [&] {
-    return fileSystem().changeFile(
+  const FileResult result = Guarded("CIniEx::ChangeFile", FileResult{FileStatus::noMemory, 0}, [&] {
+    const FileResult changed = fileSystem().changeFile(
         path,
         [&](std::string_view old, const FileVersion&, std::string& now) -> FileResult {
           CIniEx ini;
@@ -78,6 +78,8 @@ FileResult CIniEx::ChangeFile(const CString& path, const std::function<bool(CIni
           return {};
         },
         patience);
+    if (changed.status == FileStatus::noMemory) throw std::bad_alloc();
+    return changed;
   });
   if (thrown) std::rethrow_exception(thrown);
   return result;

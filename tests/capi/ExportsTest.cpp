@@ -261,6 +261,10 @@ std::vector<Call> Exports::ofTextsAndFiles() {
       MEMBER(CIniEx, ReadFile, ini, path),
       MEMBER(CIniEx, readBytes, ini, "[A]\nkey=a value that is longer than others\n"),
       MEMBER(CIniEx, SaveFile, ini, path),
+      {"CIniEx::ChangeFile",
+       [&] {
+         CIniEx::ChangeFile(path, [&](CIniEx& read) { return read.AddNewSection(text) == 1; });
+       }},
       MEMBER(CIniEx, GetKeyData, ini, u"A", u"key"),
       MEMBER(CIniEx, GetKeyData, ini, u"A", u"key", content),
       MEMBER(CIniEx, GetKeyData, ini, u"A", u"key", content, other),
@@ -337,6 +341,7 @@ std::vector<Call> Exports::ofContext() {
       FUNCTION(chosenLanguage),
       FUNCTION(languageFileName, language),
       FUNCTION(languageFilePath, language),
+      FUNCTION(languageFiles, language),
       FUNCTION(textFolder),
       FUNCTION(useProjectWording, true),
       FUNCTION(traceFilePath),

@@ -143,7 +143,7 @@ Exit setValue(const std::string& file, const std::string& key, const Selection& 
                   "with standard input the document is printed, so neither --json "
                   "nor --backup can be meant");
   }
-  FileChange change(file);
+  FileChange change(file, options.dryRun ? std::nullopt : std::optional<ChangeWait>(options.wait));
   const Input& input = change.input();
   Configurations read = configurationsOf(input, selection);
   if (encode(read) != input.bytes()) {

@@ -5,11 +5,13 @@
 
 #include "tools/kpx/Configurations.h"
 #include "tools/kpx/Exit.h"
+#include "tools/kpx/FileChange.h"
 
 namespace kpx::tool {
 
 struct SetOptions {
   std::string value;
+  ChangeWait wait;
   bool dryRun = false;
   bool backup = false;
   bool add = false;  // a key that the class knows and the file lacks

@@ -272,6 +272,7 @@ void addConfigVerbs(CLI::App& app, Action& chosen) {
     command->add_flag("--add", arguments->set.add,
                       "Add the setting, or its value, if the class knows it and the file lacks it");
     command->add_flag("--dry-run", arguments->set.dryRun, "Only tell what would be changed");
+    addWaitOption(*command, arguments->set.wait);
     command->add_flag("--backup", arguments->set.backup,
                       "Keep the old file as FILE.bak, .bak2 ...");
   }

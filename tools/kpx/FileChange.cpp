@@ -1,43 +1,42 @@
 #include "tools/kpx/FileChange.h"
 
-#include <memory>
+#include <chrono>
 #include <utility>
 
-#include "kpx/platform/FileSystem.h"
 #include "tools/kpx/Exit.h"
 #include "tools/kpx/Output.h"
 
 namespace kpx::tool {
 namespace {
 
-/// Writes a file that must not exist, and that nobody may read who may not read the file `like`.
-FileResult writeNew(const CString& path, std::string_view bytes, const CString& like) {
-  FileInfo info;
-  std::unique_ptr<OutputFile> file;
-  FileResult result = fileSystem().info(like, info);
-  if (result) result = fileSystem().open(path, OpenMode::create, file, info.permissions);
-  if (!result) return result;
-  result = file->write(bytes);
-  if (result) result = file->flush();
-  if (const FileResult closed = file->close(); result) result = closed;
-  if (result) {
-    fileSystem().copyPermissions(like, path);
-  } else {
-    fileSystem().remove(path);
-  }
-  return result;
-}
-
-bool isMissing(const std::string& path) {
-  FileInfo info;
-  return fileSystem().info(given(path), info).status == FileStatus::notFound;
+[[noreturn]] void failWrite(const std::string& path, const FileResult& result) {
+  throw Failure(Exit::notWritten, path + ": " + shown(result.message()) + "; nothing was changed");
 }
 
 }  // namespace
 
-FileChange::FileChange(std::string path, Missing missing) : path_(std::move(path)) {
-  isNew_ = missing == Missing::isEmpty && path_ != "-" && isMissing(path_);
-  input_ = isNew_ ? Input{path_, {}, {}} : readInput(path_);
+void addWaitOption(CLI::App& command, ChangeWait& wait) {
+  command
+      .add_option("--wait", wait.seconds,
+                  "Seconds to wait for another program that is changing the file")
+      ->check(CLI::Range(0, 86'400))
+      ->capture_default_str();
+}
+
+FileChange::FileChange(std::string path, std::optional<ChangeWait> wait, Missing missing)
+    : path_(std::move(path)) {
+  FileResult locked;
+  if (wait && !isStandardInput()) {
+    const std::chrono::duration<double> patience(wait->seconds);
+    locked = fileSystem().lock(given(path_), lock_,
+                               std::chrono::ceil<std::chrono::milliseconds>(patience));
+  }
+  if (locked.status == FileStatus::locked) failWrite(path_, locked);
+  // What cannot be read is told first: it is why most files cannot be locked.
+  const bool mayBeMissing = missing == Missing::isEmpty && !isStandardInput();
+  input_ = readInput(path_, &version_, mayBeMissing);
+  isNew_ = mayBeMissing && !version_.exists;
+  if (!locked) failWrite(path_, locked);
 }
 
 void FileChange::write(std::string_view bytes) {
@@ -47,26 +46,28 @@ void FileChange::write(std::string_view bytes) {
   }
   if (bytes == input_.bytes() && !isNew_) return;
   const std::string backup = keepsOld_ ? writeBackup() : std::string();
-  try {
-    replaceOrFail(path_, bytes);
-  } catch (const Failure&) {
+  // Not every program waits for the others.
+  ReplaceOptions options;
+  options.expected = &version_;
+  if (const FileResult result = fileSystem().replaceFile(given(path_), bytes, options); !result) {
     if (!backup.empty()) fileSystem().remove(given(backup));
-    throw;
+    failWrite(path_, result);
   }
+  noteChange();
   if (!backup.empty() && backup != path_ + ".bak") complain("the old file is kept as " + backup);
 }
 
 std::string FileChange::writeBackup() const {
-  std::string name = path_ + ".bak";
-  FileResult result = writeNew(given(name), input_.bytes(), given(path_));
-  for (int number = 2; result.status == FileStatus::exists; ++number) {
-    name = path_ + ".bak" + std::to_string(number);
-    result = writeNew(given(name), input_.bytes(), given(path_));
+  ReplaceOptions options;
+  options.attributesOf = given(path_);
+  options.onlyNew = true;
+  std::string name;
+  FileResult result{FileStatus::exists, 0};
+  for (int number = 1; result.status == FileStatus::exists; ++number) {
+    name = path_ + (number == 1 ? ".bak" : ".bak" + std::to_string(number));
+    result = fileSystem().replaceFile(given(name), input_.bytes(), options);
   }
-  if (!result) {
-    throw Failure(Exit::notWritten,
-                  name + ": " + shown(result.message()) + "; nothing was changed");
-  }
+  if (!result) failWrite(name, result);
   return name;
 }
 

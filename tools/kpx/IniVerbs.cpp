@@ -18,6 +18,7 @@ struct Arguments {
   std::string section;
   std::string key;
   std::string value;
+  ChangeWait wait;
   bool json = false;
 };
 
@@ -59,7 +60,7 @@ Exit set(const Arguments& arguments) {
   const CString section = given(arguments.section);
   const CString key = given(arguments.key);
   const CString value = given(arguments.value);
-  FileChange change(arguments.file, FileChange::Missing::isEmpty);
+  FileChange change(arguments.file, arguments.wait, FileChange::Missing::isEmpty);
   CIniEx ini = parse(change.input());
   ini.AddNewSection(section);
   const bool changed = ini.GetKeyData(section, key) != 0 ? ini.UpdateKey(section, key, value) != 0
@@ -81,7 +82,7 @@ Exit set(const Arguments& arguments) {
 }
 
 Exit remove(const Arguments& arguments) {
-  FileChange change(arguments.file);
+  FileChange change(arguments.file, arguments.wait);
   CIniEx ini = parse(change.input());
   if (ini.DeleteKey(given(arguments.section), given(arguments.key)) == 0) {
     failMissing(ini, change.input(), arguments);
@@ -174,6 +175,7 @@ void addIniVerbs(CLI::App& app, Action& chosen) {
                      "Section; \"\" for the keys above the first section")
         ->required();
     command->add_option("KEY", arguments->key, "Key")->required();
+    if (verb != &get) addWaitOption(*command, arguments->wait);
     return added;
   };
   const auto getter = addKey("get", "Print the value of a key", &get);

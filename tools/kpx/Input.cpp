@@ -45,10 +45,12 @@ std::string placeOf(const std::string& name, const ProblemLine& problem) {
          problem.sentence;
 }
 
-Input readInput(const std::string& path) {
+Input readInput(const std::string& path, FileVersion* version, bool mayBeMissing) {
   if (path == "-") return {"standard input", {}, readStandardInput()};
   Input input{path, {}, {}};
-  if (const FileResult result = fileSystem().read(CString::fromUtf8(path), input.file); !result) {
+  const FileResult result =
+      fileSystem().read(CString::fromUtf8(path), input.file, FileSystem::maxReadBytes, version);
+  if (!result && !(mayBeMissing && result.status == FileStatus::notFound)) {
     throw Failure(Exit::input, path + ": " + shown(result.message()));
   }
   return input;

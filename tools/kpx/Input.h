@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "kpx/platform/FileBytes.h"
+#include "kpx/platform/FileVersion.h"
 #include "kpx/xml/CMarkup.h"
 #include "kpx/xml/Encoding.h"
 #include "kpx/xml/MarkupProblem.h"
@@ -24,7 +25,8 @@ struct Input {
 
 /// Reads a file, or standard input for "-". Raises a Failure that says why when it cannot.
 /// Standard input can be read only once.
-Input readInput(const std::string& path);
+/// `version` receives what the file was then. A missing file is empty where that may be.
+Input readInput(const std::string& path, FileVersion* version = nullptr, bool mayBeMissing = false);
 
 /// What a verb answers for several files: the worst of the answers for each. One that ends with a
 /// Failure is told, and the others are looked at all the same.

@@ -19,6 +19,7 @@ struct Arguments {
   bool json = false;
   bool check = false;  // of format
   bool write = false;
+  ChangeWait wait;
 };
 
 // --- check ----------------------------------------------------------------------------------
@@ -179,7 +180,8 @@ Exit stats(const Arguments& arguments) {
 // --- format ---------------------------------------------------------------------------------
 
 Exit formatFile(const std::string& file, const Arguments& arguments, Json& report) {
-  FileChange change(file);
+  FileChange change(file,
+                    arguments.write ? std::optional<ChangeWait>(arguments.wait) : std::nullopt);
   const Input& input = change.input();
   ReadDocument read = requireWellFormed(input);
   const CString text = formatMarkup(read.document);
@@ -236,6 +238,7 @@ void addXmlVerbs(CLI::App& app, Action& chosen) {
       "--check", arguments->check, "Only name the files that are not so; exit code 1 if any is");
   command->add_flag("--write", arguments->write, "Write the file again in place of printing it")
       ->excludes(checks);
+  addWaitOption(*command, arguments->wait);
 }
 
 }  // namespace kpx::tool
