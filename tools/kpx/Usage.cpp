@@ -133,7 +133,7 @@ std::string wrongCount(const Place& place) {
 
 /// The parser's own message without its phrases.
 std::string parserProblem(const CLI::ParseError& error) {
-  const std::string message = error.what();
+  std::string message = error.what();
   const std::string name = message.substr(0, message.find_first_of(": "));
   if (error.get_name() == "ArgumentMismatch") {
     const bool isFlag = message.ends_with("disallowed flag override");
