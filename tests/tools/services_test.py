@@ -42,6 +42,14 @@ class IniTest(ToolTest):
         out, _ = self.answers(0, "ini", "set", "-", "", "above", "1", stdin=stdin)
         self.assertEqual(out.encode(), stdin.replace(b"=0", b"=1"))
 
+    def test_changes_of_several_programs_are_all_kept(self):
+        path = str(Path(self.folder.name) / "new.ini")
+        running = [subprocess.Popen([*KPX, "ini", "set", path, "S", f"key{number}", "1"],
+                                    stderr=subprocess.DEVNULL) for number in range(12)]
+        self.assertEqual([program.wait() for program in running], [0] * len(running))
+        self.assertEqual(len(self.answers(0, "ini", "list", path)[0].splitlines()), 13)
+        self.assertEqual([each.name for each in Path(self.folder.name).glob("*kpx*")], [])
+
     def test_refusals_leave_the_file_alone(self):
         path = self.write("a.ini", self.FILE)
         for code, arguments in ((1, ("get", path, "a", "x")), (1, ("get", path, "A", "X")),
