@@ -39,7 +39,7 @@ void appendTo(std::u16string_view folder, std::string_view line, Clock::time_poi
   char16_t* next = std::copy(folder.begin(), folder.end(), path);
   *next++ = static_cast<char16_t>(std::filesystem::path::preferred_separator);
   next = std::copy(name.begin(), name.end(), next);
-  const auto left = std::chrono::duration_cast<milliseconds>(end - Clock::now());
+  const auto left = std::chrono::ceil<milliseconds>(end - Clock::now());
   ExclusiveFile log;
   if (log.open({path, static_cast<std::size_t>(next - path)}, ExclusiveFile::Mode::append,
                std::max(left, milliseconds(0)))) {
