@@ -158,10 +158,15 @@ def definition(setting):
     return "    {" + ", ".join(fields) + "},\n"
 
 
+def table_name(what, each):
+    """Names of their own, so that several classes can be compiled together."""
+    return f"{what}Of{each.name}"
+
+
 def accessors(each, index, setting):
     family = {"real": "Real", "text": "Text"}.get(setting.kind, "Integer")
     enumeration = setting.kind == "enumeration"
-    definition_ = f"definitions[{index}]"
+    definition_ = f"{table_name('definitions', each)}[{index}]"
     out = []
     if setting.get:
         columns = "Cells" if each.shape == "row" else "Class.Cols"
@@ -178,11 +183,12 @@ def accessors(each, index, setting):
 def access(each, index, setting):
     names = [f"&{each.name}::{name}" if name else "nullptr" for name in (setting.get, setting.set)]
     return (f"    detail::access<{names[0]}, {names[1]}>(\n"
-            f"        definitions[{index}], {literal(setting.get)}, {literal(setting.set)}),\n")
+            f"        {table_name('definitions', each)}[{index}], {literal(setting.get)}, "
+            f"{literal(setting.set)}),\n")
 
 
 def catalogue_entry(each):
-    settings = "{}" if each.shape == "table" else "accesses"
+    settings = "{}" if each.shape == "table" else table_name("accesses", each)
     element = each.element_name if each.shape == "configuration" else ""
     return (f"\nnamespace detail {{\n\nextern const SettingsClass settingsClass{each.name};\n"
             f"constinit const SettingsClass settingsClass{each.name} = {{\n"
@@ -205,12 +211,12 @@ def columns_source_of(each):
            f'#include "kpx/settings/{includes[0]}.h"\n\n',
            *(f'#include "kpx/settings/{name}.h"\n' for name in includes[1:]),
            "\nnamespace kpx {\nnamespace {\n\n",
-           "constexpr SettingDef definitions[] = {\n",
+           f"constexpr SettingDef {table_name('definitions', each)}[] = {{\n",
            *(definition(replace(cell, value="text", decimals=None, missing=None, guard=0,
                                 set_guard=0)) for cell in each.columns),
            "};\n\n"]
     if each.shape == "configuration":
-        out.append("constexpr SettingAccess accesses[] = {\n"
+        out.append(f"constexpr SettingAccess {table_name('accesses', each)}[] = {{\n"
                    "    detail::headerAccesses[0],\n    detail::headerAccesses[1],\n")
         out.extend(access(each, index, replace(cell, get="", set=""))
                    for index, cell in enumerate(each.columns))
@@ -218,7 +224,7 @@ def columns_source_of(each):
     out.append("}  // namespace\n\n"
                f"{each.name}::{each.name}() {{\n"
                f"  Class.Name.Assign({literal(each.stored_name)});\n"
-               "  detail::defineColumns(*this, definitions);\n}\n")
+               f"  detail::defineColumns(*this, {table_name('definitions', each)});\n}}\n")
     out.append(catalogue_entry(each))
     return "".join(out)
 
@@ -231,21 +237,21 @@ def source_of(each):
            f'#include "kpx/settings/{each.name}.h"\n\n',
            '#include "kpx/settings/engine/GeneratedClass.h"\n\n',
            "namespace kpx {\nnamespace {\n\n",
-           "constexpr SettingDef definitions[] = {\n",
+           f"constexpr SettingDef {table_name('definitions', each)}[] = {{\n",
            *(definition(setting) for setting in each.settings),
            "};\n\n",
-           "constexpr SettingAccess accesses[] = {\n",
+           f"constexpr SettingAccess {table_name('accesses', each)}[] = {{\n",
            *(access(each, indices[id(setting)], setting) for setting in each.settings),
            "};\n\n"]
     if each.reset:
-        out.append("constexpr KeyLiteral resetKeys[] = {\n")
+        out.append(f"constexpr KeyLiteral {table_name('resetKeys', each)}[] = {{\n")
         out.extend(f"    KeyLiteral({literal(key)}),\n" for key in each.reset)
         out.append("};\n\n")
     out.append("}  // namespace\n\n")
     if each.shape != "row":
         out.extend(constructor(each, indices))
     if each.reset is not None:
-        keys = "resetKeys" if each.reset else "{}"
+        keys = table_name("resetKeys", each) if each.reset else "{}"
         out.append(f"void {each.name}::ResetPos() {{ "
                    f"detail::resetKeyOrder(*this, {keys}, {each.reset_error}); }}\n\n")
     out.extend(accessors(each, indices[id(setting)], setting) for setting in each.settings)
@@ -263,7 +269,8 @@ def constructor(each, indices):
             yield f"  {default.setting.set}({value});\n"
         else:
             family = {"real": "Real", "text": "Text"}.get(default.setting.kind, "Integer")
-            yield (f"  detail::set{family}(*this, definitions[{indices[id(default.setting)]}], "
+            yield (f"  detail::set{family}(*this, {table_name('definitions', each)}"
+                   f"[{indices[id(default.setting)]}], "
                    f"{value});\n")
     yield "}\n\n"
 
