@@ -1,6 +1,6 @@
 # Language level, warnings, visibility and sanitizers, for every target of the project alike.
 
-if(NOT CMAKE_BUILD_TYPE)
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES AND PROJECT_IS_TOP_LEVEL)
   set(CMAKE_BUILD_TYPE Release CACHE STRING "Debug, Release or Sanitize" FORCE)
 endif()
 
@@ -15,13 +15,18 @@ set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 # Optimised enough that the sanitized tests stay quick, with line numbers in their reports.
 set(CMAKE_CXX_FLAGS_SANITIZE "-O1 -g1 -fno-omit-frame-pointer")
 set(CMAKE_C_FLAGS_SANITIZE "-O1 -g1 -fno-omit-frame-pointer")
-set(CMAKE_CXX_FLAGS_RELEASE "-O2 -DNDEBUG")
+if(PROJECT_IS_TOP_LEVEL)
+  set(CMAKE_CXX_FLAGS_RELEASE "-O2 -DNDEBUG")
+endif()
 
 if(MSVC)
   # Nobody has seen all of this compiler's warnings here yet, so they do not stop the build.
   add_compile_options(/utf-8 /bigobj /W4 /permissive- /Zc:preprocessor /Zc:__cplusplus)
 else()
-  add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wcast-align -Wunused -Wformat=2 -Werror)
+  add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wcast-align -Wunused -Wformat=2)
+  if(KPX_WARNINGS_AS_ERRORS)
+    add_compile_options(-Werror)
+  endif()
   foreach(warning -Wnon-virtual-dtor -Woverloaded-virtual -Wold-style-cast)
     add_compile_options($<$<COMPILE_LANGUAGE:CXX>:${warning}>)
   endforeach()

@@ -10,14 +10,25 @@ function(kpx_layer name)
                              ${PROJECT_BINARY_DIR}/generated)
   target_compile_definitions(kpx_${name} PRIVATE KPX_BUILDING)
   target_link_libraries(kpx_${name} PUBLIC ${LAYER_LINK})
+  target_compile_features(kpx_${name} PUBLIC cxx_std_20)
 endfunction()
 
-# kpx_test(NAME LAYERS layers... SOURCES ... [LINK ...])
+# kpx_add_test(NAME [LABELS labels...] [ENVIRONMENT variables...] COMMAND ...)
+#
+# A test as ctest runs it: with a time limit, and after everything has been built.
+function(kpx_add_test name)
+  cmake_parse_arguments(TEST "" "" "COMMAND;LABELS;ENVIRONMENT" ${ARGN})
+  add_test(NAME ${name} COMMAND ${TEST_COMMAND})
+  set_tests_properties(${name} PROPERTIES TIMEOUT 300 FIXTURES_REQUIRED built
+                       LABELS "${TEST_LABELS}" ENVIRONMENT "${TEST_ENVIRONMENT}")
+endfunction()
+
+# kpx_test(NAME LAYERS layers... SOURCES ... [LINK ...] [LABELS ...])
 #
 # One GoogleTest program for one folder of tests/. It links only the layers named, so a layer
 # that secretly needs a higher one does not link. Below the context there is no error reporter.
 function(kpx_test name)
-  cmake_parse_arguments(TEST "" "" "LAYERS;SOURCES;LINK" ${ARGN})
+  cmake_parse_arguments(TEST "" "" "LAYERS;SOURCES;LINK;LABELS" ${ARGN})
   if(NOT context IN_LIST TEST_LAYERS)
     list(APPEND TEST_SOURCES ${PROJECT_SOURCE_DIR}/tests/common/NoReporter.cpp)
   endif()
@@ -27,6 +38,5 @@ function(kpx_test name)
   target_compile_definitions(test_${name} PRIVATE KPX_STATIC
                              KPX_TEST_DATA="${CMAKE_CURRENT_SOURCE_DIR}/data")
   target_precompile_headers(test_${name} REUSE_FROM kpx_test_main)
-  add_test(NAME ${name} COMMAND test_${name})
-  set_tests_properties(${name} PROPERTIES TIMEOUT 300)
+  kpx_add_test(${name} COMMAND test_${name} LABELS ${TEST_LABELS})
 endfunction()
