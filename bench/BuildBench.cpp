@@ -95,7 +95,7 @@ void buildKpx(benchmark::State& state) {
   state.counters["ns_per_setting"] = benchmark::Counter(
       settings * 1e-9, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
-BENCHMARK(buildKpx)->Name("build 100,000 settings/kpx")->Unit(benchmark::kMillisecond);
+BENCHMARK(buildKpx)->Name("xml/build_100000_settings/kpx")->Unit(benchmark::kMillisecond);
 
 struct StringWriter : pugi::xml_writer {
   std::string bytes;
@@ -131,7 +131,7 @@ void buildPugixml(benchmark::State& state) {
   state.counters["ns_per_setting"] = benchmark::Counter(
       settings * 1e-9, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
-BENCHMARK(buildPugixml)->Name("build 100,000 settings/pugixml")->Unit(benchmark::kMillisecond);
+BENCHMARK(buildPugixml)->Name("xml/build_100000_settings/pugixml")->Unit(benchmark::kMillisecond);
 
 // A change of the first element of a long document, which all other elements lie behind.
 void changeFront(benchmark::State& state) {
@@ -147,7 +147,7 @@ void changeFront(benchmark::State& state) {
   state.counters["units"] = document.GetDoc().GetLength();
 }
 BENCHMARK(changeFront)
-    ->Name("change at the front of 86 million units/kpx")
+    ->Name("xml/change_front_of_86_million_units/kpx")
     ->Unit(benchmark::kMillisecond);
 
 // Reading all attributes of an element by name in written order.
@@ -168,7 +168,7 @@ void readInOrder(benchmark::State& state) {
     benchmark::DoNotOptimize(text);
   }
 }
-BENCHMARK(readInOrder)->Name("read 17 attributes by name/kpx");
+BENCHMARK(readInOrder)->Name("xml/read_17_attributes/kpx");
 
 void readInOrderPugixml(benchmark::State& state) {
   const Texts<std::string> texts(&narrow);
@@ -184,6 +184,6 @@ void readInOrderPugixml(benchmark::State& state) {
     }
   }
 }
-BENCHMARK(readInOrderPugixml)->Name("read 17 attributes by name/pugixml");
+BENCHMARK(readInOrderPugixml)->Name("xml/read_17_attributes/pugixml");
 
 }  // namespace

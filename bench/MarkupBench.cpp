@@ -289,20 +289,20 @@ const bool registered = [] {
     void (*peer)(benchmark::State&, Source);
   };
   const Task tasks[] = {
-      {"parse text", parseText, parsePugixml},
-      {"parse UTF-8", parseBytes, parsePugixml},
-      {"walk with attributes", walkKpx, walkPugixml},
+      {"parse_text", parseText, parsePugixml},
+      {"parse_utf8", parseBytes, parsePugixml},
+      {"walk_with_attributes", walkKpx, walkPugixml},
       {"memory", memoryKpx, memoryPugixml},
       {"write", writeKpx, writePugixml},
   };
   const std::pair<const char*, Source> documents[] = {
-      {"freedesktop.org.xml", freedesktop},
-      {"configurations, 100 MB", configuration},
-      {"5 million small elements", small},
+      {"freedesktop", freedesktop},
+      {"configurations_100mb", configuration},
+      {"small_elements_5_million", small},
   };
   for (const Task& task : tasks) {
     for (const auto& [name, source] : documents) {
-      const std::string prefix = std::string(task.name) + ", " + name + "/";
+      const std::string prefix = std::string("xml/") + task.name + "_" + name + "/";
       benchmark::RegisterBenchmark((prefix + "kpx").c_str(), task.own, source)
           ->Unit(benchmark::kMillisecond);
       benchmark::RegisterBenchmark((prefix + "pugixml").c_str(), task.peer, source)

@@ -103,7 +103,7 @@ void WriteReal3Kpx(benchmark::State& state) {
   writeAll(state, surveyedValues(),
            [](double value) { benchmark::DoNotOptimize(kpx::utlDoubleAsText(value, 3, u'.')); });
 }
-BENCHMARK(WriteReal3Kpx)->Name("WriteReal3/kpx");
+BENCHMARK(WriteReal3Kpx)->Name("numbers/write_3_decimals/kpx");
 
 void WriteReal3KpxInPlace(benchmark::State& state) {
   kpx::CString text;
@@ -112,20 +112,20 @@ void WriteReal3KpxInPlace(benchmark::State& state) {
     benchmark::DoNotOptimize(text.GetString());
   });
 }
-BENCHMARK(WriteReal3KpxInPlace)->Name("WriteReal3/kpx_in_place");
+BENCHMARK(WriteReal3KpxInPlace)->Name("numbers/write_3_decimals/kpx_in_place");
 
 #ifdef LC_ALL_MASK
 void WriteReal3CLocale(benchmark::State& state) {
   writeAll(state, surveyedValues(), [](double value) { printInCLocale(value, false); });
 }
-BENCHMARK(WriteReal3CLocale)->Name("WriteReal3/snprintf_C_locale");
+BENCHMARK(WriteReal3CLocale)->Name("numbers/write_3_decimals/snprintf_C_locale");
 #endif
 
 void WriteReal3ToChars(benchmark::State& state) {
   writeAll(state, surveyedValues(),
            [](double value) { printToChars(value, std::chars_format::fixed, 3); });
 }
-BENCHMARK(WriteReal3ToChars)->Name("WriteReal3/to_chars_narrow");
+BENCHMARK(WriteReal3ToChars)->Name("numbers/write_3_decimals/to_chars_narrow");
 
 // --- all digits ---------------------------------------------------------------------------------
 
@@ -138,23 +138,25 @@ void WriteRealAllToChars(benchmark::State& state, const std::vector<double>& val
   writeAll(state, values,
            [](double value) { printToChars(value, std::chars_format::general, 15); });
 }
-BENCHMARK_CAPTURE(WriteRealAllKpx, surveyed, surveyedValues())->Name("WriteRealAll/surveyed/kpx");
+BENCHMARK_CAPTURE(WriteRealAllKpx, surveyed, surveyedValues())
+    ->Name("numbers/write_all_digits_surveyed/kpx");
 #ifdef LC_ALL_MASK
 void WriteRealAllCLocale(benchmark::State& state, const std::vector<double>& values) {
   writeAll(state, values, [](double value) { printInCLocale(value, true); });
 }
 BENCHMARK_CAPTURE(WriteRealAllCLocale, surveyed, surveyedValues())
-    ->Name("WriteRealAll/surveyed/snprintf_C_locale");
+    ->Name("numbers/write_all_digits_surveyed/snprintf_C_locale");
 #endif
 BENCHMARK_CAPTURE(WriteRealAllToChars, surveyed, surveyedValues())
-    ->Name("WriteRealAll/surveyed/to_chars_narrow");
-BENCHMARK_CAPTURE(WriteRealAllKpx, computed, computedValues())->Name("WriteRealAll/computed/kpx");
+    ->Name("numbers/write_all_digits_surveyed/to_chars_narrow");
+BENCHMARK_CAPTURE(WriteRealAllKpx, computed, computedValues())
+    ->Name("numbers/write_all_digits_computed/kpx");
 #ifdef LC_ALL_MASK
 BENCHMARK_CAPTURE(WriteRealAllCLocale, computed, computedValues())
-    ->Name("WriteRealAll/computed/snprintf_C_locale");
+    ->Name("numbers/write_all_digits_computed/snprintf_C_locale");
 #endif
 BENCHMARK_CAPTURE(WriteRealAllToChars, computed, computedValues())
-    ->Name("WriteRealAll/computed/to_chars_narrow");
+    ->Name("numbers/write_all_digits_computed/to_chars_narrow");
 
 // --- reading ------------------------------------------------------------------------------------
 
@@ -194,23 +196,23 @@ void ReadRealCLocale(benchmark::State& state, const std::vector<std::string>& te
 }
 #endif
 
-#define KPX_READ_BENCHMARKS(name, texts)                                       \
-  BENCHMARK_CAPTURE(ReadRealKpx, name, texts)->Name("ReadReal/" #name "/kpx"); \
-  BENCHMARK_CAPTURE(ReadRealStrtod, name, texts)->Name("ReadReal/" #name "/strtod")
+#define KPX_READ_BENCHMARKS(name, texts)                                                \
+  BENCHMARK_CAPTURE(ReadRealKpx, name, texts)->Name("numbers/read_real_" #name "/kpx"); \
+  BENCHMARK_CAPTURE(ReadRealStrtod, name, texts)->Name("numbers/read_real_" #name "/strtod")
 KPX_READ_BENCHMARKS(decimals3, printed(surveyedValues(), "%.3f"));
 #ifdef LC_ALL_MASK
 BENCHMARK_CAPTURE(ReadRealCLocale, decimals3, printed(surveyedValues(), "%.3f"))
-    ->Name("ReadReal/decimals3/sscanf_C_locale");
+    ->Name("numbers/read_real_decimals3/sscanf_C_locale");
 #endif
 KPX_READ_BENCHMARKS(digits15, printed(computedValues(), "%.15g"));
 #ifdef LC_ALL_MASK
 BENCHMARK_CAPTURE(ReadRealCLocale, digits15, printed(computedValues(), "%.15g"))
-    ->Name("ReadReal/digits15/sscanf_C_locale");
+    ->Name("numbers/read_real_digits15/sscanf_C_locale");
 #endif
 KPX_READ_BENCHMARKS(digits17, printed(computedValues(), "%.17g"));
 #ifdef LC_ALL_MASK
 BENCHMARK_CAPTURE(ReadRealCLocale, digits17, printed(computedValues(), "%.17g"))
-    ->Name("ReadReal/digits17/sscanf_C_locale");
+    ->Name("numbers/read_real_digits17/sscanf_C_locale");
 #endif
 
 // --- integers and formats -----------------------------------------------------------------------
@@ -219,7 +221,7 @@ void WriteLongKpx(benchmark::State& state) {
   std::int32_t value = 0;
   for (auto _ : state) benchmark::DoNotOptimize(kpx::utlLongAsText(value += 7919));
 }
-BENCHMARK(WriteLongKpx)->Name("WriteLong/kpx");
+BENCHMARK(WriteLongKpx)->Name("numbers/write_integer/kpx");
 
 void WriteLongSnprintf(benchmark::State& state) {
   std::int32_t value = 0;
@@ -229,13 +231,13 @@ void WriteLongSnprintf(benchmark::State& state) {
     benchmark::DoNotOptimize(text);
   }
 }
-BENCHMARK(WriteLongSnprintf)->Name("WriteLong/snprintf");
+BENCHMARK(WriteLongSnprintf)->Name("numbers/write_integer/snprintf");
 
 void ReadLongKpx(benchmark::State& state) {
   const kpx::CString text(u"1234567");
   for (auto _ : state) benchmark::DoNotOptimize(kpx::utlTextAsLong(text));
 }
-BENCHMARK(ReadLongKpx)->Name("ReadLong/kpx");
+BENCHMARK(ReadLongKpx)->Name("numbers/read_integer/kpx");
 
 void ReadLongStrtol(benchmark::State& state) {
   const char* text = "1234567";
@@ -244,7 +246,7 @@ void ReadLongStrtol(benchmark::State& state) {
     benchmark::DoNotOptimize(std::strtol(text, nullptr, 10));
   }
 }
-BENCHMARK(ReadLongStrtol)->Name("ReadLong/strtol");
+BENCHMARK(ReadLongStrtol)->Name("numbers/read_integer/strtol");
 
 void FormatLineKpx(benchmark::State& state) {
   kpx::CString line;
@@ -253,7 +255,7 @@ void FormatLineKpx(benchmark::State& state) {
     benchmark::DoNotOptimize(line.GetString());
   }
 }
-BENCHMARK(FormatLineKpx)->Name("FormatLine/kpx");
+BENCHMARK(FormatLineKpx)->Name("numbers/format_line/kpx");
 
 void FormatLineSnprintf(benchmark::State& state) {
   for (auto _ : state) {
@@ -262,6 +264,6 @@ void FormatLineSnprintf(benchmark::State& state) {
     benchmark::DoNotOptimize(line);
   }
 }
-BENCHMARK(FormatLineSnprintf)->Name("FormatLine/snprintf");
+BENCHMARK(FormatLineSnprintf)->Name("numbers/format_line/snprintf");
 
 }  // namespace

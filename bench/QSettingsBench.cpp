@@ -87,8 +87,8 @@ void getQt(benchmark::State& state) {
     benchmark::ClobberMemory();
   }
 }
-BENCHMARK(getKpx)->Name("project/get_real/kpx");
-BENCHMARK(getQt)->Name("project/get_real/QSettings");
+BENCHMARK(getKpx)->Name("settings/project_get_real/kpx");
+BENCHMARK(getQt)->Name("settings/project_get_real/QSettings");
 
 void setKpx(benchmark::State& state) {
   CFGProjectSettings settings;
@@ -109,8 +109,8 @@ void setQt(benchmark::State& state) {
     benchmark::ClobberMemory();
   }
 }
-BENCHMARK(setKpx)->Name("project/set_real/kpx");
-BENCHMARK(setQt)->Name("project/set_real/QSettings");
+BENCHMARK(setKpx)->Name("settings/project_set_real/kpx");
+BENCHMARK(setQt)->Name("settings/project_set_real/QSettings");
 
 // --- whole objects --------------------------------------------------------------------------
 
@@ -138,8 +138,10 @@ void constructQt(benchmark::State& state) {
     state.ResumeTiming();
   }
 }
-BENCHMARK(constructKpx)->Name("all_classes/construct/kpx")->Unit(benchmark::kMicrosecond);
-BENCHMARK(constructQt)->Name("all_classes/construct/QSettings")->Unit(benchmark::kMicrosecond);
+BENCHMARK(constructKpx)->Name("settings/construct_all_classes/kpx")->Unit(benchmark::kMicrosecond);
+BENCHMARK(constructQt)
+    ->Name("settings/construct_all_classes/QSettings")
+    ->Unit(benchmark::kMicrosecond);
 
 void saveKpx(benchmark::State& state) {
   const QTemporaryDir folder;
@@ -162,8 +164,8 @@ void saveQt(benchmark::State& state) {
     if (settings.status() != QSettings::NoError) state.SkipWithError("not saved");
   }
 }
-BENCHMARK(saveKpx)->Name("project/save_file/kpx")->Unit(benchmark::kMicrosecond);
-BENCHMARK(saveQt)->Name("project/save_file/QSettings")->Unit(benchmark::kMicrosecond);
+BENCHMARK(saveKpx)->Name("settings/project_save_file/kpx")->Unit(benchmark::kMicrosecond);
+BENCHMARK(saveQt)->Name("settings/project_save_file/QSettings")->Unit(benchmark::kMicrosecond);
 
 void loadKpx(benchmark::State& state) {
   const QTemporaryDir folder;
@@ -200,7 +202,7 @@ void loadQt(benchmark::State& state) {
     state.ResumeTiming();
   }
 }
-BENCHMARK(loadKpx)->Name("project/load_file/kpx")->Unit(benchmark::kMicrosecond);
-BENCHMARK(loadQt)->Name("project/load_file/QSettings")->Unit(benchmark::kMicrosecond);
+BENCHMARK(loadKpx)->Name("settings/project_load_file/kpx")->Unit(benchmark::kMicrosecond);
+BENCHMARK(loadQt)->Name("settings/project_load_file/QSettings")->Unit(benchmark::kMicrosecond);
 
 }  // namespace

@@ -107,8 +107,8 @@ void startGermanMap(benchmark::State& state) {
     state.ResumeTiming();
   }
 }
-BENCHMARK(startGerman)->Name("texts_start_german/kpx");
-BENCHMARK(startGermanMap)->Name("texts_start_german/unordered_map");
+BENCHMARK(startGerman)->Name("texts/start_german/kpx");
+BENCHMARK(startGermanMap)->Name("texts/start_german/unordered_map");
 
 /// The files are read and taken apart, too; the map gets its texts from memory: once the 8,337
 /// built-in ones only, once those of all three languages.
@@ -136,9 +136,9 @@ void startLanguagesMap(benchmark::State& state) {
     state.ResumeTiming();
   }
 }
-BENCHMARK(startLanguages)->Name("texts_start_two_languages/kpx");
-BENCHMARK(startGermanMap)->Name("texts_start_two_languages/unordered_map_of_8337");
-BENCHMARK(startLanguagesMap)->Name("texts_start_two_languages/unordered_map_of_all");
+BENCHMARK(startLanguages)->Name("texts/start_two_languages/kpx");
+BENCHMARK(startGermanMap)->Name("texts/start_two_languages/unordered_map_of_8337");
+BENCHMARK(startLanguagesMap)->Name("texts/start_two_languages/unordered_map_of_all");
 
 // --- look-up --------------------------------------------------------------------------------
 
@@ -172,10 +172,10 @@ void lookUpMap(benchmark::State& state) {
     return found == map.end() ? Text() : Text(found->second);
   });
 }
-BENCHMARK_CAPTURE(lookUpKpx, kpx, GetMLT)->Name("text_look_up/kpx");
-BENCHMARK(lookUpMap<std::u16string>)->Name("text_look_up/unordered_map");
-BENCHMARK_CAPTURE(lookUpKpx, kpx, storedText)->Name("text_look_up_view/kpx");
-BENCHMARK(lookUpMap<std::u16string_view>)->Name("text_look_up_view/unordered_map");
+BENCHMARK_CAPTURE(lookUpKpx, kpx, GetMLT)->Name("texts/look_up/kpx");
+BENCHMARK(lookUpMap<std::u16string>)->Name("texts/look_up/unordered_map");
+BENCHMARK_CAPTURE(lookUpKpx, kpx, storedText)->Name("texts/look_up_view/kpx");
+BENCHMARK(lookUpMap<std::u16string_view>)->Name("texts/look_up_view/unordered_map");
 
 }  // namespace
 }  // namespace kpx

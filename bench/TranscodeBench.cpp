@@ -73,10 +73,11 @@ void WriteUtf8Kpx(benchmark::State& state, const std::string& bytes) {
   countBytes(state, bytes.size());
 }
 
-#define KPX_TRANSCODE_BENCHMARKS(name, bytes)                                                   \
-  BENCHMARK_CAPTURE(ReadUtf8Kpx, name, bytes)->Name("ReadUtf8/" #name "/kpx");                  \
-  BENCHMARK_CAPTURE(ReadUtf8Single, name, bytes)->Name("ReadUtf8/" #name "/single_characters"); \
-  BENCHMARK_CAPTURE(WriteUtf8Kpx, name, bytes)->Name("WriteUtf8/" #name "/kpx")
+#define KPX_TRANSCODE_BENCHMARKS(name, bytes)                                             \
+  BENCHMARK_CAPTURE(ReadUtf8Kpx, name, bytes)->Name("encodings/read_utf8_" #name "/kpx"); \
+  BENCHMARK_CAPTURE(ReadUtf8Single, name, bytes)                                          \
+      ->Name("encodings/read_utf8_" #name "/single_characters");                          \
+  BENCHMARK_CAPTURE(WriteUtf8Kpx, name, bytes)->Name("encodings/write_utf8_" #name "/kpx")
 KPX_TRANSCODE_BENCHMARKS(ascii, asciiText());
 KPX_TRANSCODE_BENCHMARKS(german, germanText());
 KPX_TRANSCODE_BENCHMARKS(cyrillic, cyrillicText());

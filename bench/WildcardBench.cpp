@@ -37,13 +37,13 @@ void matchEachOffset(benchmark::State& state) {
   for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(isAnywhere(wanted));
 }
 BENCHMARK(matchKpx)
-    ->Name("wildcard_in_200000_units/kpx")
+    ->Name("text/wildcard_in_200000_units/kpx")
     ->Arg(10)
     ->Arg(64)
     ->Arg(6400)
     ->Unit(benchmark::kMillisecond);
 BENCHMARK(matchEachOffset)
-    ->Name("wildcard_in_200000_units/each_offset")
+    ->Name("text/wildcard_in_200000_units/each_offset")
     ->Arg(10)
     ->Arg(64)
     ->Arg(6400)

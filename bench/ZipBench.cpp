@@ -93,10 +93,10 @@ void InflateZlib(benchmark::State& state) {
   countBytes(state, entrySize);
 }
 
-BENCHMARK_CAPTURE(UnzipKpx, extract, false)->Name("zip/extract_50MB/kpx");
-BENCHMARK(InflateZlib)->Name("zip/extract_50MB/zlib_inflate");
-BENCHMARK_CAPTURE(UnzipKpx, test, true)->Name("zip/test_50MB/kpx");
-BENCHMARK(InflateZlib)->Name("zip/test_50MB/zlib_inflate");
+BENCHMARK_CAPTURE(UnzipKpx, extract, false)->Name("zip/extract_50mb/kpx");
+BENCHMARK(InflateZlib)->Name("zip/extract_50mb/zlib_inflate");
+BENCHMARK_CAPTURE(UnzipKpx, test, true)->Name("zip/test_50mb/kpx");
+BENCHMARK(InflateZlib)->Name("zip/test_50mb/zlib_inflate");
 
 template <class Compress>
 void compressBlock(benchmark::State& state, Compress compressInto) {
@@ -120,7 +120,7 @@ void MemZipZlib(benchmark::State& state) {
     return compress2(to, toLength, from, fromLength, Z_DEFAULT_COMPRESSION);
   });
 }
-BENCHMARK(MemZipKpx)->Name("zip/compress_1MB/kpx");
-BENCHMARK(MemZipZlib)->Name("zip/compress_1MB/zlib_compress2");
+BENCHMARK(MemZipKpx)->Name("zip/compress_1mb/kpx");
+BENCHMARK(MemZipZlib)->Name("zip/compress_1mb/zlib_compress2");
 
 }  // namespace

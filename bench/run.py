@@ -1,12 +1,34 @@
 #!/usr/bin/env python3
 """Runs the benchmarks and prints, below their own table, each figure of the library beside its
-peer's from the same run. Benchmarks are named TASK/kpx and TASK/PEER."""
+peer's from the same run. Benchmarks are named AREA/task_of_words/kpx and AREA/task_of_words/PEER."""
 
 import json
+import re
 import subprocess
 import sys
 import tempfile
 from pathlib import Path
+
+
+def tasks_of(program, pattern):
+    """The tasks that a filter chooses."""
+    listed = subprocess.run([program, "--benchmark_list_tests", f"--benchmark_filter={pattern}"],
+                            check=True, capture_output=True, text=True).stdout
+    names = [line.split("/iterations:")[0].split("/min_time:")[0] for line in listed.splitlines()
+             if "/" in line]
+    odd = [name for name in names if not re.fullmatch(r"[a-z]+/[a-z0-9_]+/\w+", name)]
+    if odd:
+        sys.exit(f"bench: not named AREA/task_of_words/PROGRAM: {', '.join(odd)}")
+    return list(dict.fromkeys(name.rpartition("/")[0] for name in names))
+
+
+def check_filter(program, arguments):
+    """Ends where a filter chooses nothing, with the names that there are."""
+    all_tasks = tasks_of(program, ".")
+    if arguments and not arguments[0].startswith("-") and not tasks_of(program, arguments[0]):
+        print(f"bench: nothing matches '{arguments[0]}'; there are:", *all_tasks, sep="\n  ",
+              file=sys.stderr)
+        sys.exit(2)
 
 
 def run(program, arguments):
@@ -57,6 +79,7 @@ def times_as_good(own, peer):
 
 
 def main():
+    check_filter(sys.argv[1], sys.argv[2:])
     tasks = medians(run(sys.argv[1], sys.argv[2:]))
     print("\nMedians of this run; the last column tells how many times as good kpx is.\n")
     print(f"{'task':44} {'kpx':>14} {'peer':>14}  {'name of the peer':24} {'times':>6}")
