@@ -370,7 +370,7 @@ namespace {
 
 /// Keeps its own copy of the list, so that reading goes on where a function called stopped.
 struct ListReader {
-  ListReader(std::va_list source, bool codes) : wideIsCodes(codes) { va_copy(list, source); }
+  explicit ListReader(std::va_list source) { va_copy(list, source); }
   ~ListReader() { va_end(list); }
   ListReader(const ListReader&) = delete;
   ListReader& operator=(const ListReader&) = delete;
@@ -396,7 +396,8 @@ struct ListReader {
     if (length == LengthModifier::longDouble) return va_arg(list, long double);
     return va_arg(list, double);
   }
-  FormatArg value(const PrintDirective& directive) {
+  /// `wideIsCodes`: wide text has 32 bits a character, as the format has.
+  FormatArg value(const PrintDirective& directive, bool wideIsCodes) {
     switch (directive.conversion) {
       case 'd':
       case 'i':
@@ -421,14 +422,13 @@ struct ListReader {
   }
 
   std::va_list list;
-  bool wideIsCodes;  // wide text has 32 bits a character, as the format has
 };
 
 }  // namespace
 
 VariableArguments::VariableArguments(const TextArg& format, std::va_list list) {
+  ListReader reader(list);
   const TextUnits units(format);
-  ListReader reader(list, format.isCodes());
   const char16_t* at = units.view().data();
   const char16_t* const end = at + units.view().size();
   while ((at = std::find(at, end, u'%')) != end) {
@@ -437,7 +437,9 @@ VariableArguments::VariableArguments(const TextArg& format, std::va_list list) {
     if (!readPrintDirective(at, end, directive)) break;
     if (directive.widthIsArgument) args_.push_back(reader.integer(LengthModifier::none));
     if (directive.precisionIsArgument) args_.push_back(reader.integer(LengthModifier::none));
-    if (directive.conversion != '%') args_.push_back(reader.value(directive));
+    if (directive.conversion != '%') {
+      args_.push_back(reader.value(directive, format.isCodes()));
+    }
   }
 }
 

@@ -40,7 +40,7 @@ class NarrowArg {
   requires(std::is_convertible_v<const Text&, std::string_view> &&
            !std::is_convertible_v<const Text&, const char*>) NarrowArg(const Text& text)
   noexcept : view_(text) {
-    if (view_.data() == nullptr) view_ = {"", 0};  // empty, but not null
+    if (view_.data() == nullptr) view_ = "";  // empty, but not null
   }
   /// The text; its pointer is null when a null pointer was given.
   std::string_view view() const noexcept { return view_; }
