@@ -12,6 +12,7 @@
 #include "kpx/xml/ElemPos.h"
 #include "kpx/xml/internal/AttributeMemory.h"
 #include "kpx/xml/internal/ElementIndex.h"
+#include "kpx/xml/MarkupNumber.h"
 #include "kpx/xml/MarkupProblem.h"
 #include "kpx/xml/MarkupText.h"
 
@@ -103,6 +104,7 @@ class KPX_API CMarkup {
   /// elements that could be made out, and can be walked. A text that is moved in is taken over
   /// without a copy.
   bool SetDoc(const char16_t* text);
+  bool SetDoc(std::nullptr_t) = delete;
   bool SetDoc(const CString& text);
   bool SetDoc(CString&& text);
   const CString& GetDoc() const noexcept { return doc_; }
@@ -123,6 +125,11 @@ class KPX_API CMarkup {
   /// How many line feeds there are from the start through `offset`: lines count from 0.
   static int FindErrorLine(const char16_t* text, int offset);
   static int FindErrorLine(std::u16string_view text, int offset);
+  /// The offset counts UTF-16 units here too.
+  template <class Wide>
+  requires(std::is_same_v<Wide, wchar_t>) static int FindErrorLine(const Wide* text, int offset) {
+    return FindErrorLine(MCD_CSTR(text).view(), offset);
+  }
 
   int GetDocFlags() const noexcept { return docFlags_; }
   /// Takes `MarkupFlag::ignoreCase` or 0; holds for the following parses and searches.
@@ -223,21 +230,57 @@ class KPX_API CMarkup {
 
   // --- changing the main and the child element ---------------------------------------------------
 
-  /// Names must be ones that a parse would read back as one name; others are refused.
+  // Values are texts or numbers: integers whole, `bool` as 1 and 0, reals as `utlDoubleAsText`
+  // writes them, with all digits (allDigits) or so many decimals.
+
+  /// Names must be names of XML; others are refused.
   bool SetTagName(MCD_CSTR name);
   bool SetChildTagName(MCD_CSTR name);
   /// Replaces the content of an element that has no child elements, or the text of a node, which
   /// must remain one node of its kind (text may become blank, or a CDATA section).
   /// Flags: `withReferences`, `withCData`.
   bool SetData(MCD_CSTR data, int flags = 0);
-  bool SetData(int value);
+  template <MarkupInteger Integer>
+  bool SetData(Integer value) {
+    return SetData(detail::IntegerText(value));
+  }
+  template <MarkupReal Real>
+  bool SetData(Real value, int decimals = allDigits) {
+    const detail::RealText text(value, decimals);
+    return !text.isEmpty() && SetData(text);
+  }
   bool SetChildData(MCD_CSTR data, int flags = 0);
+  template <MarkupInteger Integer>
+  bool SetChildData(Integer value) {
+    return SetChildData(detail::IntegerText(value));
+  }
+  template <MarkupReal Real>
+  bool SetChildData(Real value, int decimals = allDigits) {
+    const detail::RealText text(value, decimals);
+    return !text.isEmpty() && SetChildData(text);
+  }
   /// Sets or adds an attribute; a new one goes behind the others, the value of one that is there
   /// keeps its kind of quotes. The value is escaped.
   bool SetAttrib(MCD_CSTR name, MCD_CSTR value);
-  bool SetAttrib(MCD_CSTR name, int value);
+  template <MarkupInteger Integer>
+  bool SetAttrib(MCD_CSTR name, Integer value) {
+    return SetAttrib(name, detail::IntegerText(value));
+  }
+  template <MarkupReal Real>
+  bool SetAttrib(MCD_CSTR name, Real value, int decimals = allDigits) {
+    const detail::RealText text(value, decimals);
+    return !text.isEmpty() && SetAttrib(name, text);
+  }
   bool SetChildAttrib(MCD_CSTR name, MCD_CSTR value);
-  bool SetChildAttrib(MCD_CSTR name, int value);
+  template <MarkupInteger Integer>
+  bool SetChildAttrib(MCD_CSTR name, Integer value) {
+    return SetChildAttrib(name, detail::IntegerText(value));
+  }
+  template <MarkupReal Real>
+  bool SetChildAttrib(MCD_CSTR name, Real value, int decimals = allDigits) {
+    const detail::RealText text(value, decimals);
+    return !text.isEmpty() && SetChildAttrib(name, text);
+  }
   /// Removes the first attribute of this name; false when there is none.
   bool RemoveAttrib(MCD_CSTR name);
   bool RemoveChildAttrib(MCD_CSTR name);
@@ -248,12 +291,48 @@ class KPX_API CMarkup {
   /// inserts it before (as the first); it becomes the main element. Name and data as for
   /// SetTagName and SetData.
   bool AddElem(MCD_CSTR name, MCD_CSTR data = {}, int flags = 0);
+  template <MarkupInteger Integer>
+  bool AddElem(MCD_CSTR name, Integer value) {
+    return AddElem(name, detail::IntegerText(value));
+  }
+  template <MarkupReal Real>
+  bool AddElem(MCD_CSTR name, Real value, int decimals = allDigits) {
+    const detail::RealText text(value, decimals);
+    return !text.isEmpty() && AddElem(name, text);
+  }
   bool InsertElem(MCD_CSTR name, MCD_CSTR data = {}, int flags = 0);
+  template <MarkupInteger Integer>
+  bool InsertElem(MCD_CSTR name, Integer value) {
+    return InsertElem(name, detail::IntegerText(value));
+  }
+  template <MarkupReal Real>
+  bool InsertElem(MCD_CSTR name, Real value, int decimals = allDigits) {
+    const detail::RealText text(value, decimals);
+    return !text.isEmpty() && InsertElem(name, text);
+  }
   /// The same among the children of the main element; the new element becomes the child.
   bool AddChildElem(MCD_CSTR name, MCD_CSTR data = {}, int flags = 0);
+  template <MarkupInteger Integer>
+  bool AddChildElem(MCD_CSTR name, Integer value) {
+    return AddChildElem(name, detail::IntegerText(value));
+  }
+  template <MarkupReal Real>
+  bool AddChildElem(MCD_CSTR name, Real value, int decimals = allDigits) {
+    const detail::RealText text(value, decimals);
+    return !text.isEmpty() && AddChildElem(name, text);
+  }
   bool InsertChildElem(MCD_CSTR name, MCD_CSTR data = {}, int flags = 0);
-  /// Adds the root element of a well-formed piece of markup, placed likewise; a declaration or
-  /// comment around it is left out.
+  template <MarkupInteger Integer>
+  bool InsertChildElem(MCD_CSTR name, Integer value) {
+    return InsertChildElem(name, detail::IntegerText(value));
+  }
+  template <MarkupReal Real>
+  bool InsertChildElem(MCD_CSTR name, Real value, int decimals = allDigits) {
+    const detail::RealText text(value, decimals);
+    return !text.isEmpty() && InsertChildElem(name, text);
+  }
+  /// Adds the root element of a well-formed piece of markup that `MarkupCheck` passes, placed
+  /// likewise; a declaration or comment around it is left out.
   bool AddSubDoc(MCD_CSTR markup);
   bool InsertSubDoc(MCD_CSTR markup);
   bool AddChildSubDoc(MCD_CSTR markup);
@@ -289,6 +368,36 @@ class KPX_API CMarkup {
   static void EncodeCharUTF16(int codePoint, char16_t* out, int& count);
   static int UTF8To16(char16_t* out, const char* in, int inBytes);
   static int UTF16To8(char* out, const char16_t* in, int outBytes);
+  // The same on wide text: where its characters are units; what is only read, everywhere.
+  template <class Wide>
+  requires(std::is_same_v<Wide, wchar_t>&& wideIsUtf16) static int DecodeCharUTF16(
+      const Wide*& position, std::type_identity_t<const Wide*> end) {
+    auto* units = reinterpret_cast<const char16_t*>(position);
+    const int codePoint = DecodeCharUTF16(units, reinterpret_cast<const char16_t*>(end));
+    position = reinterpret_cast<const Wide*>(units);
+    return codePoint;
+  }
+  template <class Wide>
+  requires(std::is_same_v<Wide, wchar_t>&& wideIsUtf16) static void EncodeCharUTF16(int codePoint,
+                                                                                    Wide* out,
+                                                                                    int& count) {
+    EncodeCharUTF16(codePoint, reinterpret_cast<char16_t*>(out), count);
+  }
+  template <class Wide>
+  requires(std::is_same_v<Wide, wchar_t>&& wideIsUtf16) static int UTF8To16(Wide* out,
+                                                                            const char* in,
+                                                                            int inBytes) {
+    return UTF8To16(reinterpret_cast<char16_t*>(out), in, inBytes);
+  }
+  template <class Wide>
+  requires(std::is_same_v<Wide, wchar_t>) static int UTF16To8(char* out, const Wide* in,
+                                                              int outBytes) {
+    if constexpr (wideIsUtf16) {
+      return UTF16To8(out, reinterpret_cast<const char16_t*>(in), outBytes);
+    } else {
+      return UTF16To8(out, in ? CString(in).GetString() : nullptr, outBytes);
+    }
+  }
   static bool DetectUTF8(const char* in, int bytes, int* nonAscii = nullptr,
                          bool* cutShort = nullptr);
   static CString EscapeText(MCD_CSTR text, int flags = 0);

@@ -1,30 +1,7 @@
-#include <charconv>
-
 #include "kpx/xml/CMarkup.h"
 #include "kpx/xml/internal/MarkupEditor.h"
 
 namespace kpx {
-namespace {
-
-// The decimal text of an integer.
-class IntegerText {
- public:
-  explicit IntegerText(int value) noexcept {
-    char digits[12] = {};
-    const char* const end = std::to_chars(digits, digits + sizeof digits, value).ptr;
-    for (const char* digit = digits; digit != end; ++digit) {
-      units_[length_++] = static_cast<unsigned char>(*digit);
-    }
-  }
-  operator MCD_CSTR() const noexcept { return std::u16string_view(units_, length_); }
-
- private:
-  char16_t units_[12];
-  std::size_t length_ = 0;
-};
-
-}  // namespace
-
 // --- changing ------------------------------------------------------------------------------------
 
 bool CMarkup::SetTagName(MCD_CSTR name) {
@@ -42,8 +19,6 @@ bool CMarkup::SetData(MCD_CSTR data, int flags) {
   return nodeLength_ != 0 && editor.setNode(data, flags);
 }
 
-bool CMarkup::SetData(int value) { return SetData(IntegerText(value)); }
-
 bool CMarkup::SetChildData(MCD_CSTR data, int flags) {
   const int child = x_ChildElem();
   return child != 0 && detail::MarkupEditor(*this).setContent(child, data, flags);
@@ -53,15 +28,9 @@ bool CMarkup::SetAttrib(MCD_CSTR name, MCD_CSTR value) {
   return mainPos_ != 0 && detail::MarkupEditor(*this).setAttribute(mainPos_, name, value);
 }
 
-bool CMarkup::SetAttrib(MCD_CSTR name, int value) { return SetAttrib(name, IntegerText(value)); }
-
 bool CMarkup::SetChildAttrib(MCD_CSTR name, MCD_CSTR value) {
   const int child = x_ChildElem();
   return child != 0 && detail::MarkupEditor(*this).setAttribute(child, name, value);
-}
-
-bool CMarkup::SetChildAttrib(MCD_CSTR name, int value) {
-  return SetChildAttrib(name, IntegerText(value));
 }
 
 bool CMarkup::RemoveAttrib(MCD_CSTR name) {
