@@ -20,8 +20,9 @@ struct ErrorEntry {
 /// and is never given to another operation.
 ///
 /// 900001 to 909999 belong to settings; what has no number from older modules has one from 910001
-/// on, in blocks: 910101 INI files and timers, 910201 registry and text files, 910301 application
-/// context, 910401 C interface. A new operation takes the next free number of its block.
+/// on, in blocks: 910021 XML documents, 910101 INI files and timers, 910201 registry and text
+/// files, 910301 application context, 910401 C interface. A new operation takes the next free
+/// number of its block.
 inline constexpr ErrorEntry errorTable[] = {
     {42830, "CFGRange::GetElementName"},
     {42832, "CFGRange::serializeXML"},
@@ -100,6 +101,44 @@ inline constexpr ErrorEntry errorTable[] = {
     {910012, "kpxCoordAndHeightIDs2POIDsSetAt"},
     {910013, "CAaaPunktortUUID::text"},
     {910014, "kpxUnzip"},
+    {910021, "CMarkup::SetDoc"},
+    {910022, "CMarkup::GetError"},
+    {910023, "CMarkup::SavePos"},
+    {910024, "CMarkup::GetTagName"},
+    {910025, "CMarkup::GetChildTagName"},
+    {910026, "CMarkup::GetData"},
+    {910027, "CMarkup::GetChildData"},
+    {910028, "CMarkup::GetAttrib"},
+    {910029, "CMarkup::GetChildAttrib"},
+    {910030, "CMarkup::GetNthAttrib"},
+    {910031, "CMarkup::GetNthChildAttrib"},
+    {910032, "CMarkup::GetSubDoc"},
+    {910033, "CMarkup::GetChildSubDoc"},
+    {910034, "CMarkup::GetElemContent"},
+    {910035, "CMarkup::SetTagName"},
+    {910036, "CMarkup::SetChildTagName"},
+    {910037, "CMarkup::SetData"},
+    {910038, "CMarkup::SetChildData"},
+    {910039, "CMarkup::SetAttrib"},
+    {910040, "CMarkup::SetChildAttrib"},
+    {910041, "CMarkup::RemoveAttrib"},
+    {910042, "CMarkup::RemoveChildAttrib"},
+    {910043, "CMarkup::AddElem"},
+    {910044, "CMarkup::InsertElem"},
+    {910045, "CMarkup::AddChildElem"},
+    {910046, "CMarkup::InsertChildElem"},
+    {910047, "CMarkup::AddSubDoc"},
+    {910048, "CMarkup::InsertSubDoc"},
+    {910049, "CMarkup::AddChildSubDoc"},
+    {910050, "CMarkup::InsertChildSubDoc"},
+    {910051, "CMarkup::AddNode"},
+    {910052, "CMarkup::InsertNode"},
+    {910053, "CMarkup::RemoveNode"},
+    {910054, "CMarkup::EscapeText"},
+    {910055, "CMarkup::UnescapeText"},
+    {910056, "CMarkup::x_EncodeCDATASection"},
+    {910057, "CMarkup::EncodeBase64"},
+    {910058, "CMarkup::GetDeclaredEncoding"},
     {910101, "CIniEx::ReadFile"},
     {910102, "CIniEx::SaveFile"},
     {910103, "CIniEx::GetKeyData"},

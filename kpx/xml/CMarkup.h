@@ -83,8 +83,13 @@ inline constexpr int asChild = 0x4000;
 /// same however long the document is. What was ill-formed counts as such until the next parse,
 /// even when a change has mended it.
 ///
-/// Reading never throws. Operations that cannot be carried out answer false, 0 or the empty text
-/// and leave the document as it was. Offsets count UTF-16 units from 0.
+/// What `MarkupCheck` would refuse no change brings in: names that are none of XML, "--" in
+/// comments, a second document type, text outside of the root, and so on. Characters in values are
+/// excepted: whatever they are, they are written and read back.
+///
+/// Operations that cannot be carried out answer false, 0 or the empty text and leave the document
+/// as it was; unexpected failures, such as missing memory, are reported under the operation's
+/// number besides. Only constructors and copies throw. Offsets count UTF-16 units from 0.
 class KPX_API CMarkup {
  public:
   // --- documents ----------------------------------------------------------------------------
@@ -447,12 +452,13 @@ class KPX_API CMarkup {
   std::u16string_view x_Text(int begin, int end) const noexcept;
   std::u16string_view x_StartTag(int element) const noexcept;
   CString x_ElemData(int element) const;
+  CString x_NodeData() const;
   bool x_NthAttrib(int element, int index, CString& name, CString& value) const;
   bool x_AttribOffsets(int element, std::u16string_view name, int& begin, int& end) const noexcept;
   void x_SetNode(const NodePos& node) noexcept;
 
-  bool x_AddElem(MCD_CSTR name, MCD_CSTR data, int flags);
-  bool x_AddSubDoc(MCD_CSTR markup, int flags);
+  bool x_AddElem(std::u16string_view name, std::u16string_view data, int flags);
+  bool x_AddSubDoc(std::u16string_view markup, int flags);
   bool x_PlaceFor(int flags, detail::EditPlace& place) noexcept;
   bool x_SetAdded(int element, int flags) noexcept;
 

@@ -92,17 +92,17 @@ void CMarkup::x_CopyPlace(const CMarkup& other) noexcept {
 // --- text
 // -----------------------------------------------------------------------------------------
 
-bool CMarkup::SetDoc(const char16_t* text) { return SetDoc(text ? CString(text) : CString()); }
+bool CMarkup::SetDoc(const char16_t* text) {
+  return Guarded("CMarkup::SetDoc", false, [&] { return SetDoc(CString(text)); });
+}
 
 bool CMarkup::SetDoc(const CString& text) {
-  const auto copyText = [&] {
-    doc_ = text;
-    return true;
-  };
-  if (!Guarded("CMarkup::x_ParseDoc", false, copyText)) return false;
-  result_.Empty();
-  loaded_ = {};
-  return x_ParseDoc();
+  return Guarded("CMarkup::SetDoc", false, [&] {
+    doc_ = text;  // into the memory that is there
+    result_.Empty();
+    loaded_ = {};
+    return x_ParseDoc();
+  });
 }
 
 bool CMarkup::SetDoc(CString&& text) {
@@ -185,7 +185,9 @@ bool CMarkup::IsWellFormed() const noexcept {
          document.firstChild != 0 && index_[document.firstChild].next == 0;
 }
 
-CString CMarkup::GetError() const { return detail::outcomeSentences(result_); }
+CString CMarkup::GetError() const {
+  return Guarded("CMarkup::GetError", CString(), [&] { return detail::outcomeSentences(result_); });
+}
 
 void CMarkup::x_AddResult(std::u16string_view record) {
   if (result_.view().size() < detail::outcomeLimit) result_ += record;
