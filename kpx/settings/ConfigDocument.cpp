@@ -51,7 +51,7 @@ const char* sentenceOf(DocumentOutcome outcome) noexcept {
     case DocumentOutcome::notWritten:
       return "cannot be written";
     case DocumentOutcome::notEncodable:
-      return "has a character that its encoding lacks";
+      return "has characters that its encoding cannot carry";
     case DocumentOutcome::refused:
       return "is not taken by the document";
     case DocumentOutcome::unknownKey:
@@ -99,7 +99,7 @@ DocumentResult ConfigDocument::read(std::string_view bytes) {
   StoredMarkup stored = readMarkup(bytes);
   if (!stored.usable()) {
     if (stored.problems.empty()) throw std::bad_alloc();
-    PlacedProblem& first = stored.problems.front();
+    PlacedProblem& first = stored.problems.first.front();
     return {stored.readable ? DocumentOutcome::illFormed : DocumentOutcome::notText,
             ValueProblem::none, first.line, first.column, std::move(first.sentence)};
   }
@@ -119,6 +119,7 @@ DocumentResult ConfigDocument::read(std::string_view bytes) {
   }
   document_ = std::move(stored.document);
   storage_ = stored.storage;
+  respelled_ = stored.respelled;
   classes_ = std::move(classes);
   held_ = std::move(held);
   return {};
@@ -129,9 +130,18 @@ DocumentResult ConfigDocument::write(std::string& bytes) {
     return failed(DocumentOutcome::refused, u"it has no root element");
   }
   if (!writeChanges()) return failed(DocumentOutcome::refused);
+  CString encoding = encodingName(storage_.codePage);
+  if (respelled_ > 0) {
+    return failed(DocumentOutcome::notEncodable,
+                  encoding + u" has more ways than one to write them, and they would be changed");
+  }
   EncodedText encoded = encodeMarkupText(document_.GetDoc(), storage_);
-  if (!encoded.usable || encoded.losses > 0) {
-    return failed(DocumentOutcome::notEncodable, encodingName(storage_.codePage));
+  if (!encoded.usable) return failed(DocumentOutcome::notEncodable, std::move(encoding));
+  if (encoded.losses > 0) {
+    const auto [line, column] = placeOfUnit(document_.GetDoc(), encoded.firstLoss);
+    encoding.AppendFormat(u", %zu of them, the first in line %d, column %d", encoded.losses, line,
+                          column);
+    return {DocumentOutcome::notEncodable, ValueProblem::none, line, column, std::move(encoding)};
   }
   bytes = std::move(encoded.bytes);
   return {};

@@ -27,7 +27,7 @@ enum class DocumentOutcome : std::uint8_t {
   notText,         // its bytes are no text in their encoding
   illFormed,       // the document is not well formed
   notWritten,      // the file cannot be written; an old one is as it was
-  notEncodable,    // the encoding lacks a character of the document; likewise
+  notEncodable,    // the encoding cannot carry all of the document; likewise
   refused,         // the document does not take it
   unknownKey,      // the class does not know the key
   wrongType,       // the setting is not of this type
@@ -156,6 +156,7 @@ class KPX_API ConfigDocument {
 
   CMarkup document_;
   MarkupEncoding storage_;
+  std::size_t respelled_ = 0;  // bytes that cannot be written back
   Classes classes_;
   std::vector<Held> held_;
 };

@@ -48,6 +48,10 @@ inline constexpr int withCData = 16;
 inline constexpr int dataFlags = withReferences | withCData;
 /// Escaping: for an attribute value, quotes too.
 inline constexpr int attributeValue = 0x100;
+/// Saving: write the document although something of it gets lost.
+inline constexpr int allowLoss = 0x200;
+/// Internal add: the library has written the markup itself, with right names and references.
+inline constexpr int written = 0x1000;
 /// Internal add: before the current element instead of after it.
 inline constexpr int insertBefore = 0x2000;
 /// Internal add: as a child of the main element instead of at its level.
@@ -149,15 +153,23 @@ class KPX_API CMarkup {
   /// Reads a file and parses it. The encoding is taken from a byte-order mark, else from the
   /// XML declaration, else it is UTF-8 where the bytes allow it and Windows-1252 where not.
   /// Answers false when the file could not be read (the document is then left as it was) or is
-  /// not well formed; `GetResult` and `GetError` tell which.
+  /// not well formed; `GetResult` and `GetError` tell which. Bytes that are no text are read as
+  /// U+FFFD, zeros are left out; the result counts them, and the document remembers them until it
+  /// gets another text: see `Save`.
   bool Load(const CString& path);
   /// Writes the document whole or not at all: a failure leaves an existing file as it was. The
   /// encoding is the one in the XML declaration, else the one the document was loaded with (which
   /// SetDoc forgets), else UTF-8. A byte-order mark is written where the loaded file had one, and
   /// where the document becomes UTF-16 only now. A document that was loaded and not changed gives
   /// the same bytes again, also where its declaration is wrong. Characters that the encoding does
-  /// not have are written as references; what cannot be written even so is counted in the result.
-  bool Save(const CString& path);
+  /// not have are written as references.
+  ///
+  /// Answers false and writes nothing when something would get lost: bytes that `Load` could not
+  /// keep, or what the encoding cannot hold even so (a lone surrogate but in UTF-16, a unit 0, a
+  /// character that it lacks in a name or comment). The result tells how many there are and where
+  /// the first is: a byte of the loaded file, or a unit of the text. With `MarkupFlag::allowLoss`
+  /// it is written, and the losses are counted.
+  bool Save(const CString& path, int flags = 0);
 
   // --- the position ---------------------------------------------------------------------------
 
@@ -434,6 +446,9 @@ class KPX_API CMarkup {
     int codePage = 0;
     bool mark = false;
     CString declared;  // the encoding's name in its XML declaration
+    // Bytes that cannot be kept, and the offset of the first of them.
+    std::size_t unkept = 0;
+    std::size_t firstUnkept = 0;
   };
 
   static CString x_EncodeCDATASection(MCD_CSTR text);

@@ -1,4 +1,5 @@
 #include <bit>
+#include <string_view>
 #include <utility>
 
 #include "kpx/platform/FileSystem.h"
@@ -11,6 +12,7 @@ namespace kpx {
 
 namespace {
 
+using namespace std::literals;
 using detail::addOutcome;
 
 constexpr bool isUtf16(int codePage) noexcept {
@@ -37,6 +39,11 @@ constexpr std::int64_t asNumber(std::size_t count) noexcept {
   return static_cast<std::int64_t>(count);
 }
 
+void addLoss(CString& result, const CString& encoding, std::size_t count, std::size_t first) {
+  addOutcome(result, {u"conversion_loss", encoding.IsEmpty() ? u""sv : u"encoding"sv, encoding,
+                      u"count", asNumber(count), asNumber(first)});
+}
+
 void addReadOutcomes(CString& result, const DecodedText& decoded) {
   const CString name = encodingName(decoded.codePage);
   const std::int64_t length = decoded.text.GetLength();
@@ -53,13 +60,10 @@ void addReadOutcomes(CString& result, const DecodedText& decoded) {
   if (decoded.nulls != 0) {
     addOutcome(result, {u"nulls_removed", {}, {}, u"count", asNumber(decoded.nulls)});
   }
-  if (decoded.invalid != 0) {
-    addOutcome(result, {u"conversion_loss",
-                        {},
-                        {},
-                        u"count",
-                        asNumber(decoded.invalid),
-                        asNumber(decoded.firstInvalid)});
+  if (decoded.invalid != 0) addLoss(result, {}, decoded.invalid, decoded.firstInvalid);
+  if (decoded.respelled != 0) {
+    addOutcome(result, {u"respelled", u"encoding", name, u"count", asNumber(decoded.respelled),
+                        asNumber(decoded.firstRespelled)});
   }
 }
 
@@ -72,10 +76,7 @@ void addWriteOutcomes(CString& result, const MarkupEncoder& encoder, MarkupEncod
   if (encoding.codePage != CodePage::utf8 && !isUtf16(encoding.codePage)) {
     addOutcome(result, {u"converted_to", u"encoding", name, u"length", length});
   }
-  if (encoder.losses() != 0) {
-    addOutcome(result, {u"conversion_loss", u"encoding", name, u"count", asNumber(encoder.losses()),
-                        asNumber(encoder.firstLoss())});
-  }
+  if (encoder.losses() != 0) addLoss(result, name, encoder.losses(), encoder.firstLoss());
 }
 
 CString refusalSentence(DecodingRefusal refusal) {
@@ -101,14 +102,21 @@ bool CMarkup::Load(const CString& path) {
     bytes = FileBytes();
     addReadOutcomes(result_, decoded);
     doc_ = std::move(decoded.text);
-    loaded_ = {decoded.codePage, decoded.mark, std::move(decoded.declared)};
+    loaded_ = {decoded.codePage, decoded.mark, std::move(decoded.declared), decoded.unkept(),
+               decoded.firstUnkept()};
     return x_ParseDoc();
   });
 }
 
-bool CMarkup::Save(const CString& path) {
+bool CMarkup::Save(const CString& path, int flags) {
   return Guarded("CMarkup::Save", false, [&] {
+    const bool allowLoss = (flags & MarkupFlag::allowLoss) != 0;
     result_.Empty();
+    if (loaded_.unkept != 0 && !allowLoss) {
+      addFileError(result_, u"cannot write", path, u"the file it was read from held more");
+      addLoss(result_, {}, loaded_.unkept, loaded_.firstUnkept);
+      return false;
+    }
     const CString declared(declaredEncoding(doc_));
     MarkupEncoding encoding;
     if (loaded_.codePage != 0 && (declared.IsEmpty() || declared == loaded_.declared)) {
@@ -126,11 +134,18 @@ bool CMarkup::Save(const CString& path) {
     }
     const FileResult written = fileSystem().replaceFile(path, [&](OutputFile& file) {
       FileResult result;
-      for (std::string piece; result && encoder.next(piece);) result = file.write(piece);
+      for (std::string piece; result && encoder.next(piece);) {
+        // What is refused is read to its end all the same, for the count.
+        if (allowLoss || encoder.losses() == 0) result = file.write(piece);
+      }
+      if (result && !allowLoss && encoder.losses() != 0) result.status = FileStatus::notEncodable;
       return result;
     });
     if (!written) {
       addFileError(result_, u"cannot write", path, written.message(), written.systemCode);
+      if (encoder.losses() != 0) {
+        addLoss(result_, encodingName(encoding.codePage), encoder.losses(), encoder.firstLoss());
+      }
       return false;
     }
     addWriteOutcomes(result_, encoder, encoding, doc_.GetLength());

@@ -49,7 +49,10 @@ constexpr Sentence sentences[] = {
     {u"converted_from", u"converted from {encoding}[ to {length} units]"},
     {u"converted_to", u"converted to {encoding}[, {length} units]"},
     {u"conversion_loss",
-     u"characters were lost in the conversion[ to {encoding}][: {count}][, the first at offset "
+     u"characters get lost in the conversion[ to {encoding}][: {count}][, the first at offset "
+     u"{offset2}]"},
+    {u"respelled",
+     u"bytes would be written otherwise[ in {encoding}][: {count}][, the first at offset "
      u"{offset2}]"},
     {u"nulls_removed", u"removed {count} nulls"},
     {u"truncation_error", u"the text ends in the middle of a character"},
