@@ -62,7 +62,14 @@ TEST(MarkupCheck, EachRuleIsToldAtItsPlace) {
         {Kind::ampersandWithoutReference, 16}}},
       {u"<a b='&no;'>&yes;</a>",
        {{Kind::unknownEntity, 6, u"no"}, {Kind::unknownEntity, 12, u"yes"}}},
-      {u"<!DOCTYPE a SYSTEM 'b'><a>&yes;</a>", {}},
+      {u"<!DOCTYPE a SYSTEM 'b'><a>&yes;</a>", {{Kind::uncheckedDocumentType, 0}}},
+      {u"<!DOCTYPE a [<!ENTITY b '\">'><!-- <!ENTITY c ''> -->\n<!ENTITY % d ''>]><a>&b;&c;&d;</a>",
+       {{Kind::uncheckedDocumentType, 0},
+        {Kind::unknownEntity, 77, u"c"},
+        {Kind::unknownEntity, 80, u"d"}}},
+      {u"<!DOCTYPE a [%d;]><a>&yes;</a>", {{Kind::uncheckedDocumentType, 0}}},
+      {u"<?xml version='1.0' standalone='yes'?><!DOCTYPE a SYSTEM 'b'><a>&no;</a>",
+       {{Kind::uncheckedDocumentType, 38}, {Kind::unknownEntity, 64, u"no"}}},
       {u"<a>&#0;&#xD800;&#x110000;&#;&#x;&#1F;</a>",
        {{Kind::ampersandWithoutReference, 3},
         {Kind::ampersandWithoutReference, 7},
@@ -88,8 +95,22 @@ TEST(MarkupCheck, EachRuleIsToldAtItsPlace) {
       {u"<?xml version='2.0'?><a/>", {{Kind::declarationSyntax, 0}}},
       {u"<?xml version='1.0' standalone='yes' encoding='x'?><a/>", {{Kind::declarationSyntax, 0}}},
       {u"<?xml version='1.0' encoding='8'?><a/>", {{Kind::declarationSyntax, 0}}},
-      {u"<a/><!DOCTYPE a>", {{Kind::misplacedDocumentType, 4}}},
-      {u"<!DOCTYPE a><!DOCTYPE a><a/>", {{Kind::misplacedDocumentType, 12}}},
+      {u"<?xml version=\"1.0?><a/>", {{Kind::unclosedValue, 14, u"version"}}},
+      {u"<a/><!DOCTYPE a>", {{Kind::misplacedDocumentType, 4}, {Kind::uncheckedDocumentType, 4}}},
+      {u"<!DOCTYPE a><!DOCTYPE a><a/>",
+       {{Kind::uncheckedDocumentType, 0},
+        {Kind::misplacedDocumentType, 12},
+        {Kind::uncheckedDocumentType, 12}}},
+      // Version 1.1 has references to control characters, and more line ends.
+      {u"<?xml version='1.1'?>\x85<a\x2028 b='\x85'>\x01&#1;&#0;\x7F\x80</a\x85>",
+       {{Kind::lineBreakInValue, 29, u"b"},
+        {Kind::forbiddenCharacter, 32},
+        {Kind::ampersandWithoutReference, 37},
+        {Kind::forbiddenCharacter, 41},
+        {Kind::forbiddenCharacter, 42}}},
+      {u"<?xml version='1.0'?>\x85<a>&#1;\x7F\x80</a>",
+       {{Kind::textOutsideRoot, 21}, {Kind::ampersandWithoutReference, 25}}},
+      {u"<?xml\x85version='1.1'?><a/>", {{Kind::nameSyntax, 2, u"xml\x85version='1.1'"}}},
   };
   for (const Case& each : cases) {
     EXPECT_EQ(problemsOf(each.text), each.problems) << testing::PrintToString(CString(each.text));
@@ -101,7 +122,6 @@ TEST(MarkupCheck, RightDocumentsPass) {
       u"\xFEFF<?xml version=\"1.0\" encoding='UTF-8' standalone = \"no\" ?>\r\n<a/>\r\n",
       u"<?xml-stylesheet href='x'?><!-- - --><a b=\"'&lt;&#10;&#x1F600;>\" c:d='\"'>\t&amp;\n</a >",
       u"<ä_-.1><![CDATA[<&--]]>\xD83D\xDE00</ä_-.1><!---->",
-      u"<!DOCTYPE a [<!ENTITY b '<&'>]><a>&b;</a>",
   };
   for (const char16_t* const text : documents) {
     EXPECT_EQ(problemsOf(text), std::vector<Expected>()) << testing::PrintToString(CString(text));
