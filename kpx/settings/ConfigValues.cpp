@@ -6,6 +6,7 @@
 #include "kpx/settings/ConfigFile.h"
 #include "kpx/settings/internal/ConfigWalk.h"
 #include "kpx/settings/internal/DefaultColumns.h"
+#include "kpx/xml/WrittenMarkup.h"
 
 // Many values at once: the places of all are looked for in one walk, and the text is put together
 // anew in one pass. Changing the document value by value would move its end each time.
@@ -27,26 +28,23 @@ struct Wanted {
 };
 
 /// The markup of columns, with which a line that ends behind another column goes on.
-CString markupOf(const std::vector<CFGCol>& columns, bool hasUsualLineEnds) {
+CString markupOf(const std::vector<CFGCol>& columns, std::u16string_view lineBreak) {
   CMarkup scratch;
+  scratch.SetDoc(CString(lineBreak));
   scratch.AddElem(u"columns");
   scratch.IntoElem();
   for (const CFGCol& column : columns) {
     if (column.serializeXML(&scratch) != 1) return {};
   }
   scratch.OutOfElem();
-  CString markup = scratch.GetElemContent().TrimRight();
-  // Behind ">" there is no value.
-  if (!hasUsualLineEnds) markup.Replace(u">\r\n", u">\n");
-  return hasUsualLineEnds ? markup : markup.Mid(1);
+  return scratch.GetElemContent().TrimRight();
 }
 
 /// Collects what has to be replaced in a document, in its order.
 class Collector {
  public:
   explicit Collector(CMarkup& document)
-      : document_(document),
-        hasUsualLineEnds_(detail::isWrittenWithItsLineEnds(document.GetDoc())) {}
+      : document_(document), lineBreak_(WrittenMarkup::lineBreakOf(document)) {}
 
   /// Requires the configuration as the document's main element.
   void collect(const ConfigurationValues& values) {
@@ -116,7 +114,7 @@ class Collector {
       }
     }
     if (!added.empty()) {
-      CString markup = markupOf(added, hasUsualLineEnds_);
+      CString markup = markupOf(added, lineBreak_);
       isComplete_ = isComplete_ && !markup.IsEmpty();
       replacements_.push_back({columnsEnd, columnsEnd, std::move(markup)});
     }
@@ -124,7 +122,7 @@ class Collector {
   }
 
   CMarkup& document_;
-  const bool hasUsualLineEnds_;
+  const std::u16string_view lineBreak_;
   bool isComplete_ = true;
   detail::DefaultColumns defaultColumns_;
   std::vector<Replacement> replacements_;

@@ -82,10 +82,11 @@ inline constexpr int asChild = 0x4000;
 /// added behind, or found as the next child.
 ///
 /// A change touches nothing but what it is about: every other unit of the text stays. Each
-/// element that is added stands on a line of its own, without indentation; behind text it begins
-/// at once, because a line break would become part of that text. Changes near the end cost the
-/// same however long the document is. What was ill-formed counts as such until the next parse,
-/// even when a change has mended it.
+/// element that is added stands on a line of its own, without indentation, with the line breaks
+/// that the document has (CR LF where it has none); where its parent holds text that is not blank,
+/// no line break is added, which would become part of that text. Changes near the end cost the same
+/// however long the document is. What was ill-formed counts as such until the next parse, even when
+/// a change has mended it.
 ///
 /// What `MarkupCheck` would refuse no change brings in: names that are none of XML, "--" in
 /// comments, a second document type, text outside of the root, and so on. Characters in values are
@@ -304,8 +305,8 @@ class KPX_API CMarkup {
 
   // --- adding and removing elements --------------------------------------------------------------
 
-  /// Adds an element after the main one (with no main element: as the last at this level), or
-  /// inserts it before (as the first); it becomes the main element. Name and data as for
+  /// Adds an element after the main one (with no main element: as the last of all at this level),
+  /// or inserts it before (as the first element); it becomes the main element. Name and data as for
   /// SetTagName and SetData.
   bool AddElem(MCD_CSTR name, MCD_CSTR data = {}, int flags = 0);
   template <MarkupInteger Integer>
@@ -374,7 +375,7 @@ class KPX_API CMarkup {
   bool AddNode(int type, MCD_CSTR text);
   bool InsertNode(int type, MCD_CSTR text);
   /// Removes the current node. The node before it becomes the current one; for an element, see
-  /// RemoveElem.
+  /// RemoveElem. Refused for a document type that declares entities which are used.
   bool RemoveNode();
 
   // --- text for markup, static and without state --------------------------------
@@ -427,6 +428,7 @@ class KPX_API CMarkup {
  private:
   friend class detail::MarkupEditor;
   friend class MarkupValidator;
+  friend class WrittenMarkup;
 
   // Offsets of a node that is no element.
   struct NodePos {
@@ -490,6 +492,7 @@ class KPX_API CMarkup {
   std::map<std::u16string, SavedPos, std::less<>> savedPositions_;
   detail::ElementIndex index_;
   detail::AttributeMemory attributeMemory_;
+  std::u16string_view lineEnd_;  // the first of the document; empty: not looked for yet
   MarkupProblemSink problemSink_;
   LoadedEncoding loaded_;
 };

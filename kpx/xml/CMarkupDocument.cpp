@@ -74,6 +74,7 @@ void CMarkup::x_InitMarkup() {
   index_ = detail::ElementIndex();
   docFlags_ = 0;
   loaded_ = {};
+  lineEnd_ = {};
   x_SetPos(0, 0, 0);
 }
 
@@ -86,6 +87,7 @@ void CMarkup::x_CopyPlace(const CMarkup& other) noexcept {
   nodeLength_ = other.nodeLength_;
   nodePreviousElem_ = other.nodePreviousElem_;
   docFlags_ = other.docFlags_;
+  lineEnd_ = other.lineEnd_;
   attributeMemory_.forget();
 }
 
@@ -127,6 +129,7 @@ CString CMarkup::TakeDoc() {
 
 bool CMarkup::x_ParseDoc() {
   x_SetPos(0, 0, 0);
+  lineEnd_ = {};
   savedPositions_.clear();
   Guarded("CMarkup::x_ParseDoc", [&] {
     index_.reset();

@@ -4,7 +4,6 @@
 #include "kpx/config/internal/ElementReader.h"
 #include "kpx/text/NumberText.h"
 #include "kpx/text/TimeValue.h"
-#include "kpx/xml/internal/Escape.h"
 
 namespace kpx::detail {
 namespace {
@@ -42,7 +41,7 @@ void ElementWriter::start(const CDBObject& object) {
 
 void ElementWriter::attribute(std::u16string_view opening, const CString& value) {
   out_ += opening;
-  escapeInto(out_, value, MarkupFlag::attributeValue);
+  WrittenMarkup::appendValue(out_, value);
   out_ += u'"';
 }
 

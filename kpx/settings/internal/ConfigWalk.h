@@ -7,12 +7,6 @@
 
 namespace kpx::detail {
 
-/// Whether a text has the line ends that elements are written with, as one without any has.
-inline bool isWrittenWithItsLineEnds(const CString& text) {
-  const int lineEnd = text.Find(u'\n');
-  return lineEnd < 0 || (lineEnd > 0 && text[lineEnd - 1] == u'\r');
-}
-
 /// Whether the document's main element is a configuration.
 inline bool isConfiguration(CMarkup& document) {
   const CString name = document.GetTagName();
