@@ -56,7 +56,7 @@ void checkScans(const CString& text, int docFlags) {
   const auto parse = [&](const detail::TagScan& scan) {
     Parsed parsed;
     const MarkupProblemSink noSink;
-    detail::ParseReport report(text, parsed.result, noSink);
+    detail::ParseReport report(text, &parsed.result, noSink);
     parsed.index.reset();
     const detail::TagScan& before = detail::activeTagScan();
     detail::setActiveTagScan(scan);

@@ -131,6 +131,10 @@ class KPX_API CMarkup {
   const CString& GetResult() const noexcept { return result_; }
   /// Called for every problem of the following parses; an empty function ends it.
   void SetProblemSink(MarkupProblemSink sink) { problemSink_ = std::move(sink); }
+  /// Whether the following parses write what they find into the result text, as they do at first.
+  /// That takes a line for each structural error, thus much memory for a hostile document; programs
+  /// that have a problem sink can do without.
+  void SetParseResult(bool isKept) noexcept { keepsResult_ = isKept; }
 
   /// How many line feeds there are from the start through `offset`: lines count from 0.
   static int FindErrorLine(const char16_t* text, int offset);
@@ -494,6 +498,7 @@ class KPX_API CMarkup {
   detail::AttributeMemory attributeMemory_;
   std::u16string_view lineEnd_;  // the first of the document; empty: not looked for yet
   MarkupProblemSink problemSink_;
+  bool keepsResult_ = true;
   LoadedEncoding loaded_;
 };
 

@@ -133,7 +133,7 @@ bool CMarkup::x_ParseDoc() {
   savedPositions_.clear();
   Guarded("CMarkup::x_ParseDoc", [&] {
     index_.reset();
-    detail::ParseReport report(doc_, result_, problemSink_);
+    detail::ParseReport report(doc_, keepsResult_ ? &result_ : nullptr, problemSink_);
     if (doc_.view().size() > static_cast<std::size_t>(std::numeric_limits<int>::max())) {
       index_[0].setFlag(ElemPos::illFormedFlag);
       report.tooLarge(u"text", 0);
@@ -144,8 +144,8 @@ bool CMarkup::x_ParseDoc() {
     detail::TokenPos token{doc_, docFlags_};
     if (x_ParseElem(0, token) == 0) {
       report.noRootElement();
-    } else if (const int second = index_[index_[0].firstChild].next; second != 0) {
-      report.rootHasSibling(index_[second].start);
+    } else if (const ElemPos& root = index_[index_[0].firstChild]; root.next != 0) {
+      report.rootHasSibling(index_[root.next].start, !root.hasFlag(ElemPos::unendedFlag));
     }
     index_.releaseSpareSegments();
   });
@@ -157,7 +157,7 @@ int CMarkup::x_ParseElem(int parent, detail::TokenPos& token) {
   const int first = index_.usedCount();
   bool complete = false;
   Guarded("CMarkup::x_ParseDoc", [&] {
-    detail::ParseReport report(token.text, result_, problemSink_);
+    detail::ParseReport report(token.text, keepsResult_ ? &result_ : nullptr, problemSink_);
     detail::ElementParser parser(token.text, token.docFlags, index_, report);
     parser.parse(parent, token.end);
     complete = true;

@@ -1,5 +1,6 @@
 #include "kpx/xml/internal/Outcome.h"
 
+#include <algorithm>
 #include <charconv>
 
 #include "kpx/xml/CMarkup.h"
@@ -112,10 +113,14 @@ void addOutcome(CString& result, const Outcome& outcome) {
 
 CString outcomeSentences(std::u16string_view result) {
   CString joined;
-  TokenPos token{result};
-  for (int kind; token.end < static_cast<int>(outcomeLimit) &&
-                 (kind = nextMarkup(token)) != TokenKind::endOfText;) {
-    if (kind != MarkupNode::element) continue;
+  const auto end = static_cast<int>(std::min(result.size(), outcomeLimit));
+  for (TokenPos token{result}; token.end < end;) {
+    // Names stand in plain lines as they are, so these are passed over line by line.
+    if (result[static_cast<std::size_t>(token.end)] != u'<') {
+      token.end = findUnit(result, token.end, '\n') + 1;
+      continue;
+    }
+    nextToken(token);
     const std::u16string_view tag = result.substr(static_cast<std::size_t>(token.start),
                                                   static_cast<std::size_t>(token.length()));
     for (const Sentence& sentence : sentences) {
