@@ -9,19 +9,6 @@
 namespace kpx {
 namespace {
 
-DocumentSetting settingAt(const CMarkup& document, bool hasValue) {
-  DocumentSetting setting;
-  int begin = 0;
-  int end = 0;
-  setting.key = document.GetAttrib(u"Name");
-  if (document.GetOffsets(begin, end)) setting.offset = begin;
-  if (hasValue && document.GetChildAttribOffsets(u"Value", begin, end)) {
-    setting.value = document.GetChildAttrib(u"Value");
-    setting.valueOffset = begin;
-  }
-  return setting;
-}
-
 DocumentConfiguration configurationAt(CMarkup& document) {
   DocumentConfiguration found;
   int begin = 0;
@@ -36,7 +23,7 @@ DocumentConfiguration configurationAt(CMarkup& document) {
   document.ResetChildPos();
   found.hasClass = document.FindChildElem(u"CFGClass");
   detail::visitColumns(document, [&](bool hasValue) {
-    found.settings.push_back(settingAt(document, hasValue));
+    found.settings.push_back(detail::settingAt(document, hasValue));
     return true;
   });
   return found;

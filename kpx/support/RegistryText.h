@@ -37,6 +37,9 @@ struct RegistryTextProblem {
   CString message;  // an English sentence; empty when nothing is wrong
 };
 
+/// Whether a text is right, by the rules of `readRegistryText`; takes no memory for its steps.
+KPX_API bool checkRegistryText(std::string_view bytes, RegistryTextProblem& problem);
+
 /// Reads the text form: UTF-16 with a byte-order mark, or UTF-8 with or without one. False, and no
 /// steps, when anything in it is wrong. Removing what is not there is no mistake.
 ///

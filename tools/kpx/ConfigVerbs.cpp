@@ -23,6 +23,7 @@ struct Arguments {
   DiffOptions diff;
   bool onlyChanged = false;
   bool json = false;
+  bool all = false;  // findings
   SetOptions set;
   ConvertOptions convert;
 };
@@ -167,7 +168,10 @@ Exit validate(const Arguments& arguments) {
   Json report = Json::array();
   std::string lines;
   auto owner = configurations.list.begin();
-  for (const ConfigFinding& finding : validateConfigurations(configurations.document)) {
+  const Problems<ConfigFinding> findings = validateConfigurations(
+      configurations.document,
+      {choiceOf(arguments.selection), arguments.all ? noProblemLimit : usualProblemLimit, nullptr});
+  for (const ConfigFinding& finding : findings) {
     // Findings come in the order of the document, as the configurations do.
     while (owner != configurations.list.end() && finding.offset >= owner->offset + owner->length) {
       ++owner;
@@ -186,6 +190,10 @@ Exit validate(const Arguments& arguments) {
                       {"key", shown(finding.key)},
                       {"value", shown(finding.value)},
                       {"message", sentence}});
+  }
+  if (findings.leftOut() > 0) {
+    lines += leftOutLine(configurations.source, findings.leftOut()) + "\n";
+    if (arguments.json) complain(leftOutLine(configurations.source, findings.leftOut()));
   }
   if (arguments.json) {
     printJson(report);
@@ -260,6 +268,7 @@ void addConfigVerbs(CLI::App& app, Action& chosen) {
         add("validate", "Name everything that is not as the suite writes it", &validate);
     command->add_option("FILE|CLASS", arguments->file, fileOrClass)->required();
     addSelection(*command, arguments->selection);
+    command->add_flag("--all", arguments->all, "Print more than the first 1000");
   }
   {
     auto arguments = std::make_shared<Arguments>();

@@ -16,6 +16,7 @@ namespace {
 struct Arguments {
   std::vector<std::string> files;
   bool json = false;
+  bool all = false;
 };
 
 // --- check ----------------------------------------------------------------------------------
@@ -24,18 +25,19 @@ Exit checkFile(const std::string& file, const Arguments& arguments, Json& report
   Json entry;
   entry["file"] = file;
   std::vector<ProblemLine> problems;
+  std::size_t leftOut = 0;
   std::string name = file;
   Exit exit = Exit::success;
   try {
     const Input input = readInput(file);
     name = input.name;
-    ReadDocument read = parseInput(input);
-    checkStrictly(read);
+    ReadDocument read = checkInput(input, arguments.all ? noProblemLimit : usualProblemLimit);
     problems = std::move(read.problems);
+    leftOut = read.problemCount - problems.size();
     entry["encoding"] = read.encoding;
     if (!read.readable) {
       exit = Exit::input;
-    } else if (!problems.empty()) {
+    } else if (read.errorCount > 0) {
       exit = Exit::no;
     }
   } catch (const Failure& failure) {
@@ -49,11 +51,14 @@ Exit checkFile(const std::string& file, const Arguments& arguments, Json& report
     if (arguments.json) {
       list.push_back(
           {{"line", problem.line}, {"column", problem.column}, {"message", problem.sentence}});
+      if (problem.isWarning) list.back()["warning"] = true;
     } else {
       print(placeOf(name, problem) + "\n");
     }
   }
   entry["problems"] = std::move(list);
+  if (leftOut > 0) entry["left_out"] = leftOut;
+  if (!arguments.json && leftOut > 0) print(leftOutLine(name, leftOut) + "\n");
   if (!arguments.json && exit == Exit::success) print(name + ": well-formed\n");
   report.push_back(std::move(entry));
   return exit;
@@ -110,6 +115,7 @@ double parseSeconds(const Input& input, int& runs) {
   do {
     const auto start = Clock::now();
     CMarkup document;
+    document.SetParseResult(false);
     document.SetDoc(decodeMarkupBytes(input.bytes()).text);
     seconds.push_back(std::chrono::duration<double>(Clock::now() - start).count());
   } while (Clock::now() - begin < budget);
@@ -126,6 +132,8 @@ Exit statsOfFile(const std::string& file, const Arguments& arguments, Json& repo
   }
   const bool wellFormed = read.document.IsWellFormed();
   const Shape shape = shapeOf(read.document);
+  // Its memory is needed for the next.
+  read.document = CMarkup();
   int runs = 0;
   const double seconds = parseSeconds(input, runs);
   const double megabytes = static_cast<double>(input.bytes().size()) / 1e6;
@@ -181,7 +189,12 @@ Exit format(const Arguments& arguments) {
   if (arguments.json) {
     printJson(Json{{"file", input.name}, {"text", shown(text)}});
   } else {
-    print(encodeMarkupText(text, read.storage).bytes);
+    const EncodedText encoded = encodeMarkupText(text, read.storage);
+    if (!encoded.usable || encoded.losses > 0) {
+      throw Failure(Exit::notWritten,
+                    input.name + ": cannot be written in the encoding " + read.encoding);
+    }
+    print(encoded.bytes);
   }
   return Exit::success;
 }
@@ -194,13 +207,16 @@ void addXmlVerbs(CLI::App& app, Action& chosen) {
 
   const auto add = [&](const char* name, const char* description, const char* fileHelp,
                        Exit (*verb)(const Arguments&), bool severalFiles) {
-    const auto [command, arguments] = addVerb(*xml, chosen, name, description, verb);
+    const auto added = addVerb(*xml, chosen, name, description, verb);
+    const auto& [command, arguments] = added;
     CLI::Option* files = command->add_option("FILE", arguments->files, fileHelp)->required();
     if (!severalFiles) files->expected(1);
     command->add_flag("--json", arguments->json, "Print JSON");
+    return added;
   };
-  add("check", "Print every problem with line and column", "XML files, or - for standard input",
-      &check, true);
+  const auto checker = add("check", "Print what other programs would refuse, with line and column",
+                           "XML files, or - for standard input", &check, true);
+  checker.first->add_flag("--all", checker.second->all, "Print more than the first 1000");
   add("stats", "Print size, elements, depth, well-formedness and parsing speed",
       "XML files, or - for standard input", &stats, true);
   add("format", "Print the document with one element a line, indented, in its own encoding",

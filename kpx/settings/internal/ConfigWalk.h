@@ -3,6 +3,7 @@
 #include <string_view>
 
 #include "kpx/settings/Catalogue.h"
+#include "kpx/settings/ConfigFile.h"
 #include "kpx/xml/CMarkup.h"
 
 namespace kpx::detail {
@@ -14,6 +15,22 @@ inline bool isConfiguration(CMarkup& document) {
   if (findSettingsClassByElement(name)) return true;
   document.ResetChildPos();
   return document.FindChildElem(u"CFGClass");
+}
+
+/// The column at the main element, with its value at the child if it has one.
+inline DocumentSetting settingAt(const CMarkup& document, bool hasValue) {
+  DocumentSetting setting;
+  int end = 0;
+  document.GetOffsets(setting.offset, end);
+  AttributeReader column = document.ReadAttribs();
+  column.read(u"Name", setting.key);
+  AttributeReader value = hasValue ? document.ReadChildAttribs() : AttributeReader();
+  if (value.read(u"Value", setting.value)) {
+    int begin = 0;
+    document.GetChildOffsets(begin, end);
+    setting.valueOffset = begin + value.valueBegin();
+  }
+  return setting;
 }
 
 /// Calls `visit` with each configuration of the document as its main element, until it answers
