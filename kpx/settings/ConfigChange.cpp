@@ -60,9 +60,10 @@ void goTo(CMarkup& document, int number) {
 EditOutcome changeAt(CMarkup& document, const CString& key, EditResult& result) {
   goTo(document, result.number);
   detail::visitColumns(document, [&](bool hasValue) {
-    return !(hasValue && document.GetAttrib(u"Name") == key && document.HasChildAttrib(u"Value"));
+    return !(hasValue && detail::valueOf(document.ReadAttribs(), u"Name") == key &&
+             document.HasChildAttrib(u"Value"));
   });
-  result.oldValue = document.GetChildAttrib(u"Value");
+  result.oldValue = detail::valueOf(document.ReadChildAttribs(), u"Value");
   if (result.oldValue == result.newValue) return EditOutcome::unchanged;
   return document.SetChildAttrib(u"Value", result.newValue) ? EditOutcome::changed
                                                             : EditOutcome::refused;
@@ -74,7 +75,7 @@ EditOutcome giveValue(CMarkup& document, const CString& key, const EditResult& r
   bool hasElement = false;
   detail::visitColumns(document, [&](bool hasValue) {
     hasElement = hasValue;
-    return !(document.GetAttrib(u"Name") == key &&
+    return !(detail::valueOf(document.ReadAttribs(), u"Name") == key &&
              !(hasValue && document.HasChildAttrib(u"Value")));
   });
   if (hasElement) {

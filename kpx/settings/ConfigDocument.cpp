@@ -8,6 +8,7 @@
 #include "kpx/report/Error.h"
 #include "kpx/text/NumberText.h"
 #include "kpx/xml/StoredMarkup.h"
+#include "kpx/xml/WrittenMarkup.h"
 
 namespace kpx {
 namespace {
@@ -17,8 +18,10 @@ constexpr int maxValueLength = 2'000'000;
 
 bool fitsIntoTag(const CString& value) {
   constexpr int longestReference = 6;
-  return value.GetLength() <= maxValueLength / longestReference ||
-         CMarkup::EscapeText(value, MarkupFlag::attributeValue).GetLength() <= maxValueLength;
+  if (value.GetLength() <= maxValueLength / longestReference) return true;
+  CString escaped;
+  WrittenMarkup::appendValue(escaped.units(), value);
+  return escaped.GetLength() <= maxValueLength;
 }
 
 bool isInteger(ValueKind kind) noexcept {

@@ -13,8 +13,8 @@ DocumentConfiguration configurationAt(CMarkup& document) {
   DocumentConfiguration found;
   int begin = 0;
   int end = 0;
-  found.elementName = document.GetTagName();
-  found.name = document.GetAttrib(u"Name");
+  found.elementName = document.ReadTagName();
+  found.name = detail::valueOf(document.ReadAttribs(), u"Name");
   found.settingsClass = findSettingsClassByElement(found.elementName);
   if (document.GetOffsets(begin, end)) {
     found.offset = begin;

@@ -36,7 +36,7 @@ std::vector<ConfigParts> configPartsOf(CMarkup& document) {
     int begin = 0;
     int end = 0;
     document.GetOffsets(begin, end);
-    parts.elementName = document.GetTagName();
+    parts.elementName = document.ReadTagName();
     parts.length = end - begin;
     PartsKeeper keeper{parts};
     detail::ConfigPartsWalk(document, keeper).run();

@@ -43,7 +43,7 @@ class Validator {
  public:
   Validator(CMarkup& document, detail::DefaultColumns& defaults, Findings& findings)
       : document_(document),
-        elementName_(document.GetTagName()),
+        elementName_(document.ReadTagName()),
         class_(findSettingsClassByElement(elementName_)),
         className_(class_ ? CString(class_->name) : elementName_),
         defaults_(defaults),
@@ -227,7 +227,7 @@ Problems<ConfigFinding> validateConfigurations(CMarkup& document,
   DocumentConfiguration each;
   detail::visitConfigurations(document, [&] {
     ++each.number;
-    each.elementName = document.GetTagName();
+    each.elementName = document.ReadTagName();
     each.settingsClass = findSettingsClassByElement(each.elementName);
     if (options.choice.includes(each)) Validator(document, defaults, findings).run();
     return true;

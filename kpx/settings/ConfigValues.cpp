@@ -37,7 +37,10 @@ CString markupOf(const std::vector<CFGCol>& columns, std::u16string_view lineBre
     if (column.serializeXML(&scratch) != 1) return {};
   }
   scratch.OutOfElem();
-  return scratch.GetElemContent().TrimRight();
+  int begin = 0;
+  int end = 0;
+  scratch.GetContentOffsets(begin, end);
+  return scratch.GetDoc().Mid(begin, end - begin).TrimRight();
 }
 
 /// Collects what has to be replaced in a document, in its order.
@@ -50,12 +53,12 @@ class Collector {
   void collect(const ConfigurationValues& values) {
     KeyedCollection<Wanted> wanted;
     for (const KeyAndValue& each : values.values) wanted.at(each.key).value = &each.value;
-    const CString elementName = document_.GetTagName();
+    const CString elementName = document_.ReadTagName();
     int columnsEnd = 0;
     detail::visitColumns(document_, [&](bool hasValue) {
       int begin = 0;
       document_.GetOffsets(begin, columnsEnd);
-      Wanted* const found = wanted.find(document_.GetAttrib(u"Name"));
+      Wanted* const found = wanted.find(detail::valueOf(document_.ReadAttribs(), u"Name"));
       if (found && !found->isPlaced) place(*found, hasValue);
       return true;
     });
@@ -93,9 +96,9 @@ class Collector {
     int end = 0;
     if (!hasValue || !document_.GetChildAttribOffsets(u"Value", begin, end)) return;
     wanted.isPlaced = true;
-    if (document_.GetChildAttrib(u"Value") == *wanted.value) return;
-    replacements_.push_back(
-        {begin, end, CMarkup::EscapeText(*wanted.value, MarkupFlag::attributeValue)});
+    if (detail::valueOf(document_.ReadChildAttribs(), u"Value") == *wanted.value) return;
+    Replacement& replacement = replacements_.emplace_back(Replacement{begin, end, {}});
+    WrittenMarkup::appendValue(replacement.text.units(), *wanted.value);
   }
 
   void add(const SettingsClass* settingsClass, const KeyedCollection<Wanted>& wanted,

@@ -226,8 +226,12 @@ class KPX_API CMarkup {
   /// The attribute at an index from 0, in written order; false past the last.
   bool GetNthAttrib(int index, CString& name, CString& value) const;
   bool GetNthChildAttrib(int index, CString& name, CString& value) const;
+  /// The name as a part of the document's text, valid until it is changed. Takes no memory.
+  std::u16string_view ReadTagName() const noexcept;
+  std::u16string_view ReadChildTagName() const noexcept;
   /// Walks all attributes in one pass; valid until the document is changed. Use it to read more
-  /// than a few attributes of one element.
+  /// than a few attributes of one element, and where missing memory must not look like a missing
+  /// attribute: values read this way throw.
   AttributeReader ReadAttribs() const;
   AttributeReader ReadChildAttribs() const;
   /// The markup of the element or node, tags included, as it stands in the document.

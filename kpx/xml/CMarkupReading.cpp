@@ -19,17 +19,22 @@ std::u16string_view CMarkup::x_StartTag(int element) const noexcept {
 
 // --- names and data ------------------------------------------------------------------------------
 
+std::u16string_view CMarkup::ReadTagName() const noexcept {
+  return mainPos_ != 0 ? detail::tagNameOf(x_StartTag(mainPos_)) : std::u16string_view();
+}
+
+std::u16string_view CMarkup::ReadChildTagName() const noexcept {
+  const int child = x_ChildElem();
+  return child != 0 ? detail::tagNameOf(x_StartTag(child)) : std::u16string_view();
+}
+
 CString CMarkup::GetTagName() const {
-  return Guarded("CMarkup::GetTagName", CString(), [&] {
-    return mainPos_ != 0 ? CString(detail::tagNameOf(x_StartTag(mainPos_))) : CString();
-  });
+  return Guarded("CMarkup::GetTagName", CString(), [&] { return CString(ReadTagName()); });
 }
 
 CString CMarkup::GetChildTagName() const {
-  return Guarded("CMarkup::GetChildTagName", CString(), [&] {
-    const int child = x_ChildElem();
-    return child != 0 ? CString(detail::tagNameOf(x_StartTag(child))) : CString();
-  });
+  return Guarded("CMarkup::GetChildTagName", CString(),
+                 [&] { return CString(ReadChildTagName()); });
 }
 
 CString CMarkup::x_ElemData(int element) const {

@@ -48,7 +48,6 @@ class Reader {
   StoredMarkup run(bool isStrict) && {
     DecodedText decoded = decodeMarkupBytes(bytes_);
     read_.storage = {decoded.codePage, decoded.mark};
-    if (decoded.declarationWrong) read_.wrongEncoding = decoded.declared;
     read_.respelled = decoded.respelled;
     read_.firstRespelled = decoded.firstRespelled;
     read_.readable = !refuse(decoded);

@@ -26,7 +26,6 @@ struct PlacedProblem {
 struct StoredMarkup {
   CMarkup document;        // empty when the bytes are not readable; without a result text
   MarkupEncoding storage;  // how to write it back the same way
-  CString wrongEncoding;   // what the declaration says, when the bytes are not in that
   bool readable = false;   // false: the bytes are no text; `problems` tells why
   // Bytes that are read well but would be written otherwise, and the offset of the first of them.
   std::size_t respelled = 0;

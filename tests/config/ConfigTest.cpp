@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "kpx/config/CFGHeader.h"
+#include "kpx/report/Error.h"
 #include "kpx/report/Exceptions.h"
 #include "kpx/xml/CMarkup.h"
 #include "tests/common/ObjectXml.h"
@@ -218,15 +219,21 @@ TEST(Config, RepeatedAttributeIsReadAsTheDocumentReadsIt) {
   EXPECT_EQ(value.ColID, 3);
 }
 
-// An object whose element could not be read back is refused, not lost.
+int reported = 0;
+
+// An object whose element could not be read back is refused, neither lost nor in silence.
 TEST(Config, NameThatIsNoElementNameIsRefused) {
-  for (const char16_t* name : {u"A B", u"a>b", u"X/", u"X ObjectID=\"77\" y=\""}) {
+  const ErrorSink before = setErrorSink([](int number) noexcept { reported = number; });
+  for (const char16_t* name : {u"A B", u"a>b", u"X/", u"X ObjectID=\"77\" y=\"", u"a{"}) {
     CFGConfig config;
     config.Class.Name = name;
     CMarkup document;
+    reported = 0;
     EXPECT_EQ(config.serializeXML(&document), 0) << CString(name).utf8();
+    EXPECT_EQ(reported, 42885) << CString(name).utf8();
     EXPECT_TRUE(document.GetDoc().IsEmpty());
   }
+  setErrorSink(before);
 }
 
 }  // namespace

@@ -14,57 +14,56 @@ namespace {
 // How many of the operations that take a value take one of this type.
 template <class Value>
 constexpr int takingValue() {
-  return int{requires(CMarkup & d, Value v){d.SetData(v);
+  return int {
+    requires(CMarkup & d, Value v) { d.SetData(v); }
+  }  // namespace
+  +int {
+    requires(CMarkup & d, Value v) { d.SetChildData(v); }  // namespace kpx
+  }
+  +int {
+    requires(CMarkup & d, Value v) { d.SetAttrib(u"n", v); }
+  }
+  +int {
+    requires(CMarkup & d, Value v) { d.SetChildAttrib(u"n", v); }
+  }
+  +int {
+    requires(CMarkup & d, Value v) { d.AddElem(u"n", v); }
+  }
+  +int {
+    requires(CMarkup & d, Value v) { d.InsertElem(u"n", v); }
+  }
+  +int {
+    requires(CMarkup & d, Value v) { d.AddChildElem(u"n", v); }
+  }
+  +int{requires(CMarkup & d, Value v){d.InsertChildElem(u"n", v);
 }
-}  // namespace
-+ int{requires(CMarkup & d, Value v){d.SetChildData(v);
+};  // namespace
 }  // namespace kpx
-}
-+ int{requires(CMarkup & d, Value v){d.SetAttrib(u"n", v);
-}
-}
-+ int{requires(CMarkup & d, Value v){d.SetChildAttrib(u"n", v);
-}
-}
-+ int{requires(CMarkup & d, Value v){d.AddElem(u"n", v);
-}
-}
-+ int{requires(CMarkup & d, Value v){d.InsertElem(u"n", v);
-}
-}
-+ int{requires(CMarkup & d, Value v){d.AddChildElem(u"n", v);
-}
-}
-+ int{requires(CMarkup & d, Value v){d.InsertChildElem(u"n", v);
-}
-}
-;
-}
 // The same with decimals or flags behind it.
 template <class Value>
 constexpr int takingMore() {
-  return int{requires(CMarkup & d, Value v){d.SetData(v, 2);
-}
-}
-+ int{requires(CMarkup & d, Value v){d.SetChildData(v, 2);
-}
-}
-+ int{requires(CMarkup & d, Value v){d.SetAttrib(u"n", v, 2);
-}
-}
-+ int{requires(CMarkup & d, Value v){d.SetChildAttrib(u"n", v, 2);
-}
-}
-+ int{requires(CMarkup & d, Value v){d.AddElem(u"n", v, 2);
-}
-}
-+ int{requires(CMarkup & d, Value v){d.InsertElem(u"n", v, 2);
-}
-}
-+ int{requires(CMarkup & d, Value v){d.AddChildElem(u"n", v, 2);
-}
-}
-+ int{requires(CMarkup & d, Value v){d.InsertChildElem(u"n", v, 2);
+  return int {
+    requires(CMarkup & d, Value v) { d.SetData(v, 2); }
+  }
+  +int {
+    requires(CMarkup & d, Value v) { d.SetChildData(v, 2); }
+  }
+  +int {
+    requires(CMarkup & d, Value v) { d.SetAttrib(u"n", v, 2); }
+  }
+  +int {
+    requires(CMarkup & d, Value v) { d.SetChildAttrib(u"n", v, 2); }
+  }
+  +int {
+    requires(CMarkup & d, Value v) { d.AddElem(u"n", v, 2); }
+  }
+  +int {
+    requires(CMarkup & d, Value v) { d.InsertElem(u"n", v, 2); }
+  }
+  +int {
+    requires(CMarkup & d, Value v) { d.AddChildElem(u"n", v, 2); }
+  }
+  +int{requires(CMarkup & d, Value v){d.InsertChildElem(u"n", v, 2);
 }
 }
 ;

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "kpx/xml/CMarkup.h"
+#include "kpx/xml/StoredMarkup.h"
 #include "tests/common/TextPrinter.h"
 
 namespace kpx {
@@ -133,6 +134,48 @@ TEST(MarkupCheck, WhatTheParseRecordsIsNotToldAgain) {
   for (const char16_t* const text : {u"<a><b></a>", u"</a>", u"<a>< b></a>", u"<a", u""}) {
     EXPECT_EQ(problemsOf(text), std::vector<Expected>()) << testing::PrintToString(CString(text));
   }
+}
+
+TEST(MarkupCheck, BytesAreCheckedAsOtherProgramsReadThem) {
+  using namespace std::literals;
+  struct Case {
+    std::string_view bytes;
+    std::size_t errors;
+    std::size_t warnings;
+    int column;  // of the first problem
+  };
+  const Case cases[] = {
+      {"<a>\xC3\xA4</a>", 0, 0, 0},
+      {"<a>\xE4</a>", 1, 0, 4},  // neither UTF-8 nor declared
+      {"\xFF\xFE<\0a\0/\0>\0"sv, 0, 0, 0},
+      {"<\0a\0/\0>\0"sv, 1, 0, 1},  // no mark
+      {"\xFF\xFE<\0?\0x\0m\0l\0 \0v\0e\0r\0s\0i\0o\0n\0=\0'\0001\0.\0000\0'\0 "
+       "\0e\0n\0c\0o\0d\0i\0n\0g\0="
+       "\0'\0u\0t\0f\0-\0008\0'\0?\0>\0<\0a\0/\0>\0"sv,
+       1, 0, 1},
+      {"\xEF\xBB\xBF<?xml version='1.0' encoding='ISO-8859-1'?><a/>", 1, 0, 1},
+      {"<?xml version='1.0' encoding='ISO-8859-1'?><a>\xE4</a>", 0, 0, 0},
+      {"<?xml version='1.0' encoding='ISO-8859-1'?><a>\xC3\xA4</a>", 0, 1, 47},
+      {"<?xml version='1.0' encoding='utf8'?><a>\xE4</a>", 1, 0, 41},
+      {"<!DOCTYPE a><a/>", 0, 1, 1},
+      {"<a><b/><c/>", 1, 0, 1},  // cut off: no word of a second root
+      {"<a/><b><c/>", 2, 0, 5},
+      {"<a b='1\n2'/>", 0, 0, 0},  // the suite itself writes it
+  };
+  for (const Case& each : cases) {
+    const StoredMarkup read = checkMarkup(each.bytes);
+    EXPECT_EQ(read.problems.count - read.warnings, each.errors) << each.bytes;
+    EXPECT_EQ(read.warnings, each.warnings) << each.bytes;
+    EXPECT_EQ(read.problems.empty() ? 0 : read.problems.first[0].column, each.column) << each.bytes;
+  }
+
+  std::string open;
+  for (int i = 0; i < 3000; ++i) open += "<a>";
+  const StoredMarkup read = readMarkup(open, 2);
+  EXPECT_EQ(read.problems.count, 3000U);
+  ASSERT_EQ(read.problems.first.size(), 2U);
+  EXPECT_EQ(read.problems.first[1].column, 4);
+  EXPECT_TRUE(read.document.GetResult().IsEmpty());
 }
 
 TEST(MarkupCheck, CostGrowsWithTheText) {

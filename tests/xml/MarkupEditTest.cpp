@@ -612,6 +612,19 @@ TEST(MarkupEdit, SavedPositionsMoveWithTheText) {
   EXPECT_EQ(MarkupValidator::check(document), "");
 }
 
+TEST(MarkupEdit, EmptyDataForAnEmptyElementKeepsPositionsInIt) {
+  for (const char16_t* const text : {u"<r><a/></r>", u"<r><a></a></r>"}) {
+    CMarkup document(text);
+    ASSERT_TRUE(goTo(document, u"a"));
+    document.IntoElem();
+    document.SavePos(u"inside");
+    document.OutOfElem();
+    EXPECT_TRUE(document.SetData(u""));
+    EXPECT_TRUE(document.RestorePos(u"inside"));
+    EXPECT_EQ(document.GetDoc(), text);
+  }
+}
+
 // --- random changes ------------------------------------------------------------------------------
 
 class RandomEditor {

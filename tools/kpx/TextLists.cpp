@@ -62,7 +62,14 @@ CString textOf(const Json& json, const char* what) {
 
 void readJson(std::string_view bytes, ReadTexts& read) {
   try {
-    const Json json = Json::parse(bytes);
+    // A list is flat; a file of nothing but brackets would fill the memory.
+    constexpr int deepest = 16;
+    const auto checkDepth = [](int depth, Json::parse_event_t, const Json&) {
+      if (depth > deepest)
+        throw std::invalid_argument("it is nested too deeply for a list of texts");
+      return true;
+    };
+    const Json json = Json::parse(bytes, checkDepth);
     if (json.contains("title")) read.list.title = textOf(json["title"], "the title");
     if (json.contains("header")) {
       read.list.header = numberOf<std::uint32_t>(json["header"], "the header");

@@ -16,7 +16,7 @@ class ConfigPartsWalk {
     visitor_.configuration(elementAt());
     bool hasClass = false;
     walk([&] {
-      if (hasClass || document_.GetTagName() != u"CFGClass") return false;
+      if (hasClass || document_.ReadTagName() != u"CFGClass") return false;
       hasClass = true;
       visitor_.keyedClass(elementAt());
       walkColumns();
@@ -35,11 +35,11 @@ class ConfigPartsWalk {
 
   void walkColumns() {
     walk([&] {
-      if (document_.GetTagName() != u"CFGCol") return false;
+      if (document_.ReadTagName() != u"CFGCol") return false;
       ConfigColumnParts column;
       column.column = elementAt();
       walk([&] {
-        if (column.value || document_.GetTagName() != u"CFGValue") return false;
+        if (column.value || document_.ReadTagName() != u"CFGValue") return false;
         column.value = elementAt();
         walk([] { return false; });
         return true;
@@ -67,7 +67,8 @@ class ConfigPartsWalk {
   }
 
   CString nameOf(int kind) const {
-    if (kind == MarkupNode::element) return u"the element '" + document_.GetTagName() + u"'";
+    if (kind == MarkupNode::element)
+      return u"the element '" + CString(document_.ReadTagName()) + u"'";
     if (kind == MarkupNode::comment) return u"a comment";
     return kind == MarkupNode::processingInstruction ? u"a processing instruction" : u"text";
   }

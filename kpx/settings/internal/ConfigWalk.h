@@ -8,10 +8,17 @@
 
 namespace kpx::detail {
 
+/// The value of an attribute; empty if there is none. Throws where a document would report.
+inline CString valueOf(AttributeReader attributes, std::u16string_view name) {
+  CString value;
+  attributes.read(name, value);
+  return value;
+}
+
 /// Whether the document's main element is a configuration.
 inline bool isConfiguration(CMarkup& document) {
-  const CString name = document.GetTagName();
-  if (!name.StartsWith(u"CFGConfig")) return false;
+  const std::u16string_view name = document.ReadTagName();
+  if (!name.starts_with(u"CFGConfig")) return false;
   if (findSettingsClassByElement(name)) return true;
   document.ResetChildPos();
   return document.FindChildElem(u"CFGClass");
@@ -22,8 +29,7 @@ inline DocumentSetting settingAt(const CMarkup& document, bool hasValue) {
   DocumentSetting setting;
   int end = 0;
   document.GetOffsets(setting.offset, end);
-  AttributeReader column = document.ReadAttribs();
-  column.read(u"Name", setting.key);
+  setting.key = valueOf(document.ReadAttribs(), u"Name");
   AttributeReader value = hasValue ? document.ReadChildAttribs() : AttributeReader();
   if (value.read(u"Value", setting.value)) {
     int begin = 0;
