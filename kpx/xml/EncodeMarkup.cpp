@@ -24,8 +24,7 @@ std::size_t findUnwritable(std::u16string_view text) noexcept {
   std::size_t position = 0;
   while (position < text.size()) {
     if (text.size() - position >= detail::kernelUnits &&
-        !detail::blockHasSurrogate(text.data() + position) &&
-        !detail::blockHasZero(text.data() + position)) {
+        !detail::blockHasSurrogateOrZero(text.data() + position)) {
       position += detail::kernelUnits;
       continue;
     }
