@@ -139,6 +139,8 @@ inline constexpr ErrorEntry errorTable[] = {
     {910056, "CMarkup::x_EncodeCDATASection"},
     {910057, "CMarkup::EncodeBase64"},
     {910058, "CMarkup::GetDeclaredEncoding"},
+    {910059, "CMarkup::FindErrorLine"},
+    {910060, "CMarkup::UTF16To8"},
     {910101, "CIniEx::ReadFile"},
     {910102, "CIniEx::SaveFile"},
     {910103, "CIniEx::GetKeyData"},

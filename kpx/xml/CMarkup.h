@@ -142,7 +142,7 @@ class KPX_API CMarkup {
   /// The offset counts UTF-16 units here too.
   template <class Wide>
   requires(std::is_same_v<Wide, wchar_t>) static int FindErrorLine(const Wide* text, int offset) {
-    return FindErrorLine(MCD_CSTR(text).view(), offset);
+    return x_FindErrorLine(text, offset);
   }
 
   int GetDocFlags() const noexcept { return docFlags_; }
@@ -421,7 +421,7 @@ class KPX_API CMarkup {
     if constexpr (wideIsUtf16) {
       return UTF16To8(out, reinterpret_cast<const char16_t*>(in), outBytes);
     } else {
-      return UTF16To8(out, in ? CString(in).GetString() : nullptr, outBytes);
+      return x_WideTo8(out, in, outBytes);
     }
   }
   static bool DetectUTF8(const char* in, int bytes, int* nonAscii = nullptr,
@@ -456,12 +456,17 @@ class KPX_API CMarkup {
     int codePage = 0;
     bool mark = false;
     CString declared;  // the encoding's name in its XML declaration
-    // Bytes that cannot be kept, and the offset of the first of them.
-    std::size_t unkept = 0;
-    std::size_t firstUnkept = 0;
+    // Bytes that were not read, and those that this encoding would write otherwise; of each the
+    // offset of the first.
+    std::size_t unread = 0;
+    std::size_t firstUnread = 0;
+    std::size_t respelled = 0;
+    std::size_t firstRespelled = 0;
   };
 
   static CString x_EncodeCDATASection(MCD_CSTR text);
+  static int x_FindErrorLine(const wchar_t* text, int offset);
+  static int x_WideTo8(char* out, const wchar_t* in, int outBytes);
   void x_InitMarkup();
   void x_CopyPlace(const CMarkup& other) noexcept;
   bool x_ParseDoc();

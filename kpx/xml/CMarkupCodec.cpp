@@ -121,6 +121,12 @@ int CMarkup::UTF16To8(char* out, const char16_t* in, int outBytes) {
   return bytes;
 }
 
+int CMarkup::x_WideTo8(char* out, const wchar_t* in, int outBytes) {
+  return Guarded("CMarkup::UTF16To8", 0, [&] {
+    return UTF16To8(out, in != nullptr ? CString(in).GetString() : nullptr, outBytes);
+  });
+}
+
 bool CMarkup::DetectUTF8(const char* in, int bytes, int* nonAscii, bool* cutShort) {
   return Guarded("CMarkup::DetectUTF8", false, [&] {
     if (nonAscii != nullptr) *nonAscii = 0;

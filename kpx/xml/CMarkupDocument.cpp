@@ -206,6 +206,11 @@ int CMarkup::FindErrorLine(std::u16string_view text, int offset) {
   return static_cast<int>(std::count(counted.begin(), counted.end(), u'\n'));
 }
 
+int CMarkup::x_FindErrorLine(const wchar_t* text, int offset) {
+  return Guarded("CMarkup::FindErrorLine", 0,
+                 [&] { return FindErrorLine(MCD_CSTR(text).view(), offset); });
+}
+
 int CMarkup::GetDocElemCount() const noexcept {
   if ((docFlags_ & streaming) || index_.capacity() == 0) return 0;
   return std::max(0, index_.usedCount() - 1 - index_.freeCount());

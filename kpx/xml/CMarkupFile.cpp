@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <bit>
 #include <string_view>
 #include <utility>
@@ -102,8 +103,13 @@ bool CMarkup::Load(const CString& path) {
     bytes = FileBytes();
     addReadOutcomes(result_, decoded);
     doc_ = std::move(decoded.text);
-    loaded_ = {decoded.codePage, decoded.mark, std::move(decoded.declared), decoded.unkept(),
-               decoded.firstUnkept()};
+    loaded_ = {decoded.codePage,
+               decoded.mark,
+               std::move(decoded.declared),
+               decoded.invalid + decoded.nulls,
+               std::min(decoded.firstInvalid, decoded.firstNull),
+               decoded.respelled,
+               decoded.firstRespelled};
     return x_ParseDoc();
   });
 }
@@ -112,11 +118,6 @@ bool CMarkup::Save(const CString& path, int flags) {
   return Guarded("CMarkup::Save", false, [&] {
     const bool allowLoss = (flags & MarkupFlag::allowLoss) != 0;
     result_.Empty();
-    if (loaded_.unkept != 0 && !allowLoss) {
-      addFileError(result_, u"cannot write", path, u"the file it was read from held more");
-      addLoss(result_, {}, loaded_.unkept, loaded_.firstUnkept);
-      return false;
-    }
     const CString declared(declaredEncoding(doc_));
     MarkupEncoding encoding;
     if (loaded_.codePage != 0 && (declared.IsEmpty() || declared == loaded_.declared)) {
@@ -124,6 +125,15 @@ bool CMarkup::Save(const CString& path, int flags) {
     } else if (!declared.IsEmpty()) {
       const int codePage = encodingCodePage(declared);
       encoding = {codePage, isUtf16(codePage) || (codePage == CodePage::utf8 && loaded_.mark)};
+    }
+
+    const bool isRespelled = loaded_.respelled != 0 && encoding.codePage == loaded_.codePage;
+    if (!allowLoss && (loaded_.unread != 0 || isRespelled)) {
+      addFileError(result_, u"cannot write", path,
+                   u"not all of the file that was read can be kept");
+      addLoss(result_, {}, loaded_.unread != 0 ? loaded_.unread : loaded_.respelled,
+              loaded_.unread != 0 ? loaded_.firstUnread : loaded_.firstRespelled);
+      return false;
     }
 
     MarkupEncoder encoder(doc_, encoding);

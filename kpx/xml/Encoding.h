@@ -1,6 +1,5 @@
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <memory>
 #include <string>
@@ -50,13 +49,6 @@ struct DecodedText {
   std::size_t respelled = 0;
   std::size_t firstRespelled = none;
   DecodingRefusal refusal = DecodingRefusal::none;  // the text is empty then
-
-  /// How many bytes would not come back if the text were written as it is stored now, and the
-  /// offset of the first of them.
-  std::size_t unkept() const noexcept { return invalid + nulls + respelled; }
-  std::size_t firstUnkept() const noexcept {
-    return std::min({firstInvalid, firstNull, firstRespelled});
-  }
 };
 
 /// Reads a document from the bytes of a file. The encoding is taken from a byte-order mark, else

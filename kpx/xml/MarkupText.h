@@ -26,14 +26,7 @@ class MCD_CSTR {
   template <class Wide>
   requires(std::is_same_v<Wide, wchar_t>) MCD_CSTR(const Wide* text)
       : MCD_CSTR(text ? std::wstring_view(text) : std::wstring_view()) {}
-  MCD_CSTR(std::wstring_view text) {
-    if constexpr (wideIsUtf16) {
-      text_ = {reinterpret_cast<const char16_t*>(text.data()), text.size()};
-    } else {
-      transcoded_ = std::make_shared<const CString>(text);
-      text_ = *transcoded_;
-    }
-  }
+  MCD_CSTR(std::wstring_view text) { text_ = wide_.unitsOf(text); }
   MCD_CSTR(const std::wstring& text) : MCD_CSTR(std::wstring_view(text)) {}
 
   constexpr std::u16string_view view() const noexcept { return text_; }
@@ -42,11 +35,22 @@ class MCD_CSTR {
   constexpr std::size_t size() const noexcept { return text_.size(); }
 
  private:
-  struct Nothing {};
-  using Transcoded = std::conditional_t<wideIsUtf16, Nothing, std::shared_ptr<const CString>>;
+  // Wide text whose characters are units needs nothing; any other is kept as UTF-16.
+  struct SameUnits {
+    std::u16string_view unitsOf(std::wstring_view text) const noexcept {
+      return {reinterpret_cast<const char16_t*>(text.data()), text.size()};
+    }
+  };
+  struct Transcoded {
+    std::shared_ptr<const CString> kept;
+    std::u16string_view unitsOf(std::wstring_view text) {
+      kept = std::make_shared<const CString>(text);
+      return *kept;
+    }
+  };
 
   std::u16string_view text_;
-  Transcoded transcoded_;  // what `text_` points to, of wide text of 32 bits
+  std::conditional_t<wideIsUtf16, SameUnits, Transcoded> wide_;
 };
 
 }  // namespace kpx
