@@ -157,8 +157,9 @@ KPX_C_API int32_t KPX_C_CALL kpx_c_open_bytes(const void* bytes, int64_t byteCou
 /* Writes the document to a file, whole or not at all: a failure leaves an old file as it was. The
  * file has the encoding that was read, and but for the values that were set it is the same text,
  * unknown elements, comments and blanks included. The file that was opened or saved last is not
- * overwritten when another program has changed it since. KPX_C_NOT_WRITTEN; KPX_C_CHANGED (since
- * version 2); KPX_C_REFUSED: the document has no root yet, or values have become too long for it.
+ * overwritten when another program has changed it since. KPX_C_NOT_WRITTEN, with line and column
+ * also for a character that the document's encoding cannot carry; KPX_C_CHANGED (since version 2);
+ * KPX_C_REFUSED: the document has no root yet, or values have become too long for it.
  */
 KPX_C_API int32_t KPX_C_CALL kpx_c_save(kpx_c_document* document, const kpx_c_unit* path,
                                         int32_t pathLength);

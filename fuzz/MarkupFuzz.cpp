@@ -7,6 +7,7 @@
 #include "fuzz/Check.h"
 #include "kpx/xml/CMarkup.h"
 #include "kpx/xml/internal/ElementParser.h"
+#include "kpx/xml/internal/PieceCheck.h"
 #include "kpx/xml/internal/TagScan.h"
 #include "kpx/xml/MarkupCheck.h"
 #include "kpx/xml/MarkupValidator.h"
@@ -19,10 +20,29 @@ namespace {
 
 const char16_t* const names[] = {u"",    u"a",    u"b",  u"A",    u"ä",
                                  u"a b", u"a[1]", u"<b", u"long", u"nameOfMoreThanSixteenUnits"};
-const char16_t* const texts[] = {u"",       u"x",        u" \r\n",       u"<&>\"'",
-                                 u"]]>",    u"--",       u"a-",          u"&amp;",
-                                 u"&#1;",   u"?>",       u"<b/>",        u"<b>x<a c='d'/></b>",
-                                 u"<a><b>", u"<a/><a/>", u"<!--x--><b/>"};
+const char16_t* const texts[] = {u"",
+                                 u"x",
+                                 u" \r\n",
+                                 u"<&>\"'",
+                                 u"]]>",
+                                 u"--",
+                                 u"a-",
+                                 u"&amp;",
+                                 u"&#1;",
+                                 u"?>",
+                                 u"<b/>",
+                                 u"<b>x<a c='d'/></b>",
+                                 u"<a><b>",
+                                 u"<a/><a/>",
+                                 u"<!--x--><b/>",
+                                 u"]]",
+                                 u">",
+                                 u"&e;",
+                                 u"<a b=1/>",
+                                 u"xml version='1.0'",
+                                 u"xml version='1.1'",
+                                 u"<!DOCTYPE a>",
+                                 u"<!DOCTYPE a [<!ENTITY e 'x'>]>"};
 
 // The bytes that are left; zeros behind the end.
 class Operations {
@@ -47,6 +67,19 @@ void checkValid(const CMarkup& document) {
   std::abort();
 }
 
+// Whether other programs take the document, but for the number of its roots and for odd characters.
+bool isRight(const CString& text, int docFlags) {
+  bool right = true;
+  CMarkup parsed(docFlags);
+  parsed.SetParseResult(false);
+  parsed.SetProblemSink([&](const MarkupProblem& problem) {
+    right = right && (problem.kind == MarkupProblemKind::rootHasSibling ||
+                      problem.kind == MarkupProblemKind::noRootElement);
+  });
+  parsed.SetDoc(text);
+  return right && detail::isRightDocument(text);
+}
+
 // Every fast scan makes the records that the plain road makes.
 void checkScans(const CString& text, int docFlags) {
   struct Parsed {
@@ -56,7 +89,7 @@ void checkScans(const CString& text, int docFlags) {
   const auto parse = [&](const detail::TagScan& scan) {
     Parsed parsed;
     const MarkupProblemSink noSink;
-    detail::ParseReport report(text, parsed.result, noSink);
+    detail::ParseReport report(text, &parsed.result, noSink);
     parsed.index.reset();
     const detail::TagScan& before = detail::activeTagScan();
     detail::setActiveTagScan(scan);
@@ -205,7 +238,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
       read(document);
     } else {
       const CString before = document.GetDoc();
-      if (!change(document, operations)) FUZZ_CHECK(document.GetDoc() == before);
+      if (change(document, operations)) {
+        FUZZ_CHECK(isRight(document.GetDoc(), docFlags) || !isRight(before, docFlags));
+      } else {
+        FUZZ_CHECK(document.GetDoc() == before);
+      }
     }
     checkValid(document);
   }

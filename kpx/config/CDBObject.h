@@ -22,8 +22,9 @@ class KPX_API CDBObject {
   virtual CString GetElementName() const = 0;
   /// Writes the object as one element behind the current (main) element of the document, or as
   /// the last one at this level if there is none; it becomes the current element. Answers 1;
-  /// 0 without a document, when the document refuses the element, or after a failure; the
-  /// document then stays as it was. A part that fails reports its number before the object does.
+  /// 0 without a document, and 0 with a report under the operation's number when the object has no
+  /// name for an element, when the document refuses it, or after a failure; the document then stays
+  /// as it was. A part that fails reports its number before the object does.
   virtual int serializeXML(CMarkup* document) const = 0;
   /// Reads the object from the current child element of the document. Attributes that are absent
   /// leave their fields as they are. Answers 1 when it read; 0, changing nothing, without a

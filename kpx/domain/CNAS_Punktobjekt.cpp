@@ -13,7 +13,7 @@
 #include "kpx/report/Error.h"
 #include "kpx/report/Exceptions.h"
 #include "kpx/xml/CMarkup.h"
-#include "kpx/xml/internal/Escape.h"
+#include "kpx/xml/WrittenMarkup.h"
 
 namespace kpx {
 namespace {
@@ -103,24 +103,23 @@ void writeTexts(detail::ElementWriter& writer, const TextAttribute<Owner> (&attr
 }
 
 void writeDataElements(std::u16string& out, std::u16string_view name,
-                       const std::vector<CString>& texts) {
+                       const std::vector<CString>& texts, std::u16string_view lineBreak) {
   for (const CString& text : texts) {
     out += u'<';
     out += name;
     if (text.IsEmpty()) {
-      out += u"/>\r\n";
+      out.append(u"/>").append(lineBreak);
       continue;
     }
     out += u'>';
-    detail::escapeInto(out, text, 0);
-    out += u"</";
-    out += name;
-    out += u">\r\n";
+    WrittenMarkup::appendData(out, text);
+    out.append(u"</").append(name).append(u">").append(lineBreak);
   }
 }
 
-void writeReferences(std::u16string& out, const std::vector<NasExternalReference>& references) {
-  detail::ElementWriter writer(out);
+void writeReferences(std::u16string& out, const std::vector<NasExternalReference>& references,
+                     std::u16string_view lineBreak) {
+  detail::ElementWriter writer(out, lineBreak);
   for (const NasExternalReference& reference : references) {
     out += u'<';
     out += referenceName;
@@ -200,7 +199,8 @@ int CNAS_Punktobjekt::serializeXML(CMarkup* document) const {
     // document's text for each of them.
     std::u16string text;
     text.reserve(1024);
-    detail::ElementWriter writer(text);
+    const std::u16string_view lineBreak = WrittenMarkup::lineBreakOf(*document);
+    detail::ElementWriter writer(text, lineBreak);
     text += u'<';
     text += className;
     if (LockState > 0) writer.attribute(u" Lock=\"", LockState);
@@ -212,17 +212,14 @@ int CNAS_Punktobjekt::serializeXML(CMarkup* document) const {
       text += u"/>";
     } else {
       writer.open();
-      writeDataElements(text, propertyName, sonstigeEigenschaften_.texts());
-      writeDataElements(text, protectionPointName, Sicherungspunkte);
-      writeReferences(text, ZeigtAufExternes);
+      writeDataElements(text, propertyName, sonstigeEigenschaften_.texts(), lineBreak);
+      writeDataElements(text, protectionPointName, Sicherungspunkte, lineBreak);
+      writeReferences(text, ZeigtAufExternes, lineBreak);
       text += u"</";
       text += className;
       text += u'>';
     }
-    const GuardWatch watch;
-    if (document->AddChildSubDoc(std::u16string_view(text))) return 1;
-    watch.passOn();
-    return 0;
+    return WrittenMarkup::addChild(*document, text) ? 1 : 0;
   });
 }
 

@@ -31,8 +31,9 @@ class KPX_API CodePageEncoder {
 
   /// False when the system does not know the code page; nothing is encoded then.
   bool usable() const noexcept { return handle_ != nullptr; }
-  /// Appends the text up to the first character that the encoding cannot hold, or that the text
-  /// holds only half of, and answers how many units those were.
+  /// Appends the text up to the first character that the encoding cannot hold, that would be read
+  /// back as another one, or that the text holds only half of, and answers how many units those
+  /// were.
   std::size_t encode(std::u16string_view text, std::string& bytes);
   /// Appends what brings the encoding back to its initial state; the last call.
   void finish(std::string& bytes);

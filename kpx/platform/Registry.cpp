@@ -77,6 +77,11 @@ CString RegistryResult::message() const {
   return CString::fromUtf8("the system reports error " + std::to_string(systemCode));
 }
 
+const CString& RegistryPath::ofRoot() noexcept {
+  static const CString empty;
+  return empty;
+}
+
 RegistryValue RegistryValue::ofText(std::u16string_view text) {
   RegistryValue value{RegistryType::string, {}};
   value.bytes.reserve(text.size() * 2);

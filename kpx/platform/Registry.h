@@ -7,6 +7,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "kpx/platform/RegistryHandles.h"
@@ -101,6 +102,26 @@ class KPX_API RegistryKey {
   virtual RegistryResult keyNames(std::vector<CString>& names) = 0;
 };
 
+/// The path of a key, shared by the steps that change the same one: a path may be long, and a
+/// change may have many steps.
+class KPX_API RegistryPath {
+ public:
+  /// The root itself.
+  RegistryPath() noexcept = default;
+  RegistryPath(CString path) : path_(std::make_shared<const CString>(std::move(path))) {}
+  RegistryPath(const char16_t* path) : RegistryPath(CString(path)) {}
+
+  operator const CString&() const noexcept { return path_ ? *path_ : ofRoot(); }
+  operator std::u16string_view() const noexcept {
+    return path_ ? path_->view() : std::u16string_view();
+  }
+
+ private:
+  static const CString& ofRoot() noexcept;
+
+  std::shared_ptr<const CString> path_;
+};
+
 /// One step of a change to several keys.
 struct RegistryChange {
   enum class Kind : std::uint8_t {
@@ -110,7 +131,7 @@ struct RegistryChange {
     removeValue,  // no failure if it does not exist
   };
   Kind kind = Kind::createKey;
-  CString key;
+  RegistryPath key;
   CString name;         // write, removeValue
   RegistryValue value;  // write
 };

@@ -61,9 +61,10 @@ void goTo(CMarkup& document, int number) {
 EditOutcome changeAt(CMarkup& document, const CString& key, EditResult& result) {
   goTo(document, result.number);
   detail::visitColumns(document, [&](bool hasValue) {
-    return !(hasValue && document.GetAttrib(u"Name") == key && document.HasChildAttrib(u"Value"));
+    return !(hasValue && detail::valueOf(document.ReadAttribs(), u"Name") == key &&
+             document.HasChildAttrib(u"Value"));
   });
-  result.oldValue = document.GetChildAttrib(u"Value");
+  result.oldValue = detail::valueOf(document.ReadChildAttribs(), u"Value");
   if (result.oldValue == result.newValue) return EditOutcome::unchanged;
   return document.SetChildAttrib(u"Value", result.newValue) ? EditOutcome::changed
                                                             : EditOutcome::refused;
@@ -75,7 +76,7 @@ EditOutcome giveValue(CMarkup& document, const CString& key, const EditResult& r
   bool hasElement = false;
   detail::visitColumns(document, [&](bool hasValue) {
     hasElement = hasValue;
-    return !(document.GetAttrib(u"Name") == key &&
+    return !(detail::valueOf(document.ReadAttribs(), u"Name") == key &&
              !(hasValue && document.HasChildAttrib(u"Value")));
   });
   if (hasElement) {
@@ -104,33 +105,10 @@ EditOutcome addColumn(CMarkup& document, const SettingsClass& settingsClass, con
   return column.serializeXML(&document) == 1 ? EditOutcome::added : EditOutcome::refused;
 }
 
-/// Gives what was added the line ends of the file, which the elements are not written with.
-/// Requires the text from before; behind ">" there is no value.
-void takeOverLineEnds(CMarkup& document, const CString& before) {
-  if (detail::isWrittenWithItsLineEnds(before)) return;
-  const std::u16string_view old = before.view();
-  const std::u16string_view all = document.GetDoc().view();
-  const auto same = std::ranges::mismatch(old, all);
-  const auto begin = static_cast<std::size_t>(same.in2 - all.begin());
-  const std::size_t end = begin + (all.size() - old.size());
-  CString added(all.substr(begin, end - begin));
-  // What was added may begin like what stands behind it, so the piece may be cut anywhere.
-  if (begin > 0 && all[begin - 1] == u'>' && added.StartsWith(u"\r\n")) added.Delete(0);
-  added.Replace(u">\r\n", u">\n");
-  CString text(all.substr(0, begin));
-  text += added;
-  text += all.substr(end);
-  document.SetDoc(std::move(text));
-}
-
 EditOutcome addTo(CMarkup& document, const Candidates& found, const CString& key,
                   const EditResult& result) {
-  const CString before = document.GetDoc();
-  const EditOutcome outcome = found.emptyColumns > 0
-                                  ? giveValue(document, key, result)
-                                  : addColumn(document, *found.settingsClass, key, result);
-  if (outcome == EditOutcome::added) takeOverLineEnds(document, before);
-  return outcome;
+  return found.emptyColumns > 0 ? giveValue(document, key, result)
+                                : addColumn(document, *found.settingsClass, key, result);
 }
 
 EditOutcome outcomeBefore(const Candidates& found, MissingKey missingKey) {
@@ -150,13 +128,6 @@ EditOutcome outcomeBefore(const Candidates& found, MissingKey missingKey) {
 
 bool addConfiguration(CMarkup& document, const CFGConfig& config) {
   const GuardWatch watch;
-  CMarkup alone;
-  const bool isWritten = config.serializeXML(&alone) == 1;
-  watch.passOn();
-  if (!isWritten) return false;
-  CString before;
-  const bool hasOtherLineEnds = !detail::isWrittenWithItsLineEnds(document.GetDoc());
-  if (hasOtherLineEnds) before = document.GetDoc();
   document.ResetPos();
   bool added = true;
   if (document.FindElem()) {
@@ -164,8 +135,7 @@ bool addConfiguration(CMarkup& document, const CFGConfig& config) {
     document.ResetChildPos();
     document.IntoElem();
   }
-  added = added && document.AddSubDoc(alone.GetDoc());
-  if (added && hasOtherLineEnds) takeOverLineEnds(document, before);
+  added = added && config.serializeXML(&document) == 1;
   document.ResetPos();
   if (!added) watch.passOn();
   return added;

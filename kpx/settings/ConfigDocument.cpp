@@ -8,6 +8,7 @@
 #include "kpx/report/Error.h"
 #include "kpx/text/NumberText.h"
 #include "kpx/xml/StoredMarkup.h"
+#include "kpx/xml/WrittenMarkup.h"
 
 namespace kpx {
 namespace {
@@ -17,8 +18,10 @@ constexpr int maxValueLength = 2'000'000;
 
 bool fitsIntoTag(const CString& value) {
   constexpr int longestReference = 6;
-  return value.GetLength() <= maxValueLength / longestReference ||
-         CMarkup::EscapeText(value, MarkupFlag::attributeValue).GetLength() <= maxValueLength;
+  if (value.GetLength() <= maxValueLength / longestReference) return true;
+  CString escaped;
+  WrittenMarkup::appendValue(escaped.units(), value);
+  return escaped.GetLength() <= maxValueLength;
 }
 
 bool isInteger(ValueKind kind) noexcept {
@@ -57,7 +60,7 @@ const char* sentenceOf(DocumentOutcome outcome) noexcept {
     case DocumentOutcome::notWritten:
       return "cannot be written";
     case DocumentOutcome::notEncodable:
-      return "has a character that its encoding lacks";
+      return "has characters that its encoding cannot carry";
     case DocumentOutcome::changed:
       return "was changed by another program since it was read";
     case DocumentOutcome::locked:
@@ -113,7 +116,7 @@ DocumentResult ConfigDocument::read(std::string_view bytes) {
   StoredMarkup stored = readMarkup(bytes);
   if (!stored.usable()) {
     if (stored.problems.empty()) throw std::bad_alloc();
-    PlacedProblem& first = stored.problems.front();
+    PlacedProblem& first = stored.problems.first.front();
     return {stored.readable ? DocumentOutcome::illFormed : DocumentOutcome::notText,
             ValueProblem::none, first.line, first.column, std::move(first.sentence)};
   }
@@ -134,6 +137,7 @@ DocumentResult ConfigDocument::read(std::string_view bytes) {
   watch.passOn();
   document_ = std::move(stored.document);
   storage_ = stored.storage;
+  respelled_ = stored.respelled;
   classes_ = std::move(classes);
   held_ = std::move(held);
   origin_ = {};
@@ -145,9 +149,18 @@ DocumentResult ConfigDocument::write(std::string& bytes) {
     return failed(DocumentOutcome::refused, u"it has no root element");
   }
   if (!writeChanges()) return failed(DocumentOutcome::refused);
+  CString encoding = encodingName(storage_.codePage);
+  if (respelled_ > 0) {
+    return failed(DocumentOutcome::notEncodable,
+                  encoding + u" has more ways than one to write them, and they would be changed");
+  }
   EncodedText encoded = encodeMarkupText(document_.GetDoc(), storage_);
-  if (!encoded.usable || encoded.losses > 0) {
-    return failed(DocumentOutcome::notEncodable, encodingName(storage_.codePage));
+  if (!encoded.usable) return failed(DocumentOutcome::notEncodable, std::move(encoding));
+  if (encoded.losses > 0) {
+    const auto [line, column] = placeOfUnit(document_.GetDoc(), encoded.firstLoss);
+    encoding.AppendFormat(u", %zu of them, the first in line %d, column %d", encoded.losses, line,
+                          column);
+    return {DocumentOutcome::notEncodable, ValueProblem::none, line, column, std::move(encoding)};
   }
   bytes = std::move(encoded.bytes);
   return {};

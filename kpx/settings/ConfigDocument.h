@@ -30,7 +30,7 @@ enum class DocumentOutcome : std::uint8_t {
   notText,         // its bytes are no text in their encoding
   illFormed,       // the document is not well formed
   notWritten,      // the file cannot be written; an old one is as it was
-  notEncodable,    // the encoding lacks a character of the document; likewise
+  notEncodable,    // the encoding cannot carry all of the document; likewise
   changed,         // another program has changed the file since it was read; it was not written
   locked,          // another program is changing the file and did not finish in time; likewise
   refused,         // the document does not take it
@@ -170,6 +170,7 @@ class KPX_API ConfigDocument {
   CMarkup document_;
   MarkupEncoding storage_;
   FileOrigin origin_;
+  std::size_t respelled_ = 0;  // bytes that cannot be written back
   Classes classes_;
   std::vector<Held> held_;
 };

@@ -10,25 +10,12 @@
 namespace kpx {
 namespace {
 
-DocumentSetting settingAt(const CMarkup& document, bool hasValue) {
-  DocumentSetting setting;
-  int begin = 0;
-  int end = 0;
-  setting.key = document.GetAttrib(u"Name");
-  if (document.GetOffsets(begin, end)) setting.offset = begin;
-  if (hasValue && document.GetChildAttribOffsets(u"Value", begin, end)) {
-    setting.value = document.GetChildAttrib(u"Value");
-    setting.valueOffset = begin;
-  }
-  return setting;
-}
-
 DocumentConfiguration configurationAt(CMarkup& document) {
   DocumentConfiguration found;
   int begin = 0;
   int end = 0;
-  found.elementName = document.GetTagName();
-  found.name = document.GetAttrib(u"Name");
+  found.elementName = document.ReadTagName();
+  found.name = detail::valueOf(document.ReadAttribs(), u"Name");
   found.settingsClass = findSettingsClassByElement(found.elementName);
   if (document.GetOffsets(begin, end)) {
     found.offset = begin;
@@ -37,7 +24,7 @@ DocumentConfiguration configurationAt(CMarkup& document) {
   document.ResetChildPos();
   found.hasClass = document.FindChildElem(u"CFGClass");
   detail::visitColumns(document, [&](bool hasValue) {
-    found.settings.push_back(settingAt(document, hasValue));
+    found.settings.push_back(detail::settingAt(document, hasValue));
     return true;
   });
   return found;

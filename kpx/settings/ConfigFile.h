@@ -9,6 +9,7 @@
 #include "kpx/report/Export.h"
 #include "kpx/settings/Catalogue.h"
 #include "kpx/settings/ValueCheck.h"
+#include "kpx/support/Problems.h"
 #include "kpx/text/CString.h"
 #include "kpx/xml/CMarkup.h"
 
@@ -123,12 +124,18 @@ struct ConfigFinding {
   CString detail = {};  // of a value what programs read; else what the finding is about
 };
 
+/// Which findings are told, and how many of them are kept.
+struct ValidationOptions {
+  ConfigurationChoice choice = {};
+  std::size_t limit = usualProblemLimit;
+  bool (*isMeant)(FindingKind) = nullptr;  // nullptr: all kinds are
+};
+
 /// What in a document's configurations is not as the suite writes it, in the order of the document.
 /// Attributes that are absent are none: reading keeps what a new object has. Of an unknown class
-/// nothing more is said. Looks no further at the configuration after which there are `enough`
-/// findings.
-KPX_API std::vector<ConfigFinding> validateConfigurations(CMarkup& document,
-                                                          std::size_t enough = 100'000);
+/// nothing more is said.
+KPX_API Problems<ConfigFinding> validateConfigurations(CMarkup& document,
+                                                       const ValidationOptions& options = {});
 
 /// A finding as a sentence without its subject, which is the class and the key: "has a value that
 /// is not a whole number: "4.5" is read as 4". Texts of the document stand in it as they are.

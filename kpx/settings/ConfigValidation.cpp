@@ -3,9 +3,12 @@
 #include <set>
 #include <span>
 #include <string_view>
+#include <utility>
 
 #include "kpx/settings/ConfigFile.h"
 #include "kpx/settings/ConfigParts.h"
+#include "kpx/settings/internal/ConfigPartsWalk.h"
+#include "kpx/settings/internal/ConfigWalk.h"
 #include "kpx/settings/internal/DefaultColumns.h"
 #include "kpx/text/NumberText.h"
 
@@ -29,45 +32,81 @@ bool isMissing(const ConfigElement& element, std::u16string_view name) {
   return !attributes.find(name);
 }
 
+/// Collects the findings that are meant.
+struct Findings {
+  ProblemCollector<ConfigFinding> collector;
+  bool (*isMeant)(FindingKind);
+};
+
+/// Looks at the configuration that is the document's main element.
 class Validator {
  public:
-  Validator(const DocumentConfiguration& configuration, const ConfigParts& parts,
-            detail::DefaultColumns& defaults, std::vector<ConfigFinding>& findings)
-      : configuration_(configuration),
-        parts_(parts),
-        class_(configuration.settingsClass),
-        className_(class_ ? CString(class_->name) : configuration.elementName),
+  Validator(CMarkup& document, detail::DefaultColumns& defaults, Findings& findings)
+      : document_(document),
+        elementName_(document.ReadTagName()),
+        class_(findSettingsClassByElement(elementName_)),
+        className_(class_ ? CString(class_->name) : elementName_),
         defaults_(defaults),
-        findings_(findings) {}
+        findings_(findings) {
+    int end = 0;
+    document_.GetOffsets(offset_, end);
+  }
 
   void run() {
     if (!class_) {
-      add(FindingKind::unknownClass, {}, {}, configuration_.offset);
+      add(FindingKind::unknownClass, {}, {}, offset_);
       return;
     }
+    document_.ResetChildPos();
+    hasClass_ = document_.FindChildElem(u"CFGClass");
     checkSettings();
-    checkMarkup();
+    detail::ConfigPartsWalk(document_, *this).run();
+  }
+
+  // --- markup: the parts one by one -----------------------------------------------------------
+
+  void configuration(const ConfigElement& element) {
+    checkAttributes(element, configurationAttributes, {});
+  }
+  void keyedClass(const ConfigElement& element) {
+    checkAttributes(element, keyedClassAttributes, {});
+    checkName(element);
+  }
+  void column(const ConfigColumnParts& column) {
+    CString key;
+    AttributeReader attributes = column.column.attributes;
+    attributes.read(u"Name", key);
+    checkAttributes(column.column, columnAttributes, key);
+    checkType(column.column, key);
+    if (column.value) checkAttributes(*column.value, valueAttributes, key);
+  }
+  template <class Name>
+  void foreign(int offset, Name name) {
+    if (!hasClass_) return;  // what stands in its place is told with it
+    add(FindingKind::foreignMarkup, {}, {}, offset, ValueProblem::none, name());
   }
 
  private:
   // --- settings -----------------------------------------------------------------------------
 
   void checkSettings() {
-    if (!parts_.keyedClass) {
-      add(FindingKind::missingClass, {}, {}, configuration_.offset);
+    if (!hasClass_) {
+      add(FindingKind::missingClass, {}, {}, offset_);
       return;
     }
-    std::set<std::u16string_view> keys;
-    for (const DocumentSetting& setting : configuration_.settings) {
+    std::set<CString> keys;
+    detail::visitColumns(document_, [&](bool hasValue) {
+      const DocumentSetting setting = detail::settingAt(document_, hasValue);
       if (!keys.insert(setting.key).second) {
         add(FindingKind::duplicateKey, setting.key, setting.value, setting.offset);
       }
       checkSetting(setting);
-    }
+      return true;
+    });
     const CFGConfig* const object = defaults_.objectOf(*class_);
     if (!object) return;
     for (const auto& [key, column] : object->Class.Cols) {
-      if (!keys.contains(key)) add(FindingKind::missingKey, key, {}, configuration_.offset);
+      if (!keys.contains(key)) add(FindingKind::missingKey, key, {}, offset_);
     }
   }
 
@@ -106,28 +145,6 @@ class Validator {
     return column && column->Value.Value == setting.value;
   }
 
-  // --- markup -------------------------------------------------------------------------------
-
-  void checkMarkup() {
-    checkAttributes(parts_.element, configurationAttributes, {});
-    if (parts_.keyedClass) {
-      checkAttributes(*parts_.keyedClass, keyedClassAttributes, {});
-      checkName(*parts_.keyedClass);
-    }
-    for (const ConfigColumnParts& each : parts_.columns) {
-      CString key;
-      AttributeReader attributes = each.column.attributes;
-      attributes.read(u"Name", key);
-      checkAttributes(each.column, columnAttributes, key);
-      checkType(each.column, key);
-      if (each.value) checkAttributes(*each.value, valueAttributes, key);
-    }
-    if (!parts_.keyedClass) return;  // what stands in its place is told with it
-    for (const ForeignMarkup& each : parts_.foreign) {
-      add(FindingKind::foreignMarkup, {}, {}, each.offset, ValueProblem::none, each.what);
-    }
-  }
-
   /// Reading takes the name over, and saving makes the element's name from it.
   void checkName(const ConfigElement& element) {
     if (isMissing(element, u"Name")) return;
@@ -135,7 +152,7 @@ class Validator {
     AttributeReader attributes = element.attributes;
     attributes.read(u"Name", saved.Class.Name);
     const CString renamed = saved.GetElementName();
-    if (renamed == configuration_.elementName) return;
+    if (renamed == elementName_) return;
     add(FindingKind::renamingClass, {}, saved.Class.Name, element.offset, ValueProblem::none,
         renamed);
   }
@@ -185,29 +202,38 @@ class Validator {
 
   void add(FindingKind kind, const CString& key, const CString& value, int offset,
            ValueProblem problem = ValueProblem::none, const CString& detail = {}) {
-    findings_.push_back({kind, className_, key, value, offset, problem, detail});
+    if (findings_.isMeant && !findings_.isMeant(kind)) return;
+    findings_.collector.add(static_cast<std::size_t>(offset), 0, [&] {
+      return ConfigFinding{kind, className_, key, value, offset, problem, detail};
+    });
   }
 
-  const DocumentConfiguration& configuration_;
-  const ConfigParts& parts_;
+  CMarkup& document_;
+  CString elementName_;
   const SettingsClass* class_;
   CString className_;
+  int offset_ = 0;
+  bool hasClass_ = false;
   detail::DefaultColumns& defaults_;
-  std::vector<ConfigFinding>& findings_;
+  Findings& findings_;
 };
 
 }  // namespace
 
-std::vector<ConfigFinding> validateConfigurations(CMarkup& document, std::size_t enough) {
-  std::vector<ConfigFinding> findings;
+Problems<ConfigFinding> validateConfigurations(CMarkup& document,
+                                               const ValidationOptions& options) {
+  Findings findings{ProblemCollector<ConfigFinding>(options.limit), options.isMeant};
   detail::DefaultColumns defaults;
-  const std::vector<DocumentConfiguration> configurations = findConfigurations(document);
-  const std::vector<ConfigParts> parts = configPartsOf(document);
-  for (std::size_t i = 0; i < configurations.size() && findings.size() < enough; ++i) {
-    Validator(configurations[i], parts[i], defaults, findings).run();
-  }
-  std::ranges::stable_sort(findings, {}, &ConfigFinding::offset);
-  return findings;
+  DocumentConfiguration each;
+  detail::visitConfigurations(document, [&] {
+    ++each.number;
+    each.elementName = document.ReadTagName();
+    each.settingsClass = findSettingsClassByElement(each.elementName);
+    if (options.choice.includes(each)) Validator(document, defaults, findings).run();
+    return true;
+  });
+  document.ResetPos();
+  return std::move(findings.collector).finish();
 }
 
 }  // namespace kpx

@@ -7,6 +7,7 @@
 #include "kpx/settings/ConfigFile.h"
 #include "kpx/settings/internal/ConfigWalk.h"
 #include "kpx/settings/internal/DefaultColumns.h"
+#include "kpx/xml/WrittenMarkup.h"
 
 // Many values at once: the places of all are looked for in one walk, and the text is put together
 // anew in one pass. Changing the document value by value would move its end each time.
@@ -28,37 +29,37 @@ struct Wanted {
 };
 
 /// The markup of columns, with which a line that ends behind another column goes on.
-CString markupOf(const std::vector<CFGCol>& columns, bool hasUsualLineEnds) {
+CString markupOf(const std::vector<CFGCol>& columns, std::u16string_view lineBreak) {
   CMarkup scratch;
+  scratch.SetDoc(CString(lineBreak));
   scratch.AddElem(u"columns");
   scratch.IntoElem();
   for (const CFGCol& column : columns) {
     if (column.serializeXML(&scratch) != 1) return {};
   }
   scratch.OutOfElem();
-  CString markup = scratch.GetElemContent().TrimRight();
-  // Behind ">" there is no value.
-  if (!hasUsualLineEnds) markup.Replace(u">\r\n", u">\n");
-  return hasUsualLineEnds ? markup : markup.Mid(1);
+  int begin = 0;
+  int end = 0;
+  scratch.GetContentOffsets(begin, end);
+  return scratch.GetDoc().Mid(begin, end - begin).TrimRight();
 }
 
 /// Collects what has to be replaced in a document, in its order.
 class Collector {
  public:
   explicit Collector(CMarkup& document)
-      : document_(document),
-        hasUsualLineEnds_(detail::isWrittenWithItsLineEnds(document.GetDoc())) {}
+      : document_(document), lineBreak_(WrittenMarkup::lineBreakOf(document)) {}
 
   /// Requires the configuration as the document's main element.
   void collect(const ConfigurationValues& values) {
     KeyedCollection<Wanted> wanted;
     for (const KeyAndValue& each : values.values) wanted.at(each.key).value = &each.value;
-    const CString elementName = document_.GetTagName();
+    const CString elementName = document_.ReadTagName();
     int columnsEnd = 0;
     detail::visitColumns(document_, [&](bool hasValue) {
       int begin = 0;
       document_.GetOffsets(begin, columnsEnd);
-      Wanted* const found = wanted.find(document_.GetAttrib(u"Name"));
+      Wanted* const found = wanted.find(detail::valueOf(document_.ReadAttribs(), u"Name"));
       if (found && !found->isPlaced) place(*found, hasValue);
       return true;
     });
@@ -96,9 +97,9 @@ class Collector {
     int end = 0;
     if (!hasValue || !document_.GetChildAttribOffsets(u"Value", begin, end)) return;
     wanted.isPlaced = true;
-    if (document_.GetChildAttrib(u"Value") == *wanted.value) return;
-    replacements_.push_back(
-        {begin, end, CMarkup::EscapeText(*wanted.value, MarkupFlag::attributeValue)});
+    if (detail::valueOf(document_.ReadChildAttribs(), u"Value") == *wanted.value) return;
+    Replacement& replacement = replacements_.emplace_back(Replacement{begin, end, {}});
+    WrittenMarkup::appendValue(replacement.text.units(), *wanted.value);
   }
 
   void add(const SettingsClass* settingsClass, const KeyedCollection<Wanted>& wanted,
@@ -117,7 +118,7 @@ class Collector {
       }
     }
     if (!added.empty()) {
-      CString markup = markupOf(added, hasUsualLineEnds_);
+      CString markup = markupOf(added, lineBreak_);
       isComplete_ = isComplete_ && !markup.IsEmpty();
       replacements_.push_back({columnsEnd, columnsEnd, std::move(markup)});
     }
@@ -125,7 +126,7 @@ class Collector {
   }
 
   CMarkup& document_;
-  const bool hasUsualLineEnds_;
+  const std::u16string_view lineBreak_;
   bool isComplete_ = true;
   detail::DefaultColumns defaultColumns_;
   std::vector<Replacement> replacements_;

@@ -1,12 +1,14 @@
 #include "kpx/support/IniCheck.h"
 
 #include <algorithm>
+#include <climits>
 #include <map>
 #include <optional>
 #include <utility>
 
 #include "kpx/support/internal/IniLine.h"
 #include "kpx/support/internal/IniText.h"
+#include "kpx/text/CaseFold.h"
 #include "kpx/text/internal/Utf8Sequence.h"
 #include "kpx/text/Utf.h"
 
@@ -17,7 +19,14 @@ using detail::IniLine;
 using detail::IniLineKind;
 using detail::IniText;
 
-/// Names that were seen, by their lower case form.
+struct LessNoCase {
+  bool operator()(std::u16string_view a, std::u16string_view b) const noexcept {
+    return compareTextNoCase(a, b) < 0;
+  }
+};
+
+/// Names that were seen, as parts of the text. Trees, because the names of a file may be chosen to
+/// collide in a hash table.
 class SeenNames {
  public:
   struct Earlier {
@@ -25,32 +34,34 @@ class SeenNames {
     bool sameCase;
   };
 
-  void clear() { names_.clear(); }
+  void clear() {
+    spellings_.clear();
+    names_.clear();
+  }
 
   /// Files a name; answers the earlier one that it is equal to.
   std::optional<Earlier> add(std::u16string_view name, int line) {
-    CString folded(name);
-    folded.MakeLower();
-    Spellings& spellings = names_.try_emplace(std::move(folded), Spellings{line, {}}).first->second;
-    const auto [at, isNew] = spellings.lines.try_emplace(CString(name), line);
-    if (!isNew) return Earlier{at->second, true};
-    if (spellings.lines.size() == 1) return std::nullopt;
-    return Earlier{spellings.firstLine, false};
+    const auto [spelling, isNewSpelling] = spellings_.try_emplace(name, line);
+    if (!isNewSpelling) return Earlier{spelling->second, true};
+    const auto [first, isNew] = names_.try_emplace(name, line);
+    if (isNew) return std::nullopt;
+    return Earlier{first->second, false};
   }
 
  private:
-  struct Spellings {
-    int firstLine;
-    std::map<CString, int> lines;
-  };
-  std::map<CString, Spellings> names_;
+  std::map<std::u16string_view, int> spellings_;
+  std::map<std::u16string_view, int, LessNoCase> names_;
 };
 
 class Checker {
- public:
-  explicit Checker(std::string_view bytes) : bytes_(bytes), ini_(detail::decodeIni(bytes)) {}
+  // More of a name tells nobody more, and a file may be nothing but long names.
+  static constexpr std::size_t longestName = 200;
 
-  std::vector<IniProblem> check() {
+ public:
+  Checker(std::string_view bytes, std::size_t limit)
+      : bytes_(bytes), ini_(detail::decodeIni(bytes)), problems_(limit) {}
+
+  Problems<IniProblem> check() {
     if (!ini_.encoding.mark && isUtf16()) report(IniProblemKind::noMark, 0);
     std::u16string_view line;
     for (detail::IniLineReader lines(ini_.text); lines.next(line);) {
@@ -64,7 +75,7 @@ class Checker {
       }
     }
     if (!ini_.halfUnit.empty()) report(IniProblemKind::notInEncoding, offset_);
-    return std::move(problems_);
+    return std::move(problems_).finish();
   }
 
  private:
@@ -75,8 +86,10 @@ class Checker {
 
   void report(IniProblemKind kind, std::size_t offset, std::u16string_view name = {},
               int otherLine = 0) {
-    problems_.push_back(
-        {kind, line_, static_cast<int>(offset - lineStart_) + 1, CString(name), otherLine});
+    const int column = static_cast<int>(offset - lineStart_) + 1;
+    problems_.add(static_cast<std::size_t>(line_), static_cast<std::size_t>(column), [&] {
+      return IniProblem{kind, line_, column, CString(name.substr(0, longestName)), otherLine};
+    });
   }
 
   void checkLine(std::u16string_view line) {
@@ -166,7 +179,7 @@ class Checker {
 
   std::string_view bytes_;
   IniText ini_;
-  std::vector<IniProblem> problems_;
+  ProblemCollector<IniProblem> problems_;
   SeenNames sections_;
   SeenNames keys_;
   bool inSection_ = false;
@@ -179,12 +192,9 @@ class Checker {
 
 }  // namespace
 
-std::vector<IniProblem> checkIni(std::string_view bytes) {
-  std::vector<IniProblem> problems = Checker(bytes).check();
-  std::ranges::stable_sort(problems, {}, [](const IniProblem& problem) {
-    return std::pair(problem.line, problem.column);
-  });
-  return problems;
+Problems<IniProblem> checkIni(std::string_view bytes, std::size_t limit) {
+  if (bytes.size() < static_cast<std::size_t>(INT_MAX)) return Checker(bytes, limit).check();
+  return {1, {{IniProblemKind::tooLarge, 1, 1, {}, 0}}};
 }
 
 CString describe(const IniProblem& problem) {
@@ -228,6 +238,8 @@ CString describe(const IniProblem& problem) {
       return u"this character is in UTF-8, but other parts of the file are not";
     case IniProblemKind::noMark:
       return u"the file is UTF-16 without a byte-order mark";
+    case IniProblemKind::tooLarge:
+      return u"the file is larger than an INI file can be";
   }
   return text;
 }

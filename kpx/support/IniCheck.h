@@ -2,9 +2,9 @@
 
 #include <cstdint>
 #include <string_view>
-#include <vector>
 
 #include "kpx/report/Export.h"
+#include "kpx/support/Problems.h"
 #include "kpx/text/CString.h"
 
 namespace kpx {
@@ -24,6 +24,7 @@ enum class IniProblemKind : std::uint8_t {
   notInEncoding,   // bytes that are no text in the encoding that the mark tells
   mixedEncodings,  // read as Windows-1252, but here stands UTF-8
   noMark,          // UTF-16 without a byte-order mark
+  tooLarge,        // 2^31 bytes or more, which no INI file can have
 };
 
 /// One finding. Lines and columns count from 1, columns in UTF-16 units.
@@ -36,7 +37,8 @@ struct IniProblem {
 };
 
 /// Everything in the bytes of an INI file that readers trip over, in the order of the file.
-KPX_API std::vector<IniProblem> checkIni(std::string_view bytes);
+KPX_API Problems<IniProblem> checkIni(std::string_view bytes,
+                                      std::size_t limit = usualProblemLimit);
 
 /// The finding as an English sentence without its place.
 KPX_API CString describe(const IniProblem& problem);

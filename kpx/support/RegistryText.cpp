@@ -121,12 +121,19 @@ CString registryKeyText(RegistryRoot root, const CString& path) {
   return text += path;
 }
 
+bool checkRegistryText(std::string_view bytes, RegistryTextProblem& problem) {
+  return detail::RegistryTextReader({}, problem).read(bytes);
+}
+
 bool readRegistryText(std::string_view bytes, std::vector<RegistryStep>& steps,
                       RegistryTextProblem& problem) {
-  std::vector<RegistryStep> read;
-  const bool isRight = detail::RegistryTextReader(read, problem).read(bytes);
-  steps = isRight ? std::move(read) : std::vector<RegistryStep>();
-  return isRight;
+  steps.clear();
+  std::size_t count = 0;
+  const auto counted = [&](RegistryStep&&) { ++count; };
+  if (!detail::RegistryTextReader(counted, problem).read(bytes)) return false;
+  steps.reserve(count);
+  const auto kept = [&](RegistryStep&& step) { steps.push_back(std::move(step)); };
+  return detail::RegistryTextReader(kept, problem).read(bytes);
 }
 
 bool writeRegistryText(std::span<const RegistryStep> steps, CString& text) {
@@ -157,19 +164,28 @@ std::string registryTextBytes(const CString& text) {
 }
 
 bool importRegistryText(std::string_view bytes, RegistryTextProblem& problem) {
-  std::vector<RegistryStep> steps;
-  if (!readRegistryText(bytes, steps, problem)) return false;
+  std::size_t machineSteps = 0;
+  std::size_t userSteps = 0;
+  const auto counted = [&](RegistryStep&& step) {
+    ++(step.root == RegistryRoot::localMachine ? machineSteps : userSteps);
+  };
+  if (!detail::RegistryTextReader(counted, problem).read(bytes)) return false;
   problem.changed = false;
-  // The machine's first: if one of the two is refused, it is hardly ever the user's own.
+  // The machine's first: if one of the two is refused, it is hardly ever the user's own. Each root
+  // is read by itself, so that no step is in memory twice.
   for (const RegistryRoot root : {RegistryRoot::localMachine, RegistryRoot::currentUser}) {
+    const std::size_t count = root == RegistryRoot::localMachine ? machineSteps : userSteps;
+    if (count == 0) continue;
     std::vector<RegistryChange> changes;
     std::vector<int> lines;
-    for (RegistryStep& step : steps) {
-      if (step.root != root) continue;
+    changes.reserve(count);
+    lines.reserve(count);
+    const auto kept = [&](RegistryStep&& step) {
+      if (step.root != root) return;
       changes.push_back(std::move(step.change));
       lines.push_back(step.line);
-    }
-    if (changes.empty()) continue;
+    };
+    if (!detail::RegistryTextReader(kept, problem).read(bytes)) return false;
     std::size_t reached = 0;
     const RegistryResult result = registry().change(root, changes, reached);
     if (result || (reached > 0 && !registry().isChangeWhole())) problem.changed = true;

@@ -38,6 +38,9 @@ struct RegistryTextProblem {
   bool changed = false;  // of `importRegistryText`: something was carried out before it, and stays
 };
 
+/// Whether a text is right, by the rules of `readRegistryText`; takes no memory for its steps.
+KPX_API bool checkRegistryText(std::string_view bytes, RegistryTextProblem& problem);
+
 /// Reads the text form: UTF-16 with a byte-order mark, or UTF-8 with or without one. False, and no
 /// steps, when anything in it is wrong. Removing what is not there is no mistake.
 ///

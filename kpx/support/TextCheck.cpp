@@ -77,12 +77,15 @@ bool isTooLong(std::u16string_view text, std::u16string_view german,
 
 using German = std::unordered_map<std::int32_t, std::u16string_view>;
 
-std::vector<TextFinding> check(const TextList& list, const German* german, const TextRoom& room) {
-  std::vector<TextFinding> findings;
+Problems<TextFinding> check(const TextList& list, const German* german, const TextRoom& room,
+                            std::size_t limit) {
+  ProblemCollector<TextFinding> findings(limit);
   std::unordered_set<std::int32_t> seen;
   for (std::size_t i = 0; i < list.entries.size(); ++i) {
     const std::int32_t id = list.entries[i].id;
-    const auto report = [&](TextFindingKind kind) { findings.push_back({kind, i, id}); };
+    const auto report = [&](TextFindingKind kind) {
+      findings.add(i, 0, [&] { return TextFinding{kind, i, id}; });
+    };
     if (!seen.insert(id).second) report(TextFindingKind::repeatedId);
     if (list.entries[i].text.IsEmpty()) {
       report(TextFindingKind::emptyText);
@@ -106,22 +109,24 @@ std::vector<TextFinding> check(const TextList& list, const German* german, const
     }
     if (isTooLong(text, other, room)) report(TextFindingKind::tooLong);
   }
-  return findings;
+  return std::move(findings).finish();
 }
 
 }  // namespace
 
-std::vector<TextFinding> checkTexts(const TextList& list, const TextList& german,
-                                    const TextRoom& room) {
+Problems<TextFinding> checkTexts(const TextList& list, const TextList& german, const TextRoom& room,
+                                 std::size_t limit) {
   German texts;
   texts.reserve(german.entries.size());
   for (const TextEntry& entry : german.entries) {
     if (!entry.text.IsEmpty()) texts[entry.id] = entry.text;
   }
-  return check(list, &texts, room);
+  return check(list, &texts, room, limit);
 }
 
-std::vector<TextFinding> checkTexts(const TextList& list) { return check(list, nullptr, {}); }
+Problems<TextFinding> checkTexts(const TextList& list, std::size_t limit) {
+  return check(list, nullptr, {}, limit);
+}
 
 CString describe(TextFindingKind kind) {
   switch (kind) {

@@ -5,6 +5,7 @@
 
 #include "kpx/report/Export.h"
 #include "kpx/support/LanguageFile.h"
+#include "kpx/support/Problems.h"
 #include "kpx/text/CString.h"
 
 namespace kpx {
@@ -36,11 +37,13 @@ struct TextRoom {
 
 /// Compares a translation with the German list, entry by entry in its order. In the German list,
 /// the last text of an id counts.
-KPX_API std::vector<TextFinding> checkTexts(const TextList& list, const TextList& german,
-                                            const TextRoom& room = {});
+KPX_API Problems<TextFinding> checkTexts(const TextList& list, const TextList& german,
+                                         const TextRoom& room = {},
+                                         std::size_t limit = usualProblemLimit);
 
 /// What a list says about itself alone: ids that stand there twice, and empty texts.
-KPX_API std::vector<TextFinding> checkTexts(const TextList& list);
+KPX_API Problems<TextFinding> checkTexts(const TextList& list,
+                                         std::size_t limit = usualProblemLimit);
 
 /// A short English clause for messages: "takes other values than the German text".
 KPX_API CString describe(TextFindingKind kind);

@@ -86,7 +86,7 @@ std::optional<CString> unescape(std::string_view bytes, CString& message) {
 
 class TableReader {
  public:
-  TableReader(TextList& list, std::vector<TextTableProblem>& problems)
+  TableReader(TextList& list, ProblemCollector<TextTableProblem>& problems)
       : list_(list), problems_(problems) {}
 
   void readLine(std::string_view line) {
@@ -131,10 +131,14 @@ class TableReader {
     return text;
   }
 
-  void report(const CString& message) { problems_.push_back({line_, message}); }
+  void report(const CString& message) {
+    problems_.add(static_cast<std::size_t>(line_), 0, [&] {
+      return TextTableProblem{line_, message};
+    });
+  }
 
   TextList& list_;
-  std::vector<TextTableProblem>& problems_;
+  ProblemCollector<TextTableProblem>& problems_;
   int line_ = 0;
 };
 
@@ -148,9 +152,10 @@ bool needsNumber(std::u16string_view text, std::size_t at) noexcept {
 
 }  // namespace
 
-std::vector<TextTableProblem> readTextTable(std::string_view bytes, TextList& list) {
+Problems<TextTableProblem> readTextTable(std::string_view bytes, TextList& list,
+                                         std::size_t limit) {
   list = TextList();
-  std::vector<TextTableProblem> problems;
+  ProblemCollector<TextTableProblem> problems(limit);
   TableReader reader(list, problems);
   constexpr std::string_view mark = "\xEF\xBB\xBF";
   if (bytes.starts_with(mark)) bytes.remove_prefix(mark.size());
@@ -159,7 +164,7 @@ std::vector<TextTableProblem> readTextTable(std::string_view bytes, TextList& li
     reader.readLine(bytes.substr(0, length));
     bytes.remove_prefix(std::min(length + 1, bytes.size()));
   }
-  return problems;
+  return std::move(problems).finish();
 }
 
 CString escapedText(const CString& text) {

@@ -2,10 +2,10 @@
 
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "kpx/report/Export.h"
 #include "kpx/support/LanguageFile.h"
+#include "kpx/support/Problems.h"
 #include "kpx/text/CString.h"
 
 namespace kpx {
@@ -28,7 +28,8 @@ struct TextTableProblem {
 
 /// Reads a list of texts. What is wrong is told line by line; the other lines are read. A text may
 /// be empty. The time grows with the length of the list alone.
-KPX_API std::vector<TextTableProblem> readTextTable(std::string_view bytes, TextList& list);
+KPX_API Problems<TextTableProblem> readTextTable(std::string_view bytes, TextList& list,
+                                                 std::size_t limit = usualProblemLimit);
 
 /// A list of texts as a file. Reading it gives the same list, whatever the texts hold.
 KPX_API std::string textTableBytes(const TextList& list);

@@ -6,12 +6,14 @@
 #include <string_view>
 #include <vector>
 
+#include "kpx/platform/FileOrigin.h"
 #include "kpx/report/Export.h"
 #include "kpx/text/CString.h"
 #include "kpx/xml/AttributeReader.h"
 #include "kpx/xml/ElemPos.h"
 #include "kpx/xml/internal/AttributeMemory.h"
 #include "kpx/xml/internal/ElementIndex.h"
+#include "kpx/xml/MarkupNumber.h"
 #include "kpx/xml/MarkupProblem.h"
 #include "kpx/xml/MarkupText.h"
 
@@ -47,6 +49,12 @@ inline constexpr int withCData = 16;
 inline constexpr int dataFlags = withReferences | withCData;
 /// Escaping: for an attribute value, quotes too.
 inline constexpr int attributeValue = 0x100;
+/// Saving: write the document although something of it gets lost.
+inline constexpr int allowLoss = 0x200;
+/// Saving: not over what another program has written since the document read or wrote the file.
+inline constexpr int unlessChanged = 0x400;
+/// Internal add: the library has written the markup itself, with right names and references.
+inline constexpr int written = 0x1000;
 /// Internal add: before the current element instead of after it.
 inline constexpr int insertBefore = 0x2000;
 /// Internal add: as a child of the main element instead of at its level.
@@ -77,13 +85,19 @@ inline constexpr int asChild = 0x4000;
 /// added behind, or found as the next child.
 ///
 /// A change touches nothing but what it is about: every other unit of the text stays. Each
-/// element that is added stands on a line of its own, without indentation; behind text it begins
-/// at once, because a line break would become part of that text. Changes near the end cost the
-/// same however long the document is. What was ill-formed counts as such until the next parse,
-/// even when a change has mended it.
+/// element that is added stands on a line of its own, without indentation, with the line breaks
+/// that the document has (CR LF where it has none); where its parent holds text that is not blank,
+/// no line break is added, which would become part of that text. Changes near the end cost the same
+/// however long the document is. What was ill-formed counts as such until the next parse, even when
+/// a change has mended it.
 ///
-/// Reading never throws. Operations that cannot be carried out answer false, 0 or the empty text
-/// and leave the document as it was. Offsets count UTF-16 units from 0.
+/// What `MarkupCheck` would refuse no change brings in: names that are none of XML, "--" in
+/// comments, a second document type, text outside of the root, and so on. Characters in values are
+/// excepted: whatever they are, they are written and read back.
+///
+/// Operations that cannot be carried out answer false, 0 or the empty text and leave the document
+/// as it was; unexpected failures, such as missing memory, are reported under the operation's
+/// number besides. Only constructors and copies throw. Offsets count UTF-16 units from 0.
 class KPX_API CMarkup {
  public:
   // --- documents ----------------------------------------------------------------------------
@@ -103,6 +117,7 @@ class KPX_API CMarkup {
   /// elements that could be made out, and can be walked. A text that is moved in is taken over
   /// without a copy.
   bool SetDoc(const char16_t* text);
+  bool SetDoc(std::nullptr_t) = delete;
   bool SetDoc(const CString& text);
   bool SetDoc(CString&& text);
   const CString& GetDoc() const noexcept { return doc_; }
@@ -119,10 +134,19 @@ class KPX_API CMarkup {
   const CString& GetResult() const noexcept { return result_; }
   /// Called for every problem of the following parses; an empty function ends it.
   void SetProblemSink(MarkupProblemSink sink) { problemSink_ = std::move(sink); }
+  /// Whether the following parses write what they find into the result text, as they do at first.
+  /// That takes a line for each structural error, thus much memory for a hostile document; programs
+  /// that have a problem sink can do without.
+  void SetParseResult(bool isKept) noexcept { keepsResult_ = isKept; }
 
   /// How many line feeds there are from the start through `offset`: lines count from 0.
   static int FindErrorLine(const char16_t* text, int offset);
   static int FindErrorLine(std::u16string_view text, int offset);
+  /// The offset counts UTF-16 units here too.
+  template <class Wide>
+  requires(std::is_same_v<Wide, wchar_t>) static int FindErrorLine(const Wide* text, int offset) {
+    return x_FindErrorLine(text, offset);
+  }
 
   int GetDocFlags() const noexcept { return docFlags_; }
   /// Takes `MarkupFlag::ignoreCase` or 0; holds for the following parses and searches.
@@ -137,15 +161,27 @@ class KPX_API CMarkup {
   /// Reads a file and parses it. The encoding is taken from a byte-order mark, else from the
   /// XML declaration, else it is UTF-8 where the bytes allow it and Windows-1252 where not.
   /// Answers false when the file could not be read (the document is then left as it was) or is
-  /// not well formed; `GetResult` and `GetError` tell which.
+  /// not well formed; `GetResult` and `GetError` tell which. Bytes that are no text are read as
+  /// U+FFFD, zeros are left out; the result counts them, and the document remembers them until it
+  /// gets another text: see `Save`.
   bool Load(const CString& path);
   /// Writes the document whole or not at all: a failure leaves an existing file as it was. The
   /// encoding is the one in the XML declaration, else the one the document was loaded with (which
   /// SetDoc forgets), else UTF-8. A byte-order mark is written where the loaded file had one, and
   /// where the document becomes UTF-16 only now. A document that was loaded and not changed gives
   /// the same bytes again, also where its declaration is wrong. Characters that the encoding does
-  /// not have are written as references; what cannot be written even so is counted in the result.
-  bool Save(const CString& path);
+  /// not have are written as references.
+  ///
+  /// Answers false and writes nothing when something would get lost: bytes that `Load` could not
+  /// keep, or what the encoding cannot hold even so (a lone surrogate but in UTF-16, a unit 0, a
+  /// character that it lacks in a name or comment). The result tells how many there are and where
+  /// the first is: a byte of the loaded file, or a unit of the text. With `MarkupFlag::allowLoss`
+  /// it is written, and the losses are counted.
+  ///
+  /// With `MarkupFlag::unlessChanged` the file that was loaded or saved last is not overwritten,
+  /// and the answer is false, when another program has changed it since, or keeps its lock for ten
+  /// seconds; without it the document overwrites whatever is there.
+  bool Save(const CString& path, int flags = 0);
 
   // --- the position ---------------------------------------------------------------------------
 
@@ -197,8 +233,12 @@ class KPX_API CMarkup {
   /// The attribute at an index from 0, in written order; false past the last.
   bool GetNthAttrib(int index, CString& name, CString& value) const;
   bool GetNthChildAttrib(int index, CString& name, CString& value) const;
+  /// The name as a part of the document's text, valid until it is changed. Takes no memory.
+  std::u16string_view ReadTagName() const noexcept;
+  std::u16string_view ReadChildTagName() const noexcept;
   /// Walks all attributes in one pass; valid until the document is changed. Use it to read more
-  /// than a few attributes of one element.
+  /// than a few attributes of one element, and where missing memory must not look like a missing
+  /// attribute: values read this way throw.
   AttributeReader ReadAttribs() const;
   AttributeReader ReadChildAttribs() const;
   /// The markup of the element or node, tags included, as it stands in the document.
@@ -223,37 +263,109 @@ class KPX_API CMarkup {
 
   // --- changing the main and the child element ---------------------------------------------------
 
-  /// Names must be ones that a parse would read back as one name; others are refused.
+  // Values are texts or numbers: integers whole, `bool` as 1 and 0, reals as `utlDoubleAsText`
+  // writes them, with all digits (allDigits) or so many decimals.
+
+  /// Names must be names of XML; others are refused.
   bool SetTagName(MCD_CSTR name);
   bool SetChildTagName(MCD_CSTR name);
   /// Replaces the content of an element that has no child elements, or the text of a node, which
   /// must remain one node of its kind (text may become blank, or a CDATA section).
   /// Flags: `withReferences`, `withCData`.
   bool SetData(MCD_CSTR data, int flags = 0);
-  bool SetData(int value);
+  template <MarkupInteger Integer>
+  bool SetData(Integer value) {
+    return SetData(detail::IntegerText(value));
+  }
+  template <MarkupReal Real>
+  bool SetData(Real value, int decimals = allDigits) {
+    const detail::RealText text(value, decimals);
+    return !text.isEmpty() && SetData(text);
+  }
   bool SetChildData(MCD_CSTR data, int flags = 0);
+  template <MarkupInteger Integer>
+  bool SetChildData(Integer value) {
+    return SetChildData(detail::IntegerText(value));
+  }
+  template <MarkupReal Real>
+  bool SetChildData(Real value, int decimals = allDigits) {
+    const detail::RealText text(value, decimals);
+    return !text.isEmpty() && SetChildData(text);
+  }
   /// Sets or adds an attribute; a new one goes behind the others, the value of one that is there
   /// keeps its kind of quotes. The value is escaped.
   bool SetAttrib(MCD_CSTR name, MCD_CSTR value);
-  bool SetAttrib(MCD_CSTR name, int value);
+  template <MarkupInteger Integer>
+  bool SetAttrib(MCD_CSTR name, Integer value) {
+    return SetAttrib(name, detail::IntegerText(value));
+  }
+  template <MarkupReal Real>
+  bool SetAttrib(MCD_CSTR name, Real value, int decimals = allDigits) {
+    const detail::RealText text(value, decimals);
+    return !text.isEmpty() && SetAttrib(name, text);
+  }
   bool SetChildAttrib(MCD_CSTR name, MCD_CSTR value);
-  bool SetChildAttrib(MCD_CSTR name, int value);
+  template <MarkupInteger Integer>
+  bool SetChildAttrib(MCD_CSTR name, Integer value) {
+    return SetChildAttrib(name, detail::IntegerText(value));
+  }
+  template <MarkupReal Real>
+  bool SetChildAttrib(MCD_CSTR name, Real value, int decimals = allDigits) {
+    const detail::RealText text(value, decimals);
+    return !text.isEmpty() && SetChildAttrib(name, text);
+  }
   /// Removes the first attribute of this name; false when there is none.
   bool RemoveAttrib(MCD_CSTR name);
   bool RemoveChildAttrib(MCD_CSTR name);
 
   // --- adding and removing elements --------------------------------------------------------------
 
-  /// Adds an element after the main one (with no main element: as the last at this level), or
-  /// inserts it before (as the first); it becomes the main element. Name and data as for
+  /// Adds an element after the main one (with no main element: as the last of all at this level),
+  /// or inserts it before (as the first element); it becomes the main element. Name and data as for
   /// SetTagName and SetData.
   bool AddElem(MCD_CSTR name, MCD_CSTR data = {}, int flags = 0);
+  template <MarkupInteger Integer>
+  bool AddElem(MCD_CSTR name, Integer value) {
+    return AddElem(name, detail::IntegerText(value));
+  }
+  template <MarkupReal Real>
+  bool AddElem(MCD_CSTR name, Real value, int decimals = allDigits) {
+    const detail::RealText text(value, decimals);
+    return !text.isEmpty() && AddElem(name, text);
+  }
   bool InsertElem(MCD_CSTR name, MCD_CSTR data = {}, int flags = 0);
+  template <MarkupInteger Integer>
+  bool InsertElem(MCD_CSTR name, Integer value) {
+    return InsertElem(name, detail::IntegerText(value));
+  }
+  template <MarkupReal Real>
+  bool InsertElem(MCD_CSTR name, Real value, int decimals = allDigits) {
+    const detail::RealText text(value, decimals);
+    return !text.isEmpty() && InsertElem(name, text);
+  }
   /// The same among the children of the main element; the new element becomes the child.
   bool AddChildElem(MCD_CSTR name, MCD_CSTR data = {}, int flags = 0);
+  template <MarkupInteger Integer>
+  bool AddChildElem(MCD_CSTR name, Integer value) {
+    return AddChildElem(name, detail::IntegerText(value));
+  }
+  template <MarkupReal Real>
+  bool AddChildElem(MCD_CSTR name, Real value, int decimals = allDigits) {
+    const detail::RealText text(value, decimals);
+    return !text.isEmpty() && AddChildElem(name, text);
+  }
   bool InsertChildElem(MCD_CSTR name, MCD_CSTR data = {}, int flags = 0);
-  /// Adds the root element of a well-formed piece of markup, placed likewise; a declaration or
-  /// comment around it is left out.
+  template <MarkupInteger Integer>
+  bool InsertChildElem(MCD_CSTR name, Integer value) {
+    return InsertChildElem(name, detail::IntegerText(value));
+  }
+  template <MarkupReal Real>
+  bool InsertChildElem(MCD_CSTR name, Real value, int decimals = allDigits) {
+    const detail::RealText text(value, decimals);
+    return !text.isEmpty() && InsertChildElem(name, text);
+  }
+  /// Adds the root element of a well-formed piece of markup that `MarkupCheck` passes, placed
+  /// likewise; a declaration or comment around it is left out.
   bool AddSubDoc(MCD_CSTR markup);
   bool InsertSubDoc(MCD_CSTR markup);
   bool AddChildSubDoc(MCD_CSTR markup);
@@ -278,7 +390,7 @@ class KPX_API CMarkup {
   bool AddNode(int type, MCD_CSTR text);
   bool InsertNode(int type, MCD_CSTR text);
   /// Removes the current node. The node before it becomes the current one; for an element, see
-  /// RemoveElem.
+  /// RemoveElem. Refused for a document type that declares entities which are used.
   bool RemoveNode();
 
   // --- text for markup, static and without state --------------------------------
@@ -289,6 +401,36 @@ class KPX_API CMarkup {
   static void EncodeCharUTF16(int codePoint, char16_t* out, int& count);
   static int UTF8To16(char16_t* out, const char* in, int inBytes);
   static int UTF16To8(char* out, const char16_t* in, int outBytes);
+  // The same on wide text: where its characters are units; what is only read, everywhere.
+  template <class Wide>
+  requires(std::is_same_v<Wide, wchar_t>&& wideIsUtf16) static int DecodeCharUTF16(
+      const Wide*& position, std::type_identity_t<const Wide*> end) {
+    auto* units = reinterpret_cast<const char16_t*>(position);
+    const int codePoint = DecodeCharUTF16(units, reinterpret_cast<const char16_t*>(end));
+    position = reinterpret_cast<const Wide*>(units);
+    return codePoint;
+  }
+  template <class Wide>
+  requires(std::is_same_v<Wide, wchar_t>&& wideIsUtf16) static void EncodeCharUTF16(int codePoint,
+                                                                                    Wide* out,
+                                                                                    int& count) {
+    EncodeCharUTF16(codePoint, reinterpret_cast<char16_t*>(out), count);
+  }
+  template <class Wide>
+  requires(std::is_same_v<Wide, wchar_t>&& wideIsUtf16) static int UTF8To16(Wide* out,
+                                                                            const char* in,
+                                                                            int inBytes) {
+    return UTF8To16(reinterpret_cast<char16_t*>(out), in, inBytes);
+  }
+  template <class Wide>
+  requires(std::is_same_v<Wide, wchar_t>) static int UTF16To8(char* out, const Wide* in,
+                                                              int outBytes) {
+    if constexpr (wideIsUtf16) {
+      return UTF16To8(out, reinterpret_cast<const char16_t*>(in), outBytes);
+    } else {
+      return x_WideTo8(out, in, outBytes);
+    }
+  }
   static bool DetectUTF8(const char* in, int bytes, int* nonAscii = nullptr,
                          bool* cutShort = nullptr);
   static CString EscapeText(MCD_CSTR text, int flags = 0);
@@ -301,6 +443,7 @@ class KPX_API CMarkup {
  private:
   friend class detail::MarkupEditor;
   friend class MarkupValidator;
+  friend class WrittenMarkup;
 
   // Offsets of a node that is no element.
   struct NodePos {
@@ -320,9 +463,17 @@ class KPX_API CMarkup {
     int codePage = 0;
     bool mark = false;
     CString declared;  // the encoding's name in its XML declaration
+    // Bytes that were not read, and those that this encoding would write otherwise; of each the
+    // offset of the first.
+    std::size_t unread = 0;
+    std::size_t firstUnread = 0;
+    std::size_t respelled = 0;
+    std::size_t firstRespelled = 0;
   };
 
   static CString x_EncodeCDATASection(MCD_CSTR text);
+  static int x_FindErrorLine(const wchar_t* text, int offset);
+  static int x_WideTo8(char* out, const wchar_t* in, int outBytes);
   void x_InitMarkup();
   void x_CopyPlace(const CMarkup& other) noexcept;
   bool x_ParseDoc();
@@ -338,12 +489,13 @@ class KPX_API CMarkup {
   std::u16string_view x_Text(int begin, int end) const noexcept;
   std::u16string_view x_StartTag(int element) const noexcept;
   CString x_ElemData(int element) const;
+  CString x_NodeData() const;
   bool x_NthAttrib(int element, int index, CString& name, CString& value) const;
   bool x_AttribOffsets(int element, std::u16string_view name, int& begin, int& end) const noexcept;
   void x_SetNode(const NodePos& node) noexcept;
 
-  bool x_AddElem(MCD_CSTR name, MCD_CSTR data, int flags);
-  bool x_AddSubDoc(MCD_CSTR markup, int flags);
+  bool x_AddElem(std::u16string_view name, std::u16string_view data, int flags);
+  bool x_AddSubDoc(std::u16string_view markup, int flags);
   bool x_PlaceFor(int flags, detail::EditPlace& place) noexcept;
   bool x_SetAdded(int element, int flags) noexcept;
 
@@ -360,8 +512,11 @@ class KPX_API CMarkup {
   std::map<std::u16string, SavedPos, std::less<>> savedPositions_;
   detail::ElementIndex index_;
   detail::AttributeMemory attributeMemory_;
+  std::u16string_view lineEnd_;  // the first of the document; empty: not looked for yet
   MarkupProblemSink problemSink_;
+  bool keepsResult_ = true;
   LoadedEncoding loaded_;
+  FileOrigin origin_;
 };
 
 }  // namespace kpx

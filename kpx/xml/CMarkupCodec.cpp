@@ -121,6 +121,12 @@ int CMarkup::UTF16To8(char* out, const char16_t* in, int outBytes) {
   return bytes;
 }
 
+int CMarkup::x_WideTo8(char* out, const wchar_t* in, int outBytes) {
+  return Guarded("CMarkup::UTF16To8", 0, [&] {
+    return UTF16To8(out, in != nullptr ? CString(in).GetString() : nullptr, outBytes);
+  });
+}
+
 bool CMarkup::DetectUTF8(const char* in, int bytes, int* nonAscii, bool* cutShort) {
   return Guarded("CMarkup::DetectUTF8", false, [&] {
     if (nonAscii != nullptr) *nonAscii = 0;
@@ -145,33 +151,41 @@ bool CMarkup::DetectUTF8(const char* in, int bytes, int* nonAscii, bool* cutShor
 }
 
 CString CMarkup::EscapeText(MCD_CSTR text, int flags) {
-  CString escaped;
-  escaped.units().reserve(text.size() + text.size() / 10 + 7);
-  detail::escapeInto(escaped.units(), text, flags);
-  return escaped;
+  return Guarded("CMarkup::EscapeText", CString(), [&] {
+    CString escaped;
+    escaped.units().reserve(text.size() + text.size() / 10 + 7);
+    detail::escapeInto(escaped.units(), text, flags);
+    return escaped;
+  });
 }
 
 CString CMarkup::UnescapeText(MCD_CSTR text) {
-  CString plain;
-  plain.units().reserve(text.size());
-  detail::unescapeInto(plain.units(), text);
-  return plain;
+  return Guarded("CMarkup::UnescapeText", CString(), [&] {
+    CString plain;
+    plain.units().reserve(text.size());
+    detail::unescapeInto(plain.units(), text);
+    return plain;
+  });
 }
 
 CString CMarkup::x_EncodeCDATASection(MCD_CSTR text) {
-  CString section;
-  section.units().reserve(text.size() + 12);
-  detail::appendCDataSection(section.units(), text);
-  return section;
+  return Guarded("CMarkup::x_EncodeCDATASection", CString(), [&] {
+    CString section;
+    section.units().reserve(text.size() + 12);
+    detail::appendCDataSection(section.units(), text);
+    return section;
+  });
 }
 
 CString CMarkup::EncodeBase64(const unsigned char* data, int bytes) {
-  const std::size_t count = data != nullptr && bytes > 0 ? static_cast<std::size_t>(bytes) : 0;
-  const std::size_t characters = count + count / 3;
-  CString text;
-  text.units().reserve(characters + 7 + (characters + 3) / 64 * 2);
-  detail::encodeBase64(text.units(), data, count);
-  return text;
+  return Guarded("CMarkup::EncodeBase64", CString(), [&] {
+    const std::size_t count = data != nullptr && bytes > 0 ? static_cast<std::size_t>(bytes) : 0;
+    const std::size_t characters = count + count / 3;
+    CString text;
+    text.units().reserve(characters + 7 + (characters + 3) / 64 * 2);
+    detail::encodeBase64(text.units(), data, count);
+    return text;
+  });
 }
 
 int CMarkup::DecodeBase64(const CString& text, unsigned char* out, int outBytes) {

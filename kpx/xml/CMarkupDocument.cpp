@@ -44,12 +44,14 @@ CMarkup& CMarkup::operator=(const CMarkup& other) {
     CString doc = other.doc_;
     CString result = other.result_;
     LoadedEncoding loaded = other.loaded_;
+    FileOrigin origin = other.origin_;
     auto savedPositions = other.savedPositions_;
     index_ = other.index_;
     doc_ = std::move(doc);
     result_ = std::move(result);
     savedPositions_.swap(savedPositions);
     loaded_ = std::move(loaded);
+    origin_ = std::move(origin);
     x_CopyPlace(other);
   });
   return *this;
@@ -62,6 +64,7 @@ CMarkup& CMarkup::operator=(CMarkup&& other) noexcept {
   savedPositions_ = std::move(other.savedPositions_);
   index_ = std::move(other.index_);
   loaded_ = std::move(other.loaded_);
+  origin_ = std::move(other.origin_);
   x_CopyPlace(other);
   other.doc_.Empty();
   other.result_.Empty();
@@ -74,6 +77,8 @@ void CMarkup::x_InitMarkup() {
   index_ = detail::ElementIndex();
   docFlags_ = 0;
   loaded_ = {};
+  origin_ = {};
+  lineEnd_ = {};
   x_SetPos(0, 0, 0);
 }
 
@@ -86,23 +91,24 @@ void CMarkup::x_CopyPlace(const CMarkup& other) noexcept {
   nodeLength_ = other.nodeLength_;
   nodePreviousElem_ = other.nodePreviousElem_;
   docFlags_ = other.docFlags_;
+  lineEnd_ = other.lineEnd_;
   attributeMemory_.forget();
 }
 
 // --- text
 // -----------------------------------------------------------------------------------------
 
-bool CMarkup::SetDoc(const char16_t* text) { return SetDoc(text ? CString(text) : CString()); }
+bool CMarkup::SetDoc(const char16_t* text) {
+  return Guarded("CMarkup::SetDoc", false, [&] { return SetDoc(CString(text)); });
+}
 
 bool CMarkup::SetDoc(const CString& text) {
-  const auto copyText = [&] {
-    doc_ = text;
-    return true;
-  };
-  if (!Guarded("CMarkup::x_ParseDoc", false, copyText)) return false;
-  result_.Empty();
-  loaded_ = {};
-  return x_ParseDoc();
+  return Guarded("CMarkup::SetDoc", false, [&] {
+    doc_ = text;  // into the memory that is there
+    result_.Empty();
+    loaded_ = {};
+    return x_ParseDoc();
+  });
 }
 
 bool CMarkup::SetDoc(CString&& text) {
@@ -127,10 +133,11 @@ CString CMarkup::TakeDoc() {
 
 bool CMarkup::x_ParseDoc() {
   x_SetPos(0, 0, 0);
+  lineEnd_ = {};
   savedPositions_.clear();
   Guarded("CMarkup::x_ParseDoc", [&] {
     index_.reset();
-    detail::ParseReport report(doc_, result_, problemSink_);
+    detail::ParseReport report(doc_, keepsResult_ ? &result_ : nullptr, problemSink_);
     if (doc_.view().size() > static_cast<std::size_t>(std::numeric_limits<int>::max())) {
       index_[0].setFlag(ElemPos::illFormedFlag);
       report.tooLarge(u"text", 0);
@@ -141,8 +148,8 @@ bool CMarkup::x_ParseDoc() {
     detail::TokenPos token{doc_, docFlags_};
     if (x_ParseElem(0, token) == 0) {
       report.noRootElement();
-    } else if (const int second = index_[index_[0].firstChild].next; second != 0) {
-      report.rootHasSibling(index_[second].start);
+    } else if (const ElemPos& root = index_[index_[0].firstChild]; root.next != 0) {
+      report.rootHasSibling(index_[root.next].start, !root.hasFlag(ElemPos::unendedFlag));
     }
     index_.releaseSpareSegments();
   });
@@ -154,7 +161,7 @@ int CMarkup::x_ParseElem(int parent, detail::TokenPos& token) {
   const int first = index_.usedCount();
   bool complete = false;
   Guarded("CMarkup::x_ParseDoc", [&] {
-    detail::ParseReport report(token.text, result_, problemSink_);
+    detail::ParseReport report(token.text, keepsResult_ ? &result_ : nullptr, problemSink_);
     detail::ElementParser parser(token.text, token.docFlags, index_, report);
     parser.parse(parent, token.end);
     complete = true;
@@ -185,7 +192,9 @@ bool CMarkup::IsWellFormed() const noexcept {
          document.firstChild != 0 && index_[document.firstChild].next == 0;
 }
 
-CString CMarkup::GetError() const { return detail::outcomeSentences(result_); }
+CString CMarkup::GetError() const {
+  return Guarded("CMarkup::GetError", CString(), [&] { return detail::outcomeSentences(result_); });
+}
 
 void CMarkup::x_AddResult(std::u16string_view record) {
   if (result_.view().size() < detail::outcomeLimit) result_ += record;
@@ -199,6 +208,11 @@ int CMarkup::FindErrorLine(std::u16string_view text, int offset) {
   if (offset < 0) return 0;
   const std::u16string_view counted = text.substr(0, static_cast<std::size_t>(offset) + 1);
   return static_cast<int>(std::count(counted.begin(), counted.end(), u'\n'));
+}
+
+int CMarkup::x_FindErrorLine(const wchar_t* text, int offset) {
+  return Guarded("CMarkup::FindErrorLine", 0,
+                 [&] { return FindErrorLine(MCD_CSTR(text).view(), offset); });
 }
 
 int CMarkup::GetDocElemCount() const noexcept {

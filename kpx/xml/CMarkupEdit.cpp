@@ -1,83 +1,69 @@
-#include <charconv>
-
+#include "kpx/report/Error.h"
 #include "kpx/xml/CMarkup.h"
 #include "kpx/xml/internal/MarkupEditor.h"
 
 namespace kpx {
-namespace {
-
-// The decimal text of an integer.
-class IntegerText {
- public:
-  explicit IntegerText(int value) noexcept {
-    char digits[12] = {};
-    const char* const end = std::to_chars(digits, digits + sizeof digits, value).ptr;
-    for (const char* digit = digits; digit != end; ++digit) {
-      units_[length_++] = static_cast<unsigned char>(*digit);
-    }
-  }
-  operator MCD_CSTR() const noexcept { return std::u16string_view(units_, length_); }
-
- private:
-  char16_t units_[12];
-  std::size_t length_ = 0;
-};
-
-}  // namespace
-
 // --- changing ------------------------------------------------------------------------------------
 
 bool CMarkup::SetTagName(MCD_CSTR name) {
-  return mainPos_ != 0 && detail::MarkupEditor(*this).setTagName(mainPos_, name);
+  return Guarded("CMarkup::SetTagName", false, [&] {
+    return mainPos_ != 0 && detail::MarkupEditor(*this).setTagName(mainPos_, name);
+  });
 }
 
 bool CMarkup::SetChildTagName(MCD_CSTR name) {
-  const int child = x_ChildElem();
-  return child != 0 && detail::MarkupEditor(*this).setTagName(child, name);
+  return Guarded("CMarkup::SetChildTagName", false, [&] {
+    const int child = x_ChildElem();
+    return child != 0 && detail::MarkupEditor(*this).setTagName(child, name);
+  });
 }
 
 bool CMarkup::SetData(MCD_CSTR data, int flags) {
-  detail::MarkupEditor editor(*this);
-  if (mainPos_ != 0) return editor.setContent(mainPos_, data, flags);
-  return nodeLength_ != 0 && editor.setNode(data, flags);
+  return Guarded("CMarkup::SetData", false, [&] {
+    detail::MarkupEditor editor(*this);
+    if (mainPos_ != 0) return editor.setContent(mainPos_, data, flags);
+    return nodeLength_ != 0 && editor.setNode(data, flags);
+  });
 }
 
-bool CMarkup::SetData(int value) { return SetData(IntegerText(value)); }
-
 bool CMarkup::SetChildData(MCD_CSTR data, int flags) {
-  const int child = x_ChildElem();
-  return child != 0 && detail::MarkupEditor(*this).setContent(child, data, flags);
+  return Guarded("CMarkup::SetChildData", false, [&] {
+    const int child = x_ChildElem();
+    return child != 0 && detail::MarkupEditor(*this).setContent(child, data, flags);
+  });
 }
 
 bool CMarkup::SetAttrib(MCD_CSTR name, MCD_CSTR value) {
-  return mainPos_ != 0 && detail::MarkupEditor(*this).setAttribute(mainPos_, name, value);
+  return Guarded("CMarkup::SetAttrib", false, [&] {
+    return mainPos_ != 0 && detail::MarkupEditor(*this).setAttribute(mainPos_, name, value);
+  });
 }
-
-bool CMarkup::SetAttrib(MCD_CSTR name, int value) { return SetAttrib(name, IntegerText(value)); }
 
 bool CMarkup::SetChildAttrib(MCD_CSTR name, MCD_CSTR value) {
-  const int child = x_ChildElem();
-  return child != 0 && detail::MarkupEditor(*this).setAttribute(child, name, value);
-}
-
-bool CMarkup::SetChildAttrib(MCD_CSTR name, int value) {
-  return SetChildAttrib(name, IntegerText(value));
+  return Guarded("CMarkup::SetChildAttrib", false, [&] {
+    const int child = x_ChildElem();
+    return child != 0 && detail::MarkupEditor(*this).setAttribute(child, name, value);
+  });
 }
 
 bool CMarkup::RemoveAttrib(MCD_CSTR name) {
-  return mainPos_ != 0 && detail::MarkupEditor(*this).removeAttribute(mainPos_, name);
+  return Guarded("CMarkup::RemoveAttrib", false, [&] {
+    return mainPos_ != 0 && detail::MarkupEditor(*this).removeAttribute(mainPos_, name);
+  });
 }
 
 bool CMarkup::RemoveChildAttrib(MCD_CSTR name) {
-  const int child = x_ChildElem();
-  return child != 0 && detail::MarkupEditor(*this).removeAttribute(child, name);
+  return Guarded("CMarkup::RemoveChildAttrib", false, [&] {
+    const int child = x_ChildElem();
+    return child != 0 && detail::MarkupEditor(*this).removeAttribute(child, name);
+  });
 }
 
 // --- adding --------------------------------------------------------------------------------------
 
 // Where a new element goes, by `asChild` and `insertBefore`; false if there is no parent for it.
 bool CMarkup::x_PlaceFor(int flags, detail::EditPlace& place) noexcept {
-  const detail::MarkupEditor editor(*this);
+  detail::MarkupEditor editor(*this);
   const bool before = (flags & MarkupFlag::insertBefore) != 0;
   const bool asChild = (flags & MarkupFlag::asChild) != 0;
   const int parent = asChild ? x_ChildParent() : parentPos_;
@@ -102,7 +88,7 @@ bool CMarkup::x_SetAdded(int element, int flags) noexcept {
   return true;
 }
 
-bool CMarkup::x_AddElem(MCD_CSTR name, MCD_CSTR data, int flags) {
+bool CMarkup::x_AddElem(std::u16string_view name, std::u16string_view data, int flags) {
   detail::EditPlace place;
   if (!x_PlaceFor(flags, place)) return false;
   const int element = detail::MarkupEditor(*this).addElement(place, name, data, flags);
@@ -111,43 +97,70 @@ bool CMarkup::x_AddElem(MCD_CSTR name, MCD_CSTR data, int flags) {
   return true;
 }
 
-bool CMarkup::x_AddSubDoc(MCD_CSTR markup, int flags) {
+bool CMarkup::x_AddSubDoc(std::u16string_view markup, int flags) {
   detail::EditPlace place;
   if (!x_PlaceFor(flags, place)) return false;
-  return x_SetAdded(detail::MarkupEditor(*this).addMarkup(place, markup), flags);
+  const bool isWritten = (flags & MarkupFlag::written) != 0;
+  return x_SetAdded(detail::MarkupEditor(*this).addMarkup(place, markup, isWritten), flags);
 }
 
 bool CMarkup::AddElem(MCD_CSTR name, MCD_CSTR data, int flags) {
-  return x_AddElem(name, data, flags & MarkupFlag::dataFlags);
-}
-bool CMarkup::InsertElem(MCD_CSTR name, MCD_CSTR data, int flags) {
-  return x_AddElem(name, data, (flags & MarkupFlag::dataFlags) | MarkupFlag::insertBefore);
-}
-bool CMarkup::AddChildElem(MCD_CSTR name, MCD_CSTR data, int flags) {
-  return x_AddElem(name, data, (flags & MarkupFlag::dataFlags) | MarkupFlag::asChild);
-}
-bool CMarkup::InsertChildElem(MCD_CSTR name, MCD_CSTR data, int flags) {
-  return x_AddElem(
-      name, data, (flags & MarkupFlag::dataFlags) | MarkupFlag::asChild | MarkupFlag::insertBefore);
+  return Guarded("CMarkup::AddElem", false,
+                 [&] { return x_AddElem(name, data, (flags & MarkupFlag::dataFlags)); });
 }
 
-bool CMarkup::AddSubDoc(MCD_CSTR markup) { return x_AddSubDoc(markup, 0); }
-bool CMarkup::InsertSubDoc(MCD_CSTR markup) {
-  return x_AddSubDoc(markup, MarkupFlag::insertBefore);
+bool CMarkup::InsertElem(MCD_CSTR name, MCD_CSTR data, int flags) {
+  return Guarded("CMarkup::InsertElem", false, [&] {
+    return x_AddElem(name, data, (flags & MarkupFlag::dataFlags) | MarkupFlag::insertBefore);
+  });
 }
-bool CMarkup::AddChildSubDoc(MCD_CSTR markup) { return x_AddSubDoc(markup, MarkupFlag::asChild); }
+
+bool CMarkup::AddChildElem(MCD_CSTR name, MCD_CSTR data, int flags) {
+  return Guarded("CMarkup::AddChildElem", false, [&] {
+    return x_AddElem(name, data, (flags & MarkupFlag::dataFlags) | MarkupFlag::asChild);
+  });
+}
+
+bool CMarkup::InsertChildElem(MCD_CSTR name, MCD_CSTR data, int flags) {
+  return Guarded("CMarkup::InsertChildElem", false, [&] {
+    return x_AddElem(
+        name, data,
+        (flags & MarkupFlag::dataFlags) | MarkupFlag::asChild | MarkupFlag::insertBefore);
+  });
+}
+
+bool CMarkup::AddSubDoc(MCD_CSTR markup) {
+  return Guarded("CMarkup::AddSubDoc", false, [&] { return x_AddSubDoc(markup, 0); });
+}
+
+bool CMarkup::InsertSubDoc(MCD_CSTR markup) {
+  return Guarded("CMarkup::InsertSubDoc", false,
+                 [&] { return x_AddSubDoc(markup, MarkupFlag::insertBefore); });
+}
+
+bool CMarkup::AddChildSubDoc(MCD_CSTR markup) {
+  return Guarded("CMarkup::AddChildSubDoc", false,
+                 [&] { return x_AddSubDoc(markup, MarkupFlag::asChild); });
+}
+
 bool CMarkup::InsertChildSubDoc(MCD_CSTR markup) {
-  return x_AddSubDoc(markup, MarkupFlag::asChild | MarkupFlag::insertBefore);
+  return Guarded("CMarkup::InsertChildSubDoc", false, [&] {
+    return x_AddSubDoc(markup, MarkupFlag::asChild | MarkupFlag::insertBefore);
+  });
 }
 
 bool CMarkup::AddNode(int type, MCD_CSTR text) {
-  if (type == MarkupNode::element) return AddElem(text);
-  return detail::MarkupEditor(*this).addNode(type, text, false);
+  return Guarded("CMarkup::AddNode", false, [&] {
+    if (type == MarkupNode::element) return x_AddElem(text, {}, 0);
+    return detail::MarkupEditor(*this).addNode(type, text, false);
+  });
 }
 
 bool CMarkup::InsertNode(int type, MCD_CSTR text) {
-  if (type == MarkupNode::element) return InsertElem(text);
-  return detail::MarkupEditor(*this).addNode(type, text, true);
+  return Guarded("CMarkup::InsertNode", false, [&] {
+    if (type == MarkupNode::element) return x_AddElem(text, {}, MarkupFlag::insertBefore);
+    return detail::MarkupEditor(*this).addNode(type, text, true);
+  });
 }
 
 // --- removing ------------------------------------------------------------------------------------
@@ -171,9 +184,8 @@ bool CMarkup::RemoveChildElem() {
 
 bool CMarkup::RemoveNode() {
   if (mainPos_ != 0) return RemoveElem();
-  if (nodeLength_ == 0) return false;
-  detail::MarkupEditor(*this).removeNode();
-  return true;
+  return Guarded("CMarkup::RemoveNode", false,
+                 [&] { return nodeLength_ != 0 && detail::MarkupEditor(*this).removeNode(); });
 }
 
 }  // namespace kpx

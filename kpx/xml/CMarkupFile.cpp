@@ -1,4 +1,6 @@
+#include <algorithm>
 #include <bit>
+#include <string_view>
 #include <utility>
 
 #include "kpx/platform/FileSystem.h"
@@ -11,6 +13,7 @@ namespace kpx {
 
 namespace {
 
+using namespace std::literals;
 using detail::addOutcome;
 
 constexpr bool isUtf16(int codePage) noexcept {
@@ -37,6 +40,11 @@ constexpr std::int64_t asNumber(std::size_t count) noexcept {
   return static_cast<std::int64_t>(count);
 }
 
+void addLoss(CString& result, const CString& encoding, std::size_t count, std::size_t first) {
+  addOutcome(result, {u"conversion_loss", encoding.IsEmpty() ? u""sv : u"encoding"sv, encoding,
+                      u"count", asNumber(count), asNumber(first)});
+}
+
 void addReadOutcomes(CString& result, const DecodedText& decoded) {
   const CString name = encodingName(decoded.codePage);
   const std::int64_t length = decoded.text.GetLength();
@@ -53,13 +61,10 @@ void addReadOutcomes(CString& result, const DecodedText& decoded) {
   if (decoded.nulls != 0) {
     addOutcome(result, {u"nulls_removed", {}, {}, u"count", asNumber(decoded.nulls)});
   }
-  if (decoded.invalid != 0) {
-    addOutcome(result, {u"conversion_loss",
-                        {},
-                        {},
-                        u"count",
-                        asNumber(decoded.invalid),
-                        asNumber(decoded.firstInvalid)});
+  if (decoded.invalid != 0) addLoss(result, {}, decoded.invalid, decoded.firstInvalid);
+  if (decoded.respelled != 0) {
+    addOutcome(result, {u"respelled", u"encoding", name, u"count", asNumber(decoded.respelled),
+                        asNumber(decoded.firstRespelled)});
   }
 }
 
@@ -72,10 +77,7 @@ void addWriteOutcomes(CString& result, const MarkupEncoder& encoder, MarkupEncod
   if (encoding.codePage != CodePage::utf8 && !isUtf16(encoding.codePage)) {
     addOutcome(result, {u"converted_to", u"encoding", name, u"length", length});
   }
-  if (encoder.losses() != 0) {
-    addOutcome(result, {u"conversion_loss", u"encoding", name, u"count", asNumber(encoder.losses()),
-                        asNumber(encoder.firstLoss())});
-  }
+  if (encoder.losses() != 0) addLoss(result, name, encoder.losses(), encoder.firstLoss());
 }
 
 CString refusalSentence(DecodingRefusal refusal) {
@@ -88,7 +90,8 @@ bool CMarkup::Load(const CString& path) {
   return Guarded("CMarkup::Load", false, [&] {
     result_.Empty();
     FileBytes bytes;
-    if (const FileResult read = fileSystem().read(path, bytes); !read) {
+    FileOrigin origin;
+    if (const FileResult read = origin.read(path, bytes); !read) {
       addFileError(result_, u"cannot read", path, read.message(), read.systemCode);
       return false;
     }
@@ -100,14 +103,22 @@ bool CMarkup::Load(const CString& path) {
     // Given back before the parse needs memory.
     bytes = FileBytes();
     addReadOutcomes(result_, decoded);
+    origin_ = std::move(origin);
     doc_ = std::move(decoded.text);
-    loaded_ = {decoded.codePage, decoded.mark, std::move(decoded.declared)};
+    loaded_ = {decoded.codePage,
+               decoded.mark,
+               std::move(decoded.declared),
+               decoded.invalid + decoded.nulls,
+               std::min(decoded.firstInvalid, decoded.firstNull),
+               decoded.respelled,
+               decoded.firstRespelled};
     return x_ParseDoc();
   });
 }
 
-bool CMarkup::Save(const CString& path) {
+bool CMarkup::Save(const CString& path, int flags) {
   return Guarded("CMarkup::Save", false, [&] {
+    const bool allowLoss = (flags & MarkupFlag::allowLoss) != 0;
     result_.Empty();
     const CString declared(declaredEncoding(doc_));
     MarkupEncoding encoding;
@@ -118,19 +129,38 @@ bool CMarkup::Save(const CString& path) {
       encoding = {codePage, isUtf16(codePage) || (codePage == CodePage::utf8 && loaded_.mark)};
     }
 
+    const bool isRespelled = loaded_.respelled != 0 && encoding.codePage == loaded_.codePage;
+    if (!allowLoss && (loaded_.unread != 0 || isRespelled)) {
+      addFileError(result_, u"cannot write", path,
+                   u"not all of the file that was read can be kept");
+      addLoss(result_, {}, loaded_.unread != 0 ? loaded_.unread : loaded_.respelled,
+              loaded_.unread != 0 ? loaded_.firstUnread : loaded_.firstRespelled);
+      return false;
+    }
+
     MarkupEncoder encoder(doc_, encoding);
     if (!encoder.usable()) {
       addFileError(result_, u"cannot write", path,
                    u"the declared encoding '" + declared + u"' is not known");
       return false;
     }
-    const FileResult written = fileSystem().replaceFile(path, [&](OutputFile& file) {
+    const auto writeContent = [&](OutputFile& file) {
       FileResult result;
-      for (std::string piece; result && encoder.next(piece);) result = file.write(piece);
+      for (std::string piece; result && encoder.next(piece);) {
+        // What is refused is read to its end all the same, for the count.
+        if (allowLoss || encoder.losses() == 0) result = file.write(piece);
+      }
+      if (result && !allowLoss && encoder.losses() != 0) result.status = FileStatus::notEncodable;
       return result;
-    });
+    };
+    const bool keepsChanged = (flags & MarkupFlag::unlessChanged) != 0;
+    const FileResult written = origin_.replace(
+        path, writeContent, keepsChanged ? SaveMode::unlessChanged : SaveMode::overwrite);
     if (!written) {
       addFileError(result_, u"cannot write", path, written.message(), written.systemCode);
+      if (encoder.losses() != 0) {
+        addLoss(result_, encodingName(encoding.codePage), encoder.losses(), encoder.firstLoss());
+      }
       return false;
     }
     addWriteOutcomes(result_, encoder, encoding, doc_.GetLength());

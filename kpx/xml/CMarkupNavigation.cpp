@@ -1,3 +1,4 @@
+#include "kpx/report/Error.h"
 #include "kpx/xml/CMarkup.h"
 #include "kpx/xml/internal/NameUnits.h"
 #include "kpx/xml/internal/Tokenizer.h"
@@ -114,10 +115,12 @@ bool CMarkup::OutOfElem() {
 }
 
 bool CMarkup::SavePos(MCD_CSTR name) {
-  const SavedPos saved{
-      parentPos_, mainPos_, childPos_, {nodeType_, nodeOffset_, nodeLength_, nodePreviousElem_}};
-  savedPositions_.insert_or_assign(std::u16string(name.view()), saved);
-  return true;
+  return Guarded("CMarkup::SavePos", false, [&] {
+    const SavedPos saved{
+        parentPos_, mainPos_, childPos_, {nodeType_, nodeOffset_, nodeLength_, nodePreviousElem_}};
+    savedPositions_.insert_or_assign(std::u16string(name.view()), saved);
+    return true;
+  });
 }
 
 bool CMarkup::RestorePos(MCD_CSTR name) {

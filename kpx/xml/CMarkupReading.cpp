@@ -1,3 +1,6 @@
+#include <utility>
+
+#include "kpx/report/Error.h"
 #include "kpx/xml/CMarkup.h"
 #include "kpx/xml/internal/Escape.h"
 #include "kpx/xml/internal/NameUnits.h"
@@ -16,13 +19,22 @@ std::u16string_view CMarkup::x_StartTag(int element) const noexcept {
 
 // --- names and data ------------------------------------------------------------------------------
 
+std::u16string_view CMarkup::ReadTagName() const noexcept {
+  return mainPos_ != 0 ? detail::tagNameOf(x_StartTag(mainPos_)) : std::u16string_view();
+}
+
+std::u16string_view CMarkup::ReadChildTagName() const noexcept {
+  const int child = x_ChildElem();
+  return child != 0 ? detail::tagNameOf(x_StartTag(child)) : std::u16string_view();
+}
+
 CString CMarkup::GetTagName() const {
-  return mainPos_ != 0 ? CString(detail::tagNameOf(x_StartTag(mainPos_))) : CString();
+  return Guarded("CMarkup::GetTagName", CString(), [&] { return CString(ReadTagName()); });
 }
 
 CString CMarkup::GetChildTagName() const {
-  const int child = x_ChildElem();
-  return child != 0 ? CString(detail::tagNameOf(x_StartTag(child))) : CString();
+  return Guarded("CMarkup::GetChildTagName", CString(),
+                 [&] { return CString(ReadChildTagName()); });
 }
 
 CString CMarkup::x_ElemData(int element) const {
@@ -43,10 +55,11 @@ CString CMarkup::x_ElemData(int element) const {
   return data;
 }
 
-CString CMarkup::GetData() const {
-  if (mainPos_ != 0) return x_ElemData(mainPos_);
+CString CMarkup::x_NodeData() const {
   if (nodeLength_ == 0) return {};
-  if (nodeType_ == MarkupNode::documentType) return GetSubDoc();
+  if (nodeType_ == MarkupNode::documentType) {
+    return CString(x_Text(nodeOffset_, nodeOffset_ + nodeLength_));
+  }
   detail::TokenPos token;
   token.text = x_Text(0, nodeOffset_ + nodeLength_);
   token.end = nodeOffset_;
@@ -62,9 +75,16 @@ CString CMarkup::GetData() const {
   return data;
 }
 
+CString CMarkup::GetData() const {
+  return Guarded("CMarkup::GetData", CString(),
+                 [&] { return mainPos_ != 0 ? x_ElemData(mainPos_) : x_NodeData(); });
+}
+
 CString CMarkup::GetChildData() const {
-  const int child = x_ChildElem();
-  return child != 0 ? x_ElemData(child) : CString();
+  return Guarded("CMarkup::GetChildData", CString(), [&] {
+    const int child = x_ChildElem();
+    return child != 0 ? x_ElemData(child) : CString();
+  });
 }
 
 // --- attributes ----------------------------------------------------------------------------------
@@ -79,13 +99,17 @@ AttributeReader CMarkup::ReadChildAttribs() const {
 }
 
 CString CMarkup::GetAttrib(MCD_CSTR name) const {
-  AttributeReader attribute = ReadAttribs();
-  return attribute.find(name) ? attribute.value() : CString();
+  return Guarded("CMarkup::GetAttrib", CString(), [&] {
+    AttributeReader attribute = ReadAttribs();
+    return attribute.find(name) ? attribute.value() : CString();
+  });
 }
 
 CString CMarkup::GetChildAttrib(MCD_CSTR name) const {
-  AttributeReader attribute = ReadChildAttribs();
-  return attribute.find(name) ? attribute.value() : CString();
+  return Guarded("CMarkup::GetChildAttrib", CString(), [&] {
+    AttributeReader attribute = ReadChildAttribs();
+    return attribute.find(name) ? attribute.value() : CString();
+  });
 }
 
 bool CMarkup::HasAttrib(MCD_CSTR name) const { return ReadAttribs().find(name); }
@@ -97,17 +121,20 @@ bool CMarkup::x_NthAttrib(int element, int index, CString& name, CString& value)
   do {
     if (!attribute.next()) return false;
   } while (index-- > 0);
+  CString found = attribute.value();
   name = attribute.name();
-  value = attribute.value();
+  value = std::move(found);
   return true;
 }
 
 bool CMarkup::GetNthAttrib(int index, CString& name, CString& value) const {
-  return x_NthAttrib(mainPos_, index, name, value);
+  return Guarded("CMarkup::GetNthAttrib", false,
+                 [&] { return x_NthAttrib(mainPos_, index, name, value); });
 }
 
 bool CMarkup::GetNthChildAttrib(int index, CString& name, CString& value) const {
-  return x_NthAttrib(x_ChildElem(), index, name, value);
+  return Guarded("CMarkup::GetNthChildAttrib", false,
+                 [&] { return x_NthAttrib(x_ChildElem(), index, name, value); });
 }
 
 bool CMarkup::x_AttribOffsets(int element, std::u16string_view name, int& begin,
@@ -151,20 +178,27 @@ bool CMarkup::GetChildOffsets(int& begin, int& end) const {
 }
 
 CString CMarkup::GetSubDoc() const {
-  int begin = 0;
-  int end = 0;
-  return GetOffsets(begin, end) ? CString(x_Text(begin, end)) : CString();
+  return Guarded("CMarkup::GetSubDoc", CString(), [&] {
+    int begin = 0;
+    int end = 0;
+    return GetOffsets(begin, end) ? CString(x_Text(begin, end)) : CString();
+  });
 }
 
 CString CMarkup::GetChildSubDoc() const {
-  int begin = 0;
-  int end = 0;
-  return GetChildOffsets(begin, end) ? CString(x_Text(begin, end)) : CString();
+  return Guarded("CMarkup::GetChildSubDoc", CString(), [&] {
+    int begin = 0;
+    int end = 0;
+    return GetChildOffsets(begin, end) ? CString(x_Text(begin, end)) : CString();
+  });
 }
 
 CString CMarkup::GetElemContent() const {
-  if (mainPos_ == 0) return {};
-  return CString(x_Text(index_[mainPos_].contentStart(), index_[mainPos_].contentEnd()));
+  return Guarded("CMarkup::GetElemContent", CString(), [&] {
+    int begin = 0;
+    int end = 0;
+    return GetContentOffsets(begin, end) ? CString(x_Text(begin, end)) : CString();
+  });
 }
 
 bool CMarkup::GetContentOffsets(int& begin, int& end) const {

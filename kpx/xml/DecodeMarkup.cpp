@@ -4,6 +4,8 @@
 #include <climits>
 #include <cstdint>
 #include <cstring>
+#include <functional>
+#include <numeric>
 #include <utility>
 
 #include "kpx/platform/EncodingConverter.h"
@@ -61,13 +63,18 @@ bool isBinary(std::size_t zeros, std::size_t characters) noexcept {
   return zeros >= 8 && zeros > characters / 512;
 }
 
+struct Zeros {
+  std::size_t count = 0;
+  std::size_t first = DecodedText::none;
+};
+
 template <class Unit>
-std::size_t countZeros(std::string_view bytes) noexcept {
-  std::size_t zeros = 0;
+Zeros findZeros(std::string_view bytes) noexcept {
+  Zeros zeros;
   for (std::size_t at = 0; bytes.size() - at >= sizeof(Unit); at += sizeof(Unit)) {
     Unit unit;
     std::memcpy(&unit, bytes.data() + at, sizeof unit);
-    zeros += unit == 0;
+    if (unit == 0 && zeros.count++ == 0) zeros.first = at;
   }
   return zeros;
 }
@@ -77,11 +84,22 @@ bool hasZeroUnit(std::string_view bytes) noexcept {
   for (; bytes.size() >= block; bytes.remove_prefix(block)) {
     if (blockHasZero(bytes.data())) return true;
   }
-  return countZeros<std::uint16_t>(bytes) != 0;
+  return findZeros<std::uint16_t>(bytes).count != 0;
 }
 
 bool hasZeroByte(std::string_view bytes) noexcept {
   return !bytes.empty() && std::memchr(bytes.data(), 0, bytes.size()) != nullptr;
+}
+
+/// Whether bytes in an encoding may declare that name. A name without a byte order means either.
+bool mayDeclare(const CString& name, int codePage) noexcept {
+  const int declared = encodingCodePage(name);
+  if (declared == codePage || codePage == CodePage::ascii) return true;
+  const bool hasOrder = name.Right(2).CompareNoCase(u"LE") == 0;
+  const bool isOpposite =
+      (declared == CodePage::utf16LittleEndian && codePage == CodePage::utf16BigEndian) ||
+      (declared == CodePage::utf32LittleEndian && codePage == CodePage::utf32BigEndian);
+  return isOpposite && !hasOrder;
 }
 
 /// Fills a DecodedText from bytes behind the mark.
@@ -95,13 +113,16 @@ class Decoder {
   /// Judges the bytes; to be called first.
   DecodingRefusal refusal() {
     if (mostUnits() > static_cast<std::size_t>(INT_MAX)) return DecodingRefusal::tooLarge;
+    Zeros zeros;
     if (is32()) {
-      result_.nulls = countZeros<std::uint32_t>(bytes_);
+      zeros = findZeros<std::uint32_t>(bytes_);
     } else if (isWide(result_.codePage)) {
-      if (hasZeroUnit(bytes_)) result_.nulls = countZeros<std::uint16_t>(bytes_);
+      if (hasZeroUnit(bytes_)) zeros = findZeros<std::uint16_t>(bytes_);
     } else if (hasZeroByte(bytes_)) {
-      result_.nulls = countZeros<std::uint8_t>(bytes_);
+      zeros = findZeros<std::uint8_t>(bytes_);
     }
+    result_.nulls = zeros.count;
+    result_.firstNull = zeros.first;
     return isBinary(result_.nulls, mostUnits()) ? DecodingRefusal::binary : DecodingRefusal::none;
   }
 
@@ -124,8 +145,15 @@ class Decoder {
     }
     // The system's converter may see zeros that were not counted as such.
     if (result_.nulls != 0 || bySystem_) result_.nulls = std::erase(text_, u'\0');
+    if (result_.nulls != 0) result_.firstNull = std::min(result_.firstNull, bytes_.size());
     if (isWide(result_.codePage)) result_.declared = declaredEncoding(text_);
-    if (result_.firstInvalid != DecodedText::none) result_.firstInvalid += markBytes_;
+    if (!result_.declared.IsEmpty() && !result_.declarationWrong) {
+      result_.declarationWrong = !mayDeclare(result_.declared, result_.codePage);
+    }
+    for (std::size_t* place :
+         {&result_.firstInvalid, &result_.firstNull, &result_.firstRespelled}) {
+      if (*place != DecodedText::none) *place += markBytes_;
+    }
   }
 
  private:
@@ -228,7 +256,29 @@ class Decoder {
     result_.firstInvalid = loss.firstByte;
     result_.invalid = loss.count;
     bySystem_ = true;
+    if (loss.count == 0) findRespelled();
     return true;
+  }
+
+  // Several encodings of the Far East have more than one way to write a character.
+  void findRespelled() {
+    std::string again;
+    again.reserve(bytes_.size());
+    CodePageEncoder encoder(result_.codePage);
+    std::u16string_view rest = text_;
+    rest.remove_prefix(encoder.encode(rest, again));
+    encoder.finish(again);
+    if (bytes_ == again && rest.empty()) return;
+    const auto first = std::mismatch(bytes_.begin(), bytes_.end(), again.begin(), again.end());
+    result_.firstRespelled = static_cast<std::size_t>(first.first - bytes_.begin());
+    // With one more or less, all that follow stand elsewhere.
+    result_.respelled = bytes_.size() - result_.firstRespelled;
+    if (bytes_.size() == again.size()) {
+      const auto same = std::transform_reduce(first.first, bytes_.end(), first.second,
+                                              std::size_t{0}, std::plus<>(), std::equal_to<>());
+      result_.respelled -= same;
+    }
+    result_.respelled = std::max<std::size_t>(result_.respelled, 1);
   }
 
   DecodedText& result_;

@@ -8,6 +8,7 @@ namespace kpx {
 /// and lengths count UTF-16 units. docs/xml-index.md draws an example.
 struct ElemPos {
   // Bits of levelAndFlags above the level.
+  static constexpr std::uint32_t noTextFlag = 0x10000;  // known to hold no text but blanks
   static constexpr std::uint32_t firstChildFlag = 0x80000;
   static constexpr std::uint32_t unendedFlag = 0x100000;
   static constexpr std::uint32_t loneEndFlag = 0x200000;

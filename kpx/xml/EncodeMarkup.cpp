@@ -9,6 +9,7 @@
 #include "kpx/xml/Encoding.h"
 #include "kpx/xml/internal/MarkupPlace.h"
 #include "kpx/xml/internal/Outcome.h"
+#include "kpx/xml/internal/XmlCharacters.h"
 
 namespace kpx {
 
@@ -17,12 +18,13 @@ namespace {
 // Long enough that a piece costs nothing, short enough to stay in the processor's cache.
 constexpr std::size_t pieceUnits = std::size_t{1} << 16;
 
-// The offset of the first surrogate without its other half, or the size of the text.
-std::size_t findLoneSurrogate(std::u16string_view text) noexcept {
+// The offset of the first unit that UTF-8 does not carry, a 0 or a surrogate without its other
+// half, or the size of the text.
+std::size_t findUnwritable(std::u16string_view text) noexcept {
   std::size_t position = 0;
   while (position < text.size()) {
     if (text.size() - position >= detail::kernelUnits &&
-        !detail::blockHasSurrogate(text.data() + position)) {
+        !detail::blockHasSurrogateOrZero(text.data() + position)) {
       position += detail::kernelUnits;
       continue;
     }
@@ -31,11 +33,21 @@ std::size_t findLoneSurrogate(std::u16string_view text) noexcept {
     while (position < end) {
       std::size_t next = position;
       const char32_t code = nextCodePoint(text, next);
-      if (code >= 0xD800 && code <= 0xDFFF) return position;
+      if (code == 0 || (code >= 0xD800 && code <= 0xDFFF)) return position;
       position = next;
     }
   }
   return text.size();
+}
+
+// The offset of the first unit 0, or the size of the text.
+std::size_t findNull(std::u16string_view text) noexcept {
+  std::size_t position = 0;
+  while (text.size() - position >= detail::kernelUnits &&
+         !detail::blockHasZero(text.data() + position)) {
+    position += detail::kernelUnits;
+  }
+  return std::min(text.find(u'\0', position), text.size());
 }
 
 void appendUtf16Bytes(std::string& bytes, std::u16string_view text, bool littleEndian) {
@@ -73,7 +85,7 @@ struct MarkupEncoder::State {
   /// Appends the units up to the first that the encoding cannot hold; answers how many.
   std::size_t encode(std::u16string_view part, std::string& bytes) {
     if (codePage == CodePage::utf8) {
-      const std::size_t units = findLoneSurrogate(part);
+      const std::size_t units = findUnwritable(part);
       appendUtf16(bytes, part.substr(0, units));
       return units;
     }
@@ -92,7 +104,8 @@ struct MarkupEncoder::State {
   void replaceCharacter(std::string& bytes) {
     const std::size_t at = position;
     const char32_t code = nextCodePoint(text, position);
-    if (code >= 0xD800 && code <= 0xDFFF) {
+    // A reference to what is no character of XML would be read as text.
+    if (!detail::isXmlCharacter(code)) {
       lose(at);
       if (encode(u"\xFFFD", bytes) == 0) encodePlain(u"?", bytes);
       return;
@@ -127,7 +140,14 @@ struct MarkupEncoder::State {
     std::size_t end = std::min(position + pieceUnits, text.size());
     if (end < text.size() && isHighSurrogate(text[end - 1]) && isLowSurrogate(text[end])) ++end;
     while (position < end) {
-      position += encode(text.substr(position, end - position), bytes);
+      // No encoding carries a 0: readers remove it.
+      const std::size_t null = codePage == CodePage::utf8
+                                   ? end
+                                   : position + findNull(text.substr(position, end - position));
+      while (position < null) {
+        position += encode(text.substr(position, null - position), bytes);
+        if (position < null) replaceCharacter(bytes);
+      }
       if (position < end) replaceCharacter(bytes);
     }
     if (position == text.size()) {

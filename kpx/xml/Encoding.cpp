@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "kpx/report/Error.h"
 #include "kpx/text/CaseFold.h"
 #include "kpx/xml/CMarkup.h"
 
@@ -198,6 +199,9 @@ std::u16string_view declaredEncoding(std::u16string_view document) noexcept {
 
 int CMarkup::GetEncodingCodePage(MCD_CSTR encodingName) { return encodingCodePage(encodingName); }
 
-CString CMarkup::GetDeclaredEncoding(MCD_CSTR document) { return declaredEncoding(document); }
+CString CMarkup::GetDeclaredEncoding(MCD_CSTR document) {
+  return Guarded("CMarkup::GetDeclaredEncoding", CString(),
+                 [&] { return CString(declaredEncoding(document)); });
+}
 
 }  // namespace kpx

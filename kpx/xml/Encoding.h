@@ -43,6 +43,11 @@ struct DecodedText {
   std::size_t firstInvalid = none;  // offset of the first byte that is part of no character
   std::size_t invalid = 0;          // how many of them there are; U+FFFD stands for each
   std::size_t nulls = 0;            // characters 0 that were removed
+  std::size_t firstNull = none;     // offset of the first of them
+  // Bytes that are read well but would be written otherwise, where an encoding has several ways to
+  // write a character, and the offset of the first of them.
+  std::size_t respelled = 0;
+  std::size_t firstRespelled = none;
   DecodingRefusal refusal = DecodingRefusal::none;  // the text is empty then
 };
 
@@ -66,9 +71,10 @@ struct MarkupEncoding {
 ///
 /// A character that the encoding cannot hold is written as a numeric reference. Where markup
 /// takes no reference something is lost: in names "_" stands for the character; comments,
-/// processing instructions and declarations show the reference as text; a lone surrogate becomes
-/// U+FFFD or, where that cannot be written either, "?". CDATA sections are interrupted for the
-/// reference, so their data stays.
+/// processing instructions and declarations show the reference as text. What no reference can name
+/// becomes U+FFFD or, where that cannot be written either, "?": a lone surrogate, but in UTF-16,
+/// and a unit 0, which readers remove. CDATA sections are interrupted for the reference, so their
+/// data stays.
 class KPX_API MarkupEncoder {
  public:
   static constexpr std::size_t none = static_cast<std::size_t>(-1);

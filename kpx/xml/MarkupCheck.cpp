@@ -6,14 +6,17 @@
 
 #include "kpx/text/CaseFold.h"
 #include "kpx/xml/CMarkup.h"
+#include "kpx/xml/internal/DocumentRules.h"
 #include "kpx/xml/internal/Escape.h"
 #include "kpx/xml/internal/LineTable.h"
+#include "kpx/xml/internal/PieceCheck.h"
 #include "kpx/xml/internal/Tokenizer.h"
 #include "kpx/xml/internal/XmlCharacters.h"
 
 namespace kpx {
 namespace {
 
+using detail::DocumentRules;
 using detail::isMarkupSpace;
 using Kind = MarkupProblemKind;
 
@@ -36,22 +39,38 @@ bool isEncodingName(std::u16string_view name) {
 bool isQuote(char16_t unit) { return unit == u'"' || unit == u'\''; }
 
 class Checker {
+  // A hostile token is not kept waiting for its end.
+  static constexpr std::size_t mostAtOnce = 4096;
+
  public:
   Checker(std::u16string_view text, const MarkupProblemSink& sink)
       : sink_(sink), lines_(text), token_{text} {
-    forbidden_ = detail::findForbiddenCharacter(text, 0);
     if (text.starts_with(u'\xFEFF')) token_.end = documentStart_ = 1;
+  }
+  /// Of a part of a document with these rules.
+  Checker(std::u16string_view text, const MarkupProblemSink& sink, const DocumentRules& rules)
+      : Checker(text, sink) {
+    rules_ = rules;
+    documentStart_ = -1;
+    if (rules_.isVersion11()) takeLineEnds();
   }
 
   int run() {
+    findForbidden(0);
     for (int kind; (kind = detail::nextToken(token_)) != detail::TokenKind::endOfText;) {
       checkToken(kind);
-      for (; forbidden_ < static_cast<std::size_t>(token_.end);
-           forbidden_ = detail::findForbiddenCharacter(token_.text, forbidden_ + 1)) {
+      while (forbidden_ < static_cast<std::size_t>(token_.end)) {
         add(Kind::forbiddenCharacter, {}, static_cast<int>(forbidden_));
+        findForbidden(forbidden_ + 1);
       }
       tell();
     }
+    return told_;
+  }
+
+  int runOnReferences() {
+    checkReferences(0, static_cast<int>(token_.text.size()));
+    tell();
     return told_;
   }
 
@@ -61,10 +80,12 @@ class Checker {
     std::u16string_view name;
     int offset;
   };
+  // As offsets, because a hostile tag may have millions.
   struct Attribute {
-    std::u16string_view name;
-    std::u16string_view value;
-    int offset;
+    int begin;
+    int nameEnd;
+    int valueBegin;
+    int valueEnd;
   };
 
   char16_t at(int offset) const { return token_.text[static_cast<std::size_t>(offset)]; }
@@ -72,12 +93,32 @@ class Checker {
     return token_.text.substr(static_cast<std::size_t>(begin),
                               static_cast<std::size_t>(end - begin));
   }
+  void findForbidden(std::size_t from) {
+    forbidden_ = detail::findForbiddenCharacter(token_.text, from, rules_.isVersion11());
+  }
+  // In version 1.1 two more characters end lines, wherever they stand.
+  void takeLineEnds() {
+    constexpr char16_t more[] = {0x85, 0x2028};
+    if (token_.text.find_first_of({more, 2}, static_cast<std::size_t>(token_.end)) ==
+        token_.text.npos) {
+      return;
+    }
+    withLineFeeds_ = token_.text;
+    for (char16_t& unit : withLineFeeds_) {
+      if (unit == more[0] || unit == more[1]) unit = u'\n';
+    }
+    token_.text = withLineFeeds_;
+  }
   int skipSpace(int position, int end) const {
     while (position < end && isMarkupSpace(at(position))) ++position;
     return position;
   }
   void add(Kind kind, std::u16string_view name, int offset) {
     found_.push_back({kind, name, offset});
+    if (found_.size() == mostAtOnce) tell();
+  }
+  std::u16string_view nameOf(const Attribute& attribute) const {
+    return part(attribute.begin, attribute.nameEnd);
   }
   void checkName(std::u16string_view name, int offset) {
     if (!detail::isXmlName(name)) add(Kind::nameSyntax, name, offset);
@@ -124,7 +165,9 @@ class Checker {
         break;
       case MarkupNode::documentType:
         if (seenDocumentType_ || seenRoot_) add(Kind::misplacedDocumentType, {}, token_.start);
+        if (!seenDocumentType_) rules_.readDocumentType(token_.name());
         seenDocumentType_ = true;
+        add(Kind::uncheckedDocumentType, {}, token_.start);
         break;
       default:  // white space, and what the parse has recorded
         break;
@@ -159,6 +202,10 @@ class Checker {
     } else {
       readAttributes(end, token_.nameEnd);
       checkDeclaration();
+      rules_.readDeclaration(part(token_.start, token_.end));
+      if (!rules_.isVersion11()) return;
+      takeLineEnds();
+      findForbidden(static_cast<std::size_t>(token_.start));
     }
   }
 
@@ -166,8 +213,9 @@ class Checker {
     auto next = attributes_.begin();
     bool right = true;
     const auto take = [&](std::u16string_view name, bool required, auto isValue) {
-      if (next != attributes_.end() && next->name == name) {
-        right = right && isValue((next++)->value);
+      if (next != attributes_.end() && nameOf(*next) == name) {
+        right = right && isValue(part(next->valueBegin, next->valueEnd));
+        ++next;
       } else {
         right = right && !required;
       }
@@ -204,7 +252,7 @@ class Checker {
       return position;
     }
     const std::u16string_view name = part(start, position);
-    attributes_.push_back({name, {}, start});
+    attributes_.push_back({start, position, position, position});
     checkName(name, start);
     if (blankMissing) add(Kind::attributeWithoutBlank, name, start);
     const int behindName = position;
@@ -226,7 +274,9 @@ class Checker {
       ++valueEnd;
     }
     if (!quoted) add(Kind::valueWithoutQuotes, name, valueStart);
-    attributes_.back().value = part(valueStart, valueEnd);
+    if (quoted && valueEnd == end) add(Kind::unclosedValue, name, position);
+    attributes_.back().valueBegin = valueStart;
+    attributes_.back().valueEnd = valueEnd;
     checkValue(name, valueStart, valueEnd);
     return std::min(end, quoted ? valueEnd + 1 : valueEnd);
   }
@@ -243,14 +293,14 @@ class Checker {
   }
 
   void checkRepeated() {
-    std::sort(attributes_.begin(), attributes_.end(), [](const Attribute& a, const Attribute& b) {
-      const int order = a.name.compare(b.name);
-      return order != 0 ? order < 0 : a.offset < b.offset;
+    std::ranges::sort(attributes_, [this](const Attribute& a, const Attribute& b) {
+      const int order = nameOf(a).compare(nameOf(b));
+      return order != 0 ? order < 0 : a.begin < b.begin;
     });
     for (std::size_t i = 1; i < attributes_.size(); ++i) {
       const Attribute& each = attributes_[i];
-      if (each.name == attributes_[i - 1].name) {
-        add(Kind::repeatedAttribute, each.name, each.offset);
+      if (nameOf(each) == nameOf(attributes_[i - 1])) {
+        add(Kind::repeatedAttribute, nameOf(each), each.begin);
       }
     }
   }
@@ -266,12 +316,15 @@ class Checker {
   }
 
   void checkReference(std::u16string_view reference, int offset) {
-    if (reference.starts_with(u"&#") && detail::isNumericReference(reference)) return;
+    if (reference.starts_with(u"&#") &&
+        detail::isNumericReference(reference, rules_.isVersion11())) {
+      return;
+    }
     const std::u16string_view name =
         reference.empty() ? reference : reference.substr(1, reference.size() - 2);
     if (!detail::isXmlName(name)) {
       add(Kind::ampersandWithoutReference, {}, offset);
-    } else if (!seenDocumentType_ && !isOneOf(name, {u"amp", u"lt", u"gt", u"quot", u"apos"})) {
+    } else if (!rules_.knowsEntity(name)) {
       add(Kind::unknownEntity, name, offset);
     }
   }
@@ -279,17 +332,59 @@ class Checker {
   const MarkupProblemSink& sink_;
   detail::LineTable lines_;
   detail::TokenPos token_;
+  DocumentRules rules_;
+  std::u16string withLineFeeds_;       // the text, where version 1.1 reads other units
   std::vector<Found> found_;           // of the token at hand
   std::vector<Attribute> attributes_;  // of the tag at hand
   std::size_t forbidden_ = 0;          // the next forbidden character
-  int documentStart_ = 0;              // behind a byte-order mark
+  int documentStart_ = 0;              // behind a byte-order mark; -1 of a part
   int depth_ = 0;
   int told_ = 0;
   bool seenRoot_ = false;
   bool seenDocumentType_ = false;
 };
 
+// Counts what no edit may bring into a document.
+class Faults {
+ public:
+  MarkupProblemSink sink() {
+    return [this](const MarkupProblem& problem) {
+      found_ = found_ ||
+               (problem.kind != Kind::forbiddenCharacter && !MarkupCheck::isWarning(problem.kind));
+    };
+  }
+  bool found() const noexcept { return found_; }
+
+ private:
+  bool found_ = false;
+};
+
 }  // namespace
+
+namespace detail {
+
+bool isRightElement(std::u16string_view markup, const DocumentRules& rules) {
+  Faults faults;
+  const MarkupProblemSink sink = faults.sink();
+  Checker(markup, sink, rules).run();
+  return !faults.found();
+}
+
+bool hasRightReferences(std::u16string_view text, const DocumentRules& rules) {
+  Faults faults;
+  const MarkupProblemSink sink = faults.sink();
+  Checker(text, sink, rules).runOnReferences();
+  return !faults.found();
+}
+
+bool isRightDocument(std::u16string_view text) {
+  Faults faults;
+  const MarkupProblemSink sink = faults.sink();
+  Checker(text, sink).run();
+  return !faults.found();
+}
+
+}  // namespace detail
 
 int MarkupCheck::check(std::u16string_view text, const MarkupProblemSink& sink) {
   // A longer text is no document, which its parse has recorded.

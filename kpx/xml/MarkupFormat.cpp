@@ -91,7 +91,8 @@ class MarkupFormatter {
   bool holdsOnlyElements() {
     document_.ResetChildPos();
     if (!document_.FindChildElem()) return false;
-    if (document_.GetAttrib(u"xml:space") == u"preserve") return false;
+    AttributeReader attribute = document_.ReadAttribs();
+    if (attribute.find(u"xml:space") && attribute.rawValue() == u"preserve") return false;
     document_.ResetChildPos();
     document_.IntoElem();
     const bool hasText = document_.FindNode(textNodes) != 0;

@@ -38,6 +38,8 @@ const char16_t* sentenceOf(MarkupProblemKind kind) {
       return u"attribute '%s' has no value";
     case MarkupProblemKind::valueWithoutQuotes:
       return u"the value of attribute '%s' is not in quotes";
+    case MarkupProblemKind::unclosedValue:
+      return u"the quote before the value of attribute '%s' is never closed";
     case MarkupProblemKind::repeatedAttribute:
       return u"attribute '%s' stands twice in this tag";
     case MarkupProblemKind::lessThanInValue:
@@ -60,6 +62,8 @@ const char16_t* sentenceOf(MarkupProblemKind kind) {
       return u"the XML declaration is not as it must be";
     case MarkupProblemKind::misplacedDocumentType:
       return u"the document type must stand once and before the root element";
+    case MarkupProblemKind::uncheckedDocumentType:
+      return u"the content of the document type declaration is not checked";
     case MarkupProblemKind::lineBreakInValue:
       return u"a line break in the value of attribute '%s', read as a blank by other programs";
   }
@@ -69,7 +73,10 @@ const char16_t* sentenceOf(MarkupProblemKind kind) {
 }  // namespace
 
 CString describe(const MarkupProblem& problem) {
-  CString name(problem.name);
+  // More of a name tells nobody more, and a document may be nothing but long names.
+  constexpr std::size_t longestName = 200;
+  CString name(problem.name.substr(0, longestName));
+  if (problem.name.size() > longestName) name += u"\u2026";
   if (problem.kind == MarkupProblemKind::unterminatedTagSyntax ||
       problem.kind == MarkupProblemKind::tooLarge) {
     name.Replace(u'_', u' ');

@@ -29,6 +29,7 @@ enum class MarkupProblemKind : std::uint8_t {
   attributeWithoutBlank,
   attributeWithoutValue,
   valueWithoutQuotes,
+  unclosedValue,
   repeatedAttribute,
   lessThanInValue,
   ampersandWithoutReference,
@@ -41,8 +42,9 @@ enum class MarkupProblemKind : std::uint8_t {
   declarationSyntax,
   misplacedDocumentType,
 
-  // Not forbidden, but other XML programs read a blank.
-  lineBreakInValue,
+  // Not forbidden.
+  lineBreakInValue,       // other XML programs read a blank
+  uncheckedDocumentType,  // what it declares is not checked
 };
 
 /// One problem with its place. Line and column count from 1, columns in UTF-16 units.

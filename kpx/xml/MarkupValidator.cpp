@@ -26,7 +26,8 @@ std::string compare(const ElementIndex& edited, const ElementIndex& parsed) {
     const ElemPos& a = edited[left];
     const ElemPos& b = parsed[right];
     if (a.start != b.start || a.length != b.length || a.tagLengths != b.tagLengths ||
-        ((a.levelAndFlags ^ b.levelAndFlags) & ~ElemPos::callerFlags) != 0) {
+        ((a.levelAndFlags ^ b.levelAndFlags) & ~(ElemPos::callerFlags | ElemPos::noTextFlag)) !=
+            0) {
       return "record " + std::to_string(left) + " differs from what a parse of the text makes";
     }
     left = following(edited, left);

@@ -1,13 +1,19 @@
 #include "kpx/xml/StoredMarkup.h"
 
+#include <algorithm>
+
+#include "kpx/text/Utf.h"
+#include "kpx/xml/MarkupCheck.h"
 #include "kpx/xml/MarkupProblem.h"
 
 namespace kpx {
+namespace {
 
-std::pair<int, int> placeOfByte(std::string_view bytes, std::size_t offset) noexcept {
+template <class Text>
+std::pair<int, int> placeIn(Text text, std::size_t offset) noexcept {
   std::pair<int, int> place{1, 1};
-  for (std::size_t i = 0; i < offset && i < bytes.size(); ++i) {
-    if (bytes[i] == '\n') {
+  for (std::size_t i = 0; i < offset && i < text.size(); ++i) {
+    if (text[i] == '\n') {
       ++place.first;
       place.second = 1;
     } else {
@@ -17,48 +23,144 @@ std::pair<int, int> placeOfByte(std::string_view bytes, std::size_t offset) noex
   return place;
 }
 
-namespace {
+constexpr bool isUtf16(int codePage) noexcept {
+  return codePage == CodePage::utf16LittleEndian || codePage == CodePage::utf16BigEndian;
+}
 
 /// The first character 0, or where a binary file has its first byte 0.
-std::size_t firstNull(std::string_view bytes, int codePage) noexcept {
-  const bool isWide =
-      codePage == CodePage::utf16LittleEndian || codePage == CodePage::utf16BigEndian;
-  if (!isWide) return bytes.find('\0');
-  for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
-    if (bytes[i] == '\0' && bytes[i + 1] == '\0') return i;
-  }
+std::size_t firstNull(std::string_view bytes, const DecodedText& decoded) noexcept {
+  if (decoded.firstNull != DecodedText::none) return decoded.firstNull;
   return bytes.find('\0');
 }
 
+/// The first byte that is no ASCII.
+std::size_t firstHighByte(std::string_view bytes) noexcept {
+  const auto* const found = std::ranges::find_if(
+      bytes, [](char byte) { return static_cast<unsigned char>(byte) >= 0x80; });
+  return static_cast<std::size_t>(found - bytes.begin());
+}
+
+/// Reads bytes and collects what is wrong with them.
+class Reader {
+ public:
+  Reader(std::string_view bytes, std::size_t limit) : bytes_(bytes), problems_(limit) {}
+
+  StoredMarkup run(bool isStrict) && {
+    DecodedText decoded = decodeMarkupBytes(bytes_);
+    read_.storage = {decoded.codePage, decoded.mark};
+    read_.respelled = decoded.respelled;
+    read_.firstRespelled = decoded.firstRespelled;
+    read_.readable = !refuse(decoded);
+    if (read_.readable) {
+      if (isStrict) checkEncoding(decoded);
+      const MarkupProblemSink sink = [this](const MarkupProblem& problem) { add(problem); };
+      read_.document.SetParseResult(false);
+      read_.document.SetProblemSink(sink);
+      read_.document.SetDoc(std::move(decoded.text));
+      read_.document.SetProblemSink({});
+      if (isStrict) {
+        MarkupCheck::check(read_.document.GetDoc(), [&](const MarkupProblem& problem) {
+          if (problem.kind != MarkupProblemKind::lineBreakInValue) add(problem);
+        });
+      }
+    }
+    read_.problems = std::move(problems_).finish();
+    return std::move(read_);
+  }
+
+ private:
+  template <class Make>
+  void add(std::pair<int, int> place, bool isWarning, Make sentence) {
+    read_.warnings += isWarning;
+    problems_.add(static_cast<std::size_t>(place.first), static_cast<std::size_t>(place.second),
+                  [&] {
+                    return PlacedProblem{place.first, place.second, sentence(), isWarning};
+                  });
+  }
+  void add(const MarkupProblem& problem) {
+    add({problem.line, problem.column}, MarkupCheck::isWarning(problem.kind),
+        [&] { return describe(problem); });
+  }
+  void addAtByte(std::size_t offset, bool isWarning, const CString& sentence) {
+    add(placeOfByte(bytes_, offset), isWarning, [&] { return sentence; });
+  }
+
+  /// Tells why the bytes are no text, if they are none.
+  bool refuse(const DecodedText& decoded) {
+    if (decoded.refusal == DecodingRefusal::tooLarge) {
+      addAtByte(0, false, u"is larger than a document can be");
+    } else if (decoded.refusal == DecodingRefusal::binary || decoded.nulls > 0) {
+      addAtByte(firstNull(bytes_, decoded), false, u"is a binary file, no text");
+    } else if (decoded.invalid > 0) {
+      CString sentence;
+      sentence.Format(u"%zu %S no text in the encoding ", decoded.invalid,
+                      decoded.invalid == 1 ? "byte that is" : "bytes that are");
+      addAtByte(decoded.firstInvalid, false, sentence + encodingName(decoded.codePage));
+    } else {
+      return false;
+    }
+    return true;
+  }
+
+  /// What another program would read the bytes as.
+  void checkEncoding(const DecodedText& decoded) {
+    const CString name = encodingName(decoded.codePage);
+    const CString& declared = decoded.declared;
+    if (decoded.declarationWrong) {
+      addAtByte(0, false,
+                u"the declared encoding '" + declared +
+                    u"' is unknown or not that of the bytes; read as " + name);
+      return;
+    }
+    const bool isWide =
+        decoded.codePage != CodePage::utf8 &&
+        (isUtf16(decoded.codePage) || encodingName(decoded.codePage).Find(u"UTF-32") == 0);
+    // A name with a byte order in it says all that a mark would.
+    const bool hasOrder =
+        declared.Right(2).CompareNoCase(u"LE") == 0 || declared.Right(2).CompareNoCase(u"BE") == 0;
+    if (isWide && !decoded.mark && !hasOrder) {
+      addAtByte(0, false, name + u" without a byte-order mark, which other programs need");
+    } else if (declared.IsEmpty() && decoded.codePage == CodePage::windows1252) {
+      std::u16string scratch;
+      addAtByte(
+          appendUtf8(scratch, bytes_), false,
+          u"no encoding is declared, so this has to be UTF-8, which it is not; read as " + name);
+    } else if (!isWide && decoded.codePage != CodePage::utf8) {
+      hintAtUtf8(declared);
+    }
+  }
+
+  void hintAtUtf8(const CString& declared) {
+    const std::size_t first = firstHighByte(bytes_);
+    std::u16string scratch;
+    if (first == bytes_.size() || appendUtf8(scratch, bytes_) != std::string_view::npos) return;
+    addAtByte(first, true,
+              u"declared as " + declared +
+                  u", but the bytes read as UTF-8 from here on; is that "
+                  u"what they are?");
+  }
+
+  std::string_view bytes_;
+  ProblemCollector<PlacedProblem> problems_;
+  StoredMarkup read_;
+};
+
 }  // namespace
 
-StoredMarkup readMarkup(std::string_view bytes) {
-  StoredMarkup read;
-  DecodedText decoded = decodeMarkupBytes(bytes);
-  read.storage = {decoded.codePage, decoded.mark};
-  if (decoded.declarationWrong) read.wrongEncoding = decoded.declared;
-  const auto refuse = [&](std::size_t offset, CString sentence) {
-    const auto [line, column] = placeOfByte(bytes, offset);
-    read.problems.push_back({line, column, std::move(sentence)});
-  };
-  if (decoded.refusal == DecodingRefusal::tooLarge) {
-    refuse(0, u"is larger than a document can be");
-  } else if (decoded.refusal == DecodingRefusal::binary || decoded.nulls > 0) {
-    refuse(firstNull(bytes, decoded.codePage), u"is a binary file, no text");
-  } else if (decoded.invalid > 0) {
-    CString sentence;
-    sentence.Format(u"%d %S no text in the encoding ", decoded.invalid,
-                    decoded.invalid == 1 ? "byte that is" : "bytes that are");
-    refuse(decoded.firstInvalid, sentence + encodingName(decoded.codePage));
-  } else {
-    read.readable = true;
-    read.document.SetProblemSink([&](const MarkupProblem& problem) {
-      read.problems.push_back({problem.line, problem.column, describe(problem)});
-    });
-    read.document.SetDoc(std::move(decoded.text));
-    read.document.SetProblemSink({});
-  }
-  return read;
+StoredMarkup readMarkup(std::string_view bytes, std::size_t limit) {
+  return Reader(bytes, limit).run(false);
+}
+
+StoredMarkup checkMarkup(std::string_view bytes, std::size_t limit) {
+  return Reader(bytes, limit).run(true);
+}
+
+std::pair<int, int> placeOfByte(std::string_view bytes, std::size_t offset) noexcept {
+  return placeIn(bytes, offset);
+}
+
+std::pair<int, int> placeOfUnit(std::u16string_view text, std::size_t offset) noexcept {
+  return placeIn(text, offset);
 }
 
 }  // namespace kpx

@@ -165,6 +165,7 @@ class Exports : public testing::Test {
     };
     (addNext(function), ...);
   }
+  void addMarkup();
   void addConfigurations();
   void addTextsAndFiles();
   void addContext();
@@ -192,6 +193,7 @@ class Exports : public testing::Test {
   const std::string languageFile = languageFileBytes({0, text, {{1, text}}});
   CFCFieldInfos infos;
   CNAS_Punktobjekt point;
+  CMarkup markup;
   CFGConfig config;
   CFGTable rows;
   CFGRow row;
@@ -203,6 +205,54 @@ class Exports : public testing::Test {
  private:
   ErrorSink sink_;
 };
+
+void Exports::addMarkup() {
+  static const CString name = u"aNameOfAnElementThatIsLong";
+  static const CString longer = name + u"AndLonger";
+  static const CString document =
+      u"<!DOCTYPE aNameOfAnElementThatIsLong><aNameOfAnElementThatIsLong Name='a value'>"
+      u"<aNameOfAnElementThatIsLong Name='a value'>a text that is long enough"
+      u"</aNameOfAnElementThatIsLong></aNameOfAnElementThatIsLong></alone>";
+  markup.SetDoc(document);
+  markup.FindElem();
+  markup.FindChildElem();
+#define MARKUP(operation, ...) add({MEMBER(CMarkup, operation, markup, __VA_ARGS__)})
+  MARKUP(GetError);
+  MARKUP(GetTagName);
+  MARKUP(GetChildTagName);
+  MARKUP(GetData);
+  MARKUP(GetChildData);
+  MARKUP(GetAttrib, u"Name");
+  MARKUP(GetChildAttrib, u"Name");
+  MARKUP(GetNthAttrib, 0, content, other);
+  MARKUP(GetNthChildAttrib, 0, content, other);
+  MARKUP(GetSubDoc);
+  MARKUP(GetChildSubDoc);
+  MARKUP(GetElemContent);
+  MARKUP(SavePos, name);
+  MARKUP(SetTagName, longer);
+  MARKUP(SetChildTagName, longer);
+  MARKUP(SetChildData, text);
+  MARKUP(SetAttrib, name, text);
+  MARKUP(SetChildAttrib, name, text);
+  MARKUP(RemoveAttrib, u"Name");
+  MARKUP(RemoveChildAttrib, u"Name");
+  MARKUP(AddNode, MarkupNode::comment, text);
+  MARKUP(InsertNode, MarkupNode::comment, text);
+  MARKUP(AddChildElem, name, text);
+  MARKUP(InsertChildElem, name, text);
+  MARKUP(AddChildSubDoc, u"<b/>");
+  MARKUP(InsertChildSubDoc, u"<b/>");
+  MARKUP(EscapeText, text);
+  MARKUP(UnescapeText, text);
+  MARKUP(EncodeBase64, reinterpret_cast<const unsigned char*>("some bytes"), 10);
+  MARKUP(GetDeclaredEncoding, u"<?xml encoding='a-long-name'?>");
+  MARKUP(Load, textPath);
+  MARKUP(Save, path);
+  MARKUP(SetDoc, document);
+  MARKUP(SetDoc, u"<aNameOfAnElementThatIsLong/>");
+#undef MARKUP
+}
 
 void Exports::addConfigurations() {
   EACH((1, CAaaPunktortUUID()), kpxCoordAndHeightIDs2POIDsSetAt);
@@ -371,6 +421,7 @@ void Exports::addContext() {
 
 TEST_F(Exports, ReportFailuresAndLetNoneOut) {
   std::set<std::string> called;
+  addMarkup();
   addConfigurations();
   addTextsAndFiles();
   addContext();

@@ -286,16 +286,16 @@ TEST(Config, RepeatedAttributeIsReadAsTheDocumentReadsIt) {
   EXPECT_EQ(value.ColID, 3);
 }
 
-// An object whose element could not be read back is refused, not lost.
+// An object whose element could not be read back is refused, neither lost nor in silence.
 TEST(Config, NameThatIsNoElementNameIsRefusedAndReported) {
   const RecordReports scope;
-  for (const char16_t* name : {u"A B", u"a>b", u"X/", u"X ObjectID=\"77\" y=\""}) {
+  for (const char16_t* name : {u"A B", u"a>b", u"X/", u"X ObjectID=\"77\" y=\"", u"a{"}) {
     CFGConfig config;
     config.Class.Name = name;
     CMarkup document;
     reported.clear();
     EXPECT_EQ(config.serializeXML(&document), 0) << CString(name).utf8();
-    EXPECT_EQ(reported, std::vector<int>{42885});
+    EXPECT_EQ(reported, std::vector<int>{42885}) << CString(name).utf8();
     EXPECT_TRUE(document.GetDoc().IsEmpty());
   }
 }

@@ -162,7 +162,9 @@ TEST(ConfigFile, ManyEmptyConfigurationsDoNotGiveEndlessFindings) {
   for (int i = 0; i < 20'000; ++i) text += u"<CFGConfigCFGGeneralSettings/>";
   CMarkup document;
   ASSERT_TRUE(document.SetDoc(text + CString(u"</r>")));
-  EXPECT_EQ(validateConfigurations(document, 1000).size(), 1000u);
+  const Problems<ConfigFinding> findings = validateConfigurations(document, {.limit = 10});
+  EXPECT_EQ(findings.first.size(), 10u);
+  EXPECT_EQ(findings.count, 20'000u);
 }
 
 TEST(ConfigFile, NewFileHasNoFindings) {
@@ -193,7 +195,7 @@ TEST(ConfigFile, ValidationFindsEachFaultAtItsPlace) {
   for (const auto& each : cases) {
     CMarkup document;
     ASSERT_TRUE(document.SetDoc(minimalText(each.columns)));
-    auto findings = validateConfigurations(document);
+    auto findings = validateConfigurations(document).first;
     std::erase_if(findings, [](const auto& finding) { return finding.kind == missingKey; });
     ASSERT_EQ(findings.size(), 1u) << CString(each.columns).utf8();
     EXPECT_EQ(findings[0].kind, each.kind) << describe(findings[0]).utf8();
@@ -231,14 +233,14 @@ TEST(ConfigFile, ValidationFindsWhatSavingWouldLose) {
   for (const auto& each : cases) {
     CMarkup document;
     ASSERT_TRUE(document.SetDoc(with(good, each.from, each.to)));
-    const auto findings = validateConfigurations(document);
+    const auto findings = validateConfigurations(document).first;
     ASSERT_EQ(findings.size(), 1u) << CString(each.to).utf8();
     EXPECT_EQ(findings[0].kind, each.kind) << describe(findings[0]).utf8();
   }
   CMarkup classless;
   ASSERT_TRUE(classless.SetDoc(u"<CFGConfigCFGGeneralSettings>" + columnText(u"FB_HG", u"1") +
                                u"</CFGConfigCFGGeneralSettings>"));
-  const auto findings = validateConfigurations(classless);
+  const auto findings = validateConfigurations(classless).first;
   ASSERT_EQ(findings.size(), 1u);
   EXPECT_EQ(findings[0].kind, missingClass);
 }
@@ -265,7 +267,7 @@ TEST(ConfigFile, ValidationSaysWhatProgramsRead) {
   for (const auto& each : cases) {
     CMarkup document;
     ASSERT_TRUE(document.SetDoc(minimalText(columnText(each.key, each.value))));
-    auto findings = validateConfigurations(document);
+    auto findings = validateConfigurations(document).first;
     std::erase_if(findings, [](const auto& f) { return f.kind == FindingKind::missingKey; });
     ASSERT_EQ(findings.size(), 1u) << CString(each.value).utf8();
     EXPECT_EQ(describe(findings[0]), each.sentence);
@@ -275,7 +277,7 @@ TEST(ConfigFile, ValidationSaysWhatProgramsRead) {
 TEST(ConfigFile, ValidationFindsWhatIsMissingAndDoubleAndBroken) {
   CMarkup document;
   ASSERT_TRUE(document.SetDoc(fileText({{u"Name=\"KT_Message\"", u"Name=\"KT_LZ\""}})));
-  const auto findings = validateConfigurations(document);
+  const auto findings = validateConfigurations(document).first;
   ASSERT_EQ(findings.size(), 2u);
   EXPECT_EQ(findings[0].kind, FindingKind::missingKey);
   EXPECT_EQ(findings[0].key, u"KT_Message");
@@ -285,12 +287,12 @@ TEST(ConfigFile, ValidationFindsWhatIsMissingAndDoubleAndBroken) {
   ASSERT_TRUE(document.SetDoc(u"<CFGConfigCFGClassHeader><CFGClass>" +
                               columnText(u"Class", u"one\ntwo") + columnText(u"Description", u"") +
                               u"</CFGClass></CFGConfigCFGClassHeader>"));
-  const auto broken = validateConfigurations(document);
+  const auto broken = validateConfigurations(document).first;
   ASSERT_EQ(broken.size(), 1u);
   EXPECT_EQ(broken[0].kind, FindingKind::lineBreak);
 
   ASSERT_TRUE(document.SetDoc(u"<r><CFGConfigX><CFGClass/></CFGConfigX></r>"));
-  const auto unknown = validateConfigurations(document);
+  const auto unknown = validateConfigurations(document).first;
   ASSERT_EQ(unknown.size(), 1u);
   EXPECT_EQ(unknown[0].kind, FindingKind::unknownClass);
   EXPECT_EQ(unknown[0].className, u"CFGConfigX");

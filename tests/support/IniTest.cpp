@@ -486,5 +486,33 @@ TEST(IniCheck, FindsWhatReadersTripOver) {
   }
 }
 
+TEST(IniCheck, ProblemsThatAreNotKeptAreCounted) {
+  std::string file = "[A]\n";
+  for (int i = 0; i < 5'000; ++i) file += "nothing\n";
+  const Problems<IniProblem> problems = checkIni(file, 3);
+  EXPECT_EQ(problems.count, 5'000u);
+  ASSERT_EQ(problems.first.size(), 3u);
+  EXPECT_EQ(problems.first[2].line, 4);
+  EXPECT_EQ(checkIni(file).leftOut(), 4'000u);
+  EXPECT_EQ(checkIni(file, noProblemLimit).leftOut(), 0u);
+}
+
+TEST(IniCheck, TheFirstProblemsAreKeptInWhateverOrderTheyAreFound) {
+  for (const std::size_t limit : {0, 1, 4, 100}) {
+    ProblemCollector<std::size_t> collector(limit);
+    std::vector<std::size_t> all;
+    for (std::size_t i = 0; i < 60; ++i) {
+      const std::size_t place = i * 37 % 30;  // each twice
+      collector.add(place, 0, [&] { return place * 100 + i; });
+      all.push_back(place * 100 + i);
+    }
+    std::ranges::sort(all);
+    all.resize(std::min(limit, all.size()));
+    const Problems<std::size_t> problems = std::move(collector).finish();
+    EXPECT_EQ(problems.first, all);
+    EXPECT_EQ(problems.count, 60u);
+  }
+}
+
 }  // namespace
 }  // namespace kpx

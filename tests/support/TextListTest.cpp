@@ -137,11 +137,12 @@ TEST(TextList, BadLinesAreNamedAndTheOthersRead) {
   for (const std::string_view line : bad) bytes += std::string(line) + "\n";
   bytes += "2\tlast \\u00e4";
   TextList list;
-  const std::vector<TextTableProblem> problems = readTextTable(bytes, list);
-  ASSERT_EQ(problems.size(), std::size(bad));
-  for (std::size_t i = 0; i < problems.size(); ++i) {
-    EXPECT_EQ(problems[i].line, static_cast<int>(i) + 4) << bad[i];
-    EXPECT_FALSE(problems[i].message.IsEmpty());
+  const Problems<TextTableProblem> problems = readTextTable(bytes, list);
+  ASSERT_EQ(problems.count, std::size(bad));
+  ASSERT_EQ(problems.leftOut(), 0U);
+  for (std::size_t i = 0; i < problems.count; ++i) {
+    EXPECT_EQ(problems.first[i].line, static_cast<int>(i) + 4) << bad[i];
+    EXPECT_FALSE(problems.first[i].message.IsEmpty());
   }
   EXPECT_EQ(list, listOf({{1, u"first"}, {2, u"last ä"}}));
 }
@@ -233,7 +234,7 @@ TEST(TextCheck, FindsWhatDoesNotMatch) {
       {u"Höhe", u"", {Kind::emptyText}},
   };
   for (const auto& each : cases) {
-    const std::vector<TextFinding> found =
+    const Problems<TextFinding> found =
         checkTexts(listOf({{5, CString(each.other)}}), listOf({{5, CString(each.german)}}));
     std::vector<Kind> kinds;
     for (const TextFinding& finding : found) {
@@ -242,13 +243,13 @@ TEST(TextCheck, FindsWhatDoesNotMatch) {
     }
     EXPECT_EQ(kinds, each.findings) << CString(each.other).utf8();
   }
-  const std::vector<TextFinding> found =
+  const Problems<TextFinding> found =
       checkTexts(listOf({{1, u"a"}, {2, u"b"}, {1, u"c"}}), listOf({{1, u"x"}, {1, u"a"}}));
-  ASSERT_EQ(found.size(), 2U);
-  EXPECT_EQ(found[0].kind, Kind::unknownId);
-  EXPECT_EQ(found[0].index, 1U);
-  EXPECT_EQ(found[1].kind, Kind::repeatedId);
-  EXPECT_EQ(found[1].id, 1);
+  ASSERT_EQ(found.count, 2U);
+  EXPECT_EQ(found.first[0].kind, Kind::unknownId);
+  EXPECT_EQ(found.first[0].index, 1U);
+  EXPECT_EQ(found.first[1].kind, Kind::repeatedId);
+  EXPECT_EQ(found.first[1].id, 1);
 }
 
 }  // namespace

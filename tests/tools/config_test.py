@@ -505,6 +505,13 @@ class BadInputTest(ToolTest):
             out, _ = self.answers(1, "xml", "check", path)
             self.assertIn(name, out)
 
+    def test_warnings_are_no_refusal(self):
+        path = self.write("type.xml", "<!DOCTYPE a SYSTEM 'a.dtd'><a>&b;</a>")
+        out, _ = self.answers(0, "xml", "check", path)
+        self.assertRegex(out, r":1:1: warning: .*document type.*\n.*: well-formed\n$")
+        found = json.loads(self.answers(0, "xml", "check", path, "--json")[0])[0]
+        self.assertTrue(found["well_formed"] and found["problems"][0]["warning"])
+
     def test_check_names_what_other_programs_refuse(self):
         path = self.write("odd.xml", '<a>\n<b c=d e="1" e="2">&x; & </b>\n</a>')
         out, _ = self.answers(1, "xml", "check", path)

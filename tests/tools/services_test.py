@@ -11,7 +11,52 @@ import unittest.mock
 import zipfile
 from pathlib import Path
 
+from runner import RUNNER
 from tool import KPX, ON_WINDOWS, PROGRAM, ToolTest, kpx
+
+
+@unittest.skipIf(os.name != "posix" or RUNNER or os.environ.get("KPX_SANITIZED"),
+                 "needs the memory of kpx alone")
+class MemoryTest(ToolTest):
+    def test_inputs_of_nothing_but_mistakes_stay_below_sixty_times_their_size(self):
+        size = 2 << 20
+
+        def filled(piece):
+            return piece * (size // len(piece) + 1)
+        registry = b"Windows Registry Editor Version 5.00\n"
+        names = b"".join(b"<%x>" % (i * 2654435761 % 2 ** 32) for i in range(size // 9))
+        configuration = b"<CFGConfigX><CFGClass>%s</CFGClass></CFGConfigX>"
+        for verb, content in {
+            ("xml", "check", "open.xml"): filled(b"<a>"),
+            ("xml", "stats", "lone.xml"): filled(b"<a>") + b"</b>" * 1000,
+            ("xml", "check", "names.xml"): names + b"</zz>" * 1000,
+            ("xml", "check", "attributes.xml"): b"<r " + filled(b"b ") + b"/>",
+            ("xml", "check", "ampersands.xml"): b"<r>" + filled(b"&") + b"</r>",
+            ("config", "validate", "foreign.xml"): (configuration % filled(b"<x/>")).replace(
+                b"X>", b"CFGClassHeader>"),
+            ("ini", "check", "lines.ini"): filled(b"x\n"),
+            ("ini", "check", "bytes.ini"): b"\xef\xbb\xbf" + filled(b"\xe4\n"),
+            ("texts", "check", "ids.tsv"): filled(b"1\t\n"),
+            ("texts", "check", "brackets.tsv"): b'{"texts":' + filled(b"["),
+            ("registry", "import", "wrong.reg"): registry + b"[HKCU\\A]\n" + filled(b"@=-\n") + b"x",
+        }.items():
+            with self.subTest(verb=verb):
+                path = self.write(verb[2], content)
+                process = subprocess.Popen([PROGRAM, *verb[:2], path], stdout=subprocess.DEVNULL,
+                                           stderr=subprocess.DEVNULL)
+                _, status, usage = os.wait4(process.pid, 0)
+                process.returncode = os.waitstatus_to_exitcode(status)
+                self.assertIn(process.returncode, (1, 3))
+                self.assertLess(usage.ru_maxrss * 1024, 60 * len(content))
+
+    def test_more_than_a_thousand_problems_are_counted(self):
+        path = self.write("many.ini", "[A]\n" + "nothing\n" * 1500)
+        out, _ = self.answers(1, "ini", "check", path)
+        self.assertEqual(len(out.splitlines()), 1001)
+        self.assertTrue(out.endswith(f"{path}: 500 more; --all prints them\n"), out[-200:])
+        self.assertEqual(len(self.answers(1, "ini", "check", path, "--all")[0].splitlines()), 1500)
+        found = json.loads(self.answers(1, "ini", "check", path, "--json")[0])[0]
+        self.assertEqual((len(found["problems"]), found["left_out"]), (1000, 500))
 
 
 class IniTest(ToolTest):

@@ -185,6 +185,13 @@ TEST(Encoding, WhatAnEncodingDoesNotHaveIsWrittenAsMarkupAllows) {
       {u"<a \x30AB€='€'>\x30AB€</a>", 50220,
        "<a \x1B$B%+\x1B(B_='&#8364;'>\x1B$B%+\x1B(B&#8364;</a>", 2, 1},
       {u"unfinished <a €", 28591, "unfinished <a &#8364;", 1, 0},
+      // What no reference can name.
+      {{u"<a>\0</a>", 8}, 65001, "<a>\xEF\xBF\xBD</a>", 0, 1},
+      {{u"<a>\0</a>", 8}, 1201, "\0<\0a\0>\xFF\xFD\0<\0/\0a\0>"sv, 0, 1},
+      {u"<a>\xFFFF</a>", 28591, "<a>?</a>", 0, 1},
+      // What would be written, but read back as another character.
+      {u"<a b='¥'>~</a>", 932, "<a b='&#165;'>~</a>", 1, 0},
+      {u"<a>\x1B</a>", 50220, "<a>?</a>", 0, 1},
   };
   for (const Case& each : cases) {
     const EncodedText encoded = encodeMarkupText(each.text, {each.codePage});

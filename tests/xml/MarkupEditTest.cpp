@@ -1,12 +1,13 @@
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <new>
 #include <random>
 #include <string>
 #include <vector>
 
+#include "kpx/report/Error.h"
 #include "kpx/xml/CMarkup.h"
+#include "kpx/xml/MarkupCheck.h"
 #include "kpx/xml/MarkupValidator.h"
 #include "tests/common/FailingAllocations.h"
 #include "tests/common/TextPrinter.h"
@@ -90,22 +91,62 @@ TEST(MarkupEdit, AddedElementsStandOnTheirOwnLines) {
       {u"", u"", add, u"<n/>\r\n"},
       {u"<?xml version='1.0'?>", u"", add, u"<?xml version='1.0'?>\r\n<n/>\r\n"},
       {u"<?xml version='1.0'?>\n<!-- c -->\n", u"", insert,
-       u"<?xml version='1.0'?>\n<!-- c -->\n<n/>\r\n"},
+       u"<?xml version='1.0'?>\n<!-- c -->\n<n/>\n"},
       {u"<a/>", u"a", addChild, u"<a>\r\n<n>a&lt;b</n>\r\n</a>"},
       {u"<a x='1' />", u"a", addChild, u"<a x='1' >\r\n<n>a&lt;b</n>\r\n</a>"},
       {u"<a x=b//>", u"a", insertChild, u"<a x=b/ >\r\n<n/>\r\n</a>"},
       {u"<a></a>", u"a", insertChild, u"<a>\r\n<n/>\r\n</a>"},
-      {u"<a>\n  </a>", u"a", addChild, u"<a>\n<n>a&lt;b</n>\r\n  </a>"},
-      {u"<a>data</a>", u"a", insertChild, u"<a>data<n/>\r\n</a>"},
+      {u"<a>\n  </a>", u"a", addChild, u"<a>\n<n>a&lt;b</n>\n  </a>"},
       {u"<r><a/><b/></r>", u"a", add, u"<r><a/>\r\n<n/>\r\n<b/></r>"},
-      {u"<r>\n  <a/>\t\n  <b/>\n</r>", u"a", add, u"<r>\n  <a/>\t\n<n/>\r\n  <b/>\n</r>"},
-      {u"<r>\n  <a/>\n  <b/>\n</r>", u"b", insert, u"<r>\n  <a/>\n<n/>\r\n  <b/>\n</r>"},
-      {u"<r><a/> text <b/></r>", u"b", insert, u"<r><a/> text <n/>\r\n<b/></r>"},
+      {u"<r>\n  <a/>\t\n  <b/>\n</r>", u"a", add, u"<r>\n  <a/>\t\n<n/>\n  <b/>\n</r>"},
+      {u"<r>\n  <a/>\n  <b/>\n</r>", u"b", insert, u"<r>\n  <a/>\n<n/>\n  <b/>\n</r>"},
+      {u"<r>\r<a/></r>\n", u"a", add, u"<r>\r<a/>\r<n/>\r</r>\n"},
+      {u"<r><a/><!--c--> </r>", u"r", addChild, u"<r><a/><!--c--> <n>a&lt;b</n>\r\n</r>"},
+      {u"<r>\n<a/>\n<!--c-->\n</r>", u"r", addChild, u"<r>\n<a/>\n<!--c-->\n<n>a&lt;b</n>\n</r>"},
       {u"<r>\r\n<a/>\r\n<b/>\r\n</r>", u"r", addBehindChild,
        u"<r>\r\n<a/>\r\n<n/>\r\n<b/>\r\n</r>"},
       {u"<a/>", u"", addChild, u"<a/>\r\n<n>a&lt;b</n>\r\n"},
       {u"<r><a></r>", u"a", addChild, u"<r><a>\r\n<n>a&lt;b</n>\r\n</a></r>"},
       {u"<!-- never ended", u"", add, u"<n/>\r\n<!-- never ended"},
+  });
+}
+
+TEST(MarkupEdit, TextBesideElementsStaysAsItIs) {
+  const auto add = [](CMarkup& d) { return d.AddElem(u"n"); };
+  const auto insert = [](CMarkup& d) { return d.InsertElem(u"n"); };
+  const auto addChild = [](CMarkup& d) { return d.AddChildElem(u"n"); };
+  const auto insertChild = [](CMarkup& d) { return d.InsertChildElem(u"n"); };
+  const auto remove = [](CMarkup& d) { return d.RemoveElem(); };
+  check({
+      {u"<a>data</a>", u"a", insertChild, u"<a>data<n/></a>"},
+      {u"<r>\n<a/>\n<b/> t</r>", u"a", add, u"<r>\n<a/><n/>\n<b/> t</r>"},
+      {u"<r>t\n <a/>\n<b/></r>", u"b", insert, u"<r>t\n <a/>\n<n/><b/></r>"},
+      {u"<r>\n<a/>\nt\n</r>", u"r", addChild, u"<r>\n<a/>\nt\n<n/></r>"},
+      {u"<r><![CDATA[t]]><a/>\n</r>", u"r", addChild, u"<r><![CDATA[t]]><a/>\n<n/></r>"},
+      {u"<r>&#32;<a/></r>", u"a", add, u"<r>&#32;<a/><n/></r>"},
+      {u"<r>\n<a>t</a>\n</r>", u"a", add, u"<r>\n<a>t</a>\n<n/>\n</r>"},
+      {u"<r><a/></r>", u"a",
+       [](CMarkup& d) {
+         // What is known of a parent changes with it.
+         return d.AddElem(u"b") && d.AddNode(MarkupNode::text, u"t") && d.AddElem(u"c") &&
+                d.FindPrevElem() && d.AddElem(u"d");
+       },
+       u"<r><a/>\r\n<b/><d/>t\r\n<c/></r>"},
+      {u"<r>\nt\n<a/>\n</r>", u"a", remove, u"<r>\nt\n\n</r>"},
+      // Text that comes together does not close a CDATA section that there is not.
+      {u"<r>]]<a/>></r>", u"a", remove, u"<r>]]&gt;</r>"},
+      {u"<r>]]<!--c-->>t</r>", u"r",
+       [](CMarkup& d) {
+         return d.IntoElem() && d.FindNode(MarkupNode::comment) != 0 && d.RemoveNode() &&
+                d.GetData() == u"]]>t";
+       },
+       u"<r>]]&gt;t</r>"},
+      {u"<r>></r>", u"r",
+       [](CMarkup& d) {
+         return d.IntoElem() && d.FindNode(MarkupNode::text) != 0 &&
+                d.InsertNode(MarkupNode::text, u"]]") && d.GetData() == u"]]>";
+       },
+       u"<r>]&#93;></r>"},
   });
 }
 
@@ -119,7 +160,7 @@ TEST(MarkupEdit, SubDocumentsKeepTheirText) {
        u"<r>\r\n<x><y a='1'/>t<z/></x>\r\n<x><y a='1'/>t<z/></x>\r\n</r>"},
       {u"<r>\n<a/>\n</r>", u"a",
        [](CMarkup& d) { return d.InsertSubDoc(u"<x>\n<y/></x>") && d.AddSubDoc(u"<z/>"); },
-       u"<r>\n<x>\n<y/></x>\r\n<z/>\r\n<a/>\n</r>"},
+       u"<r>\n<x>\n<y/></x>\n<z/>\n<a/>\n</r>"},
       {u"<r><a/></r>", u"r",
        [](CMarkup& d) {
          // A part of the document itself.
@@ -238,9 +279,9 @@ TEST(MarkupEdit, NamesAndDataAreReplaced) {
        [](CMarkup& d) { return d.FindChildElem() && d.SetChildTagName(u"r"); }, u"<r><r/></r>"},
       {u"<r><a/><b/></r>", u"a", [](CMarkup& d) { return d.SetData(u"1 & \"2\""); },
        u"<r><a>1 &amp; \"2\"</a><b/></r>"},
-      {u"<a>old<!--c--></a>", u"a",
-       [](CMarkup& d) { return d.SetData(u"&auml; &", MarkupFlag::withReferences); },
-       u"<a>&auml; &amp;</a>"},
+      {u"<!DOCTYPE a [<!ENTITY auml 'ä'>]><a>old<!--c--></a>", u"a",
+       [](CMarkup& d) { return d.SetData(u"&auml; &#228; &", MarkupFlag::withReferences); },
+       u"<!DOCTYPE a [<!ENTITY auml 'ä'>]><a>&auml; &#228; &amp;</a>"},
       {u"<a/>", u"a", [](CMarkup& d) { return d.SetData(u"<]]>", MarkupFlag::withCData); },
        u"<a><![CDATA[<]]]]><![CDATA[>]]></a>"},
       {u"<a>old</a>", u"a", [](CMarkup& d) { return d.SetData(u""); }, u"<a></a>"},
@@ -303,8 +344,9 @@ TEST(MarkupEdit, RefusedChangesLeaveTheDocumentAsItWas) {
       {u"<r><a/></r>", u"a",
        [](CMarkup& d) {
          bool any = false;
-         for (const char16_t* name : {u"", u"1", u"-a", u"a b", u"a=", u"a>", u"a/", u"a\"", u"a'",
-                                      u"a\n", u"<a", u"a[1]", u"a&b", u"\x01", u"@"}) {
+         for (const char16_t* name :
+              {u"", u"1", u"-a", u"a b", u"a=", u"a>", u"a/", u"a\"", u"a'", u"a\n", u"<a", u"a[1]",
+               u"a&b", u"\x01", u"@", u"a{", u"|", u"\xD7", u"a\xD800"}) {
            any |= d.SetTagName(name) || d.AddElem(name) || d.AddChildElem(name) ||
                   d.SetAttrib(name, u"1") || d.AddNode(MarkupNode::element, name);
          }
@@ -314,8 +356,15 @@ TEST(MarkupEdit, RefusedChangesLeaveTheDocumentAsItWas) {
        [](CMarkup& d) {
          bool any = false;
          for (const char16_t* markup :
-              {u"", u"text", u"<a>", u"<a/><b/>", u"</a>", u"<a></b></a>", u"<!--c-->", u"<a/><"}) {
+              {u"", u"text", u"<a>", u"<a/><b/>", u"</a>", u"<a></b></a>", u"<!--c-->", u"<a/><",
+               u"<a b=1/>", u"<a b='' b=''/>", u"<a>&</a>", u"<a>&e;</a>", u"<a>]]></a>",
+               u"<a b='<'/>", u"<a><!--b--c--></a>", u"<{/>", u"<a></a b>",
+               u"<!DOCTYPE a [<!ENTITY e ''>]><a>&e;</a>"}) {
            any |= d.AddSubDoc(markup) || d.InsertChildSubDoc(markup);
+         }
+         for (const char16_t* data : {u"&e;", u"&#1;", u"&#X41;"}) {
+           any |= d.SetData(data, MarkupFlag::withReferences) ||
+                  d.AddElem(u"b", data, MarkupFlag::withReferences);
          }
          return any;
        }},
@@ -326,10 +375,29 @@ TEST(MarkupEdit, RefusedChangesLeaveTheDocumentAsItWas) {
          const struct {
            int type;
            const char16_t* text;
-         } nodes[] = {{2, u""},    {2, u" "},     {4, u"x"},          {4, u""},
-                      {8, u"]]>"}, {16, u"a?>b"}, {32, u"-->"},       {32, u"a-->b"},
-                      {64, u"x"},  {64, u"<!D>"}, {64, u"<!DOCTYPE"}, {64, u"<!DOCTYPE a><b/>"},
-                      {128, u"a"}, {0, u"a"},     {3, u"a"},          {-1, u"a"}};
+         } nodes[] = {{2, u""},
+                      {2, u" "},
+                      {4, u"x"},
+                      {4, u""},
+                      {8, u"]]>"},
+                      {16, u"a?>b"},
+                      {32, u"-->"},
+                      {32, u"a-->b"},
+                      {64, u"x"},
+                      {64, u"<!D>"},
+                      {64, u"<!DOCTYPE"},
+                      {64, u"<!DOCTYPE a><b/>"},
+                      {128, u"a"},
+                      {0, u"a"},
+                      {3, u"a"},
+                      {-1, u"a"},
+                      {32, u"a--b"},
+                      {32, u"a-"},
+                      {16, u""},
+                      {16, u"1"},
+                      {16, u"xml"},
+                      {16, u"XmL a='b'"},
+                      {64, u"<!DOCTYPE a>"}};
          bool any = false;
          for (const auto& node : nodes) {
            any |= d.AddNode(node.type, node.text) || d.InsertNode(node.type, node.text);
@@ -340,6 +408,27 @@ TEST(MarkupEdit, RefusedChangesLeaveTheDocumentAsItWas) {
        [](CMarkup& d) {
          return !d.FindElem() || !d.IntoElem() || !d.FindNode() || d.SetData(u"-->") ||
                 d.IntoElem() || d.SetAttrib(u"a", u"");
+       }},
+      // At the document level
+      {u"<?xml\nversion='1.0'?><!DOCTYPE a [<!ENTITY e ''>]><a>&e;</a>", u"",
+       [](CMarkup& d) {
+         bool any = d.AddNode(MarkupNode::text, u"t") ||
+                    d.AddNode(MarkupNode::cdataSection, u"t") ||
+                    d.AddNode(MarkupNode::documentType, u"<!DOCTYPE a>") ||
+                    d.AddNode(MarkupNode::processingInstruction, u"xml version='1.0'");
+         any |= d.FindNode() != MarkupNode::processingInstruction;  // the declaration
+         for (const int type : {MarkupNode::whitespace, MarkupNode::comment}) {
+           any |= d.InsertNode(type, u" ");
+         }
+         any |= d.InsertElem(u"n") || d.AddElem(u"n") || d.SetData(u"xml") ||
+                d.SetData(u"xml version=\"1.0\" standalone=no");
+         any |= d.FindNode() != MarkupNode::documentType;
+         return any || d.InsertElem(u"n") || d.RemoveNode() || d.SetData(u"<!DOCTYPE a>");
+       }},
+      {u"<a/> ", u"a",
+       [](CMarkup& d) {
+         return d.AddNode(MarkupNode::documentType, u"<!DOCTYPE a>") || d.FindNode() == 0 ||
+                d.SetData(u"t") || d.SetData(u" ", MarkupFlag::withCData);
        }},
       // An end tag that had no start tag would find one; a start tag without an end would get one.
       {u"<r></b></r>", u"r", [](CMarkup& d) { return d.SetTagName(u"b"); }},
@@ -385,40 +474,109 @@ TEST(MarkupEdit, LongestNamesAndDeepestLevelsCanBeUsed) {
   EXPECT_EQ(MarkupValidator::check(document), "");
 }
 
-TEST(MarkupEdit, RunningOutOfMemoryChangesNothing) {
+// The number that was reported, or -1 after several.
+int reported = 0;
+void noteReport(int number) noexcept { reported = reported == 0 ? number : -1; }
+
+// Whatever allocation fails: the operation reports it, answers what is neutral, and changes
+// nothing.
+TEST(MarkupEdit, RunningOutOfMemoryIsReportedAndChangesNothing) {
   const CString value(u"a value that is too long for the text itself <");
-  const Edit edits[] = {
-      [](CMarkup& d) { return d.AddElem(u"aVeryLongNameOfAnElement", u"data <"); },
-      [](CMarkup& d) {
-        return d.AddChildSubDoc(u"<x><y/><y/><y/><y/><y/><y/><y/><y/><y/><z><y>t</y></z></x>");
-      },
-      [&](CMarkup& d) { return d.SetAttrib(u"aVeryLongNameOfAnAttribute", value); },
-      [&](CMarkup& d) { return d.SetData(value); },
-      [](CMarkup& d) { return d.SetTagName(u"aVeryLongNameOfAnElement"); },
-      [&](CMarkup& d) { return d.AddNode(MarkupNode::comment, value); },
-      [&](CMarkup& d) { return d.SavePos(value); },
+  const CString name(u"aVeryLongNameOfAnElement");
+  const auto text = [](const CString& answer) { return !answer.IsEmpty(); };
+  const struct {
+    const char* operation;
+    Edit edit;
+  } cases[] = {
+      {"AddElem", [&](CMarkup& d) { return d.AddElem(name, value); }},
+      {"InsertElem", [&](CMarkup& d) { return d.InsertElem(name, value); }},
+      {"AddChildElem", [&](CMarkup& d) { return d.AddChildElem(name, value); }},
+      {"InsertChildElem", [&](CMarkup& d) { return d.InsertChildElem(name, value); }},
+      {"AddSubDoc", [](CMarkup& d) { return d.AddSubDoc(u"<x b='&lt;'><y/><z>t</z></x>"); }},
+      {"InsertSubDoc", [](CMarkup& d) { return d.InsertSubDoc(u"<x b='&lt;'><y/><z/></x>"); }},
+      {"AddChildSubDoc",
+       [](CMarkup& d) {
+         return d.AddChildSubDoc(u"<x><y/><y/><y/><y/><y/><y/><y/><y/><y/><z><y>t</y></z></x>");
+       }},
+      {"InsertChildSubDoc",
+       [](CMarkup& d) { return d.InsertChildSubDoc(u"<x b='&lt;'><y/></x>"); }},
+      {"SetTagName", [&](CMarkup& d) { return d.SetTagName(name); }},
+      {"SetChildTagName", [&](CMarkup& d) { return d.SetChildTagName(name); }},
+      {"SetData", [&](CMarkup& d) { return d.IntoElem() && d.SetData(value); }},
+      {"SetChildData", [&](CMarkup& d) { return d.SetChildData(value); }},
+      {"SetAttrib", [&](CMarkup& d) { return d.SetAttrib(name, value); }},
+      {"SetChildAttrib", [&](CMarkup& d) { return d.SetChildAttrib(name, value); }},
+      {"RemoveAttrib", [&](CMarkup& d) { return d.RemoveAttrib(u"name"); }},
+      {"RemoveChildAttrib", [&](CMarkup& d) { return d.RemoveChildAttrib(u"name"); }},
+      {"AddNode", [&](CMarkup& d) { return d.AddNode(MarkupNode::comment, value); }},
+      {"InsertNode", [&](CMarkup& d) { return d.InsertNode(MarkupNode::comment, value); }},
+      {"RemoveNode",
+       [](CMarkup& d) {
+         return (d.ResetPos(), d.FindNode(MarkupNode::documentType)) && d.RemoveNode();
+       }},
+      {"SavePos", [&](CMarkup& d) { return d.SavePos(value); }},
+      {"GetTagName", [&](CMarkup& d) { return text(d.GetTagName()); }},
+      {"GetChildTagName", [&](CMarkup& d) { return text(d.GetChildTagName()); }},
+      {"GetData", [&](CMarkup& d) { return d.IntoElem() && text(d.GetData()); }},
+      {"GetChildData", [&](CMarkup& d) { return text(d.GetChildData()); }},
+      {"GetAttrib", [&](CMarkup& d) { return text(d.GetAttrib(u"name")); }},
+      {"GetChildAttrib", [&](CMarkup& d) { return text(d.GetChildAttrib(u"name")); }},
+      {"GetNthAttrib",
+       [n = CString(), v = CString()](CMarkup& d) mutable { return d.GetNthAttrib(0, n, v); }},
+      {"GetNthChildAttrib",
+       [n = CString(), v = CString()](CMarkup& d) mutable { return d.GetNthChildAttrib(0, n, v); }},
+      {"GetSubDoc", [&](CMarkup& d) { return text(d.GetSubDoc()); }},
+      {"GetChildSubDoc", [&](CMarkup& d) { return text(d.GetChildSubDoc()); }},
+      {"GetElemContent", [&](CMarkup& d) { return text(d.GetElemContent()); }},
+      {"GetError", [&](CMarkup& d) { return text(d.GetError()); }},
+      {"EscapeText", [&](CMarkup&) { return text(CMarkup::EscapeText(value)); }},
+      {"UnescapeText", [&](CMarkup&) { return text(CMarkup::UnescapeText(value)); }},
+      {"EncodeBase64",
+       [&](CMarkup&) {
+         return text(
+             CMarkup::EncodeBase64(reinterpret_cast<const unsigned char*>("some bytes"), 10));
+       }},
+      {"GetDeclaredEncoding",
+       [&](CMarkup&) {
+         return text(CMarkup::GetDeclaredEncoding(u"<?xml encoding='a-long-name'?>"));
+       }},
   };
-  for (const Edit& edit : edits) {
+  const CMarkup original(
+      u"<!DOCTYPE aVeryLongTagName><aVeryLongTagName name='a long value'><anotherLongTagName "
+      u"name='a long value'>some longer data</anotherLongTagName></aVeryLongTagName></lone>");
+  setErrorSink(&noteReport);
+  for (const auto& each : cases) {
     int failures = 0;
     for (bool done = false; !done; ++failures) {
-      CMarkup document(u"<r><a/></r>");
+      CMarkup document(original);
       document.FindElem();
       document.FindChildElem();
-      document.IntoElem();
       const CString before = document.GetDoc();
-      try {
+      reported = 0;
+      {
         const FailingAllocations failing(failures);
-        done = edit(document);
-      } catch (const std::bad_alloc&) {
-        done = false;
+        done = each.edit(document);
       }
-      EXPECT_EQ(MarkupValidator::check(document), "");
-      EXPECT_EQ(document.GetTagName().IsEmpty(), document.GetNodeType() != 1);
-      EXPECT_TRUE(done || document.GetDoc() == before);
-      ASSERT_LT(failures, 100);
+      const std::string expected = done ? "" : std::string("CMarkup::") + each.operation;
+      ASSERT_EQ(operationOf(reported), expected) << reported << " at allocation " << failures;
+      EXPECT_EQ(MarkupValidator::check(document), "") << each.operation;
+      EXPECT_TRUE(done || document.GetDoc() == before) << each.operation;
+      ASSERT_LT(failures, 100) << each.operation;
     }
-    EXPECT_GT(failures, 1);
+    EXPECT_GT(failures, 1) << each.operation;
   }
+
+  CMarkup document(original);
+  const CString before = document.GetDoc();
+  const CString longText(u' ', 1000);
+  reported = 0;
+  {
+    const FailingAllocations failing(0);
+    EXPECT_FALSE(document.SetDoc(longText));
+  }
+  EXPECT_EQ(operationOf(reported), "CMarkup::SetDoc");
+  EXPECT_EQ(document.GetDoc(), before);
+  setErrorSink(nullptr);
 }
 
 // --- saved positions -----------------------------------------------------------------------------
@@ -454,6 +612,19 @@ TEST(MarkupEdit, SavedPositionsMoveWithTheText) {
   EXPECT_EQ(MarkupValidator::check(document), "");
 }
 
+TEST(MarkupEdit, EmptyDataForAnEmptyElementKeepsPositionsInIt) {
+  for (const char16_t* const text : {u"<r><a/></r>", u"<r><a></a></r>"}) {
+    CMarkup document(text);
+    ASSERT_TRUE(goTo(document, u"a"));
+    document.IntoElem();
+    document.SavePos(u"inside");
+    document.OutOfElem();
+    EXPECT_TRUE(document.SetData(u""));
+    EXPECT_TRUE(document.RestorePos(u"inside"));
+    EXPECT_EQ(document.GetDoc(), text);
+  }
+}
+
 // --- random changes ------------------------------------------------------------------------------
 
 class RandomEditor {
@@ -463,10 +634,14 @@ class RandomEditor {
   void run(int steps) {
     for (int step = 0; step < steps; ++step) {
       const CString before = document_.GetDoc();
+      const bool wasRight = isRight();
       const int kind = pick(24);
       const bool done = act(kind);
       const bool isChange = kind >= 10;
       ASSERT_TRUE((isChange && done) || document_.GetDoc() == before) << "action " << kind;
+      ASSERT_TRUE(!wasRight || isRight())
+          << "action " << kind << " made of " << before.utf8() << "\n"
+          << document_.GetDoc().utf8();
       ASSERT_EQ(problem(document_), "") << "action " << kind << " made of " << before.utf8() << "\n"
                                         << document_.GetDoc().utf8();
     }
@@ -475,12 +650,28 @@ class RandomEditor {
  private:
   int pick(int count) { return std::uniform_int_distribution<int>(0, count - 1)(random_); }
   std::u16string_view name() {
-    constexpr std::u16string_view names[] = {u"a", u"b", u"c", u"longer-name", u"\u00e4"};
-    return names[pick(5)];
+    constexpr std::u16string_view names[] = {u"a", u"b",  u"c",  u"longer-name", u"\u00e4",
+                                             u"a", u"a{", u"1a", u"\u00d7"};
+    return names[pick(9)];
   }
   std::u16string_view data() {
-    constexpr std::u16string_view texts[] = {u"", u"x", u"a < b & \"c\"", u" \r\n", u"]]>"};
-    return texts[pick(5)];
+    constexpr std::u16string_view texts[] = {u"",   u"x", u"a < b & \"c\"", u" \r\n", u"]]>",
+                                             u"]]", u">", u"\x01",          u"&e;",   u"&#1;"};
+    return texts[pick(10)];
+  }
+  std::u16string_view nodeText() {
+    constexpr std::u16string_view texts[] = {u"--",
+                                             u"a-",
+                                             u"a b",
+                                             u"1",
+                                             u"xml version='1.0'",
+                                             u"xml version='1.1'",
+                                             u"xml version='1.0' standalone='yes'",
+                                             u"XML",
+                                             u"<!DOCTYPE a>",
+                                             u"<!DOCTYPE a [<!ENTITY e 'x'>]>",
+                                             u"<!DOCTYPE a SYSTEM 'a.dtd'>"};
+    return pick(2) != 0 ? data() : texts[pick(11)];
   }
   std::u16string_view savedName() { return pick(2) != 0 ? u"1" : u"2"; }
 
@@ -517,7 +708,8 @@ class RandomEditor {
       case 13:
         return d.InsertChildElem(name(), data());
       case 14:
-        return d.AddSubDoc(u"<a x='1'>\n<b/>t<c><a>u</a></c></a>");
+        return d.AddSubDoc(pick(2) != 0 ? u"<a x='1'>\n<b/>t<c><a>u</a></c></a>"
+                                        : u"<a b=1>&e;</a>");
       case 15:
         return d.InsertChildSubDoc(u"<b><b/></b>");
       case 16:
@@ -527,7 +719,7 @@ class RandomEditor {
       case 18:
         return d.SetTagName(name());
       case 19:
-        return d.SetData(data(), flags[pick(4)]);
+        return d.SetData(nodeText(), flags[pick(4)]);
       case 20:
         return d.SetAttrib(name(), data());
       case 21:
@@ -536,9 +728,26 @@ class RandomEditor {
         return d.RemoveAttrib(name());
       default:
         return pick(3) == 0 ? d.RemoveNode()
-                            : (pick(2) != 0 ? d.AddNode(1 << pick(8), data())
-                                            : d.InsertNode(1 << pick(8), data()));
+                            : (pick(2) != 0 ? d.AddNode(1 << pick(8), nodeText())
+                                            : d.InsertNode(1 << pick(8), nodeText()));
     }
+  }
+
+  // Whether other programs take the document, but for the number of its roots and for odd
+  // characters in values.
+  bool isRight() const {
+    using Kind = MarkupProblemKind;
+    bool right = true;
+    const auto take = [&](const MarkupProblem& problem) {
+      right = right &&
+              (MarkupCheck::isWarning(problem.kind) || problem.kind == Kind::forbiddenCharacter ||
+               problem.kind == Kind::rootHasSibling || problem.kind == Kind::noRootElement);
+    };
+    CMarkup parsed;
+    parsed.SetProblemSink(take);
+    parsed.SetDoc(document_.GetDoc());
+    MarkupCheck::check(document_.GetDoc(), take);
+    return right;
   }
 
   std::mt19937 random_;
@@ -550,6 +759,8 @@ TEST(MarkupEdit, RandomChangesKeepRecordsAndTextTogether) {
       u"",
       u"<?xml version=\"1.0\"?>\r\n<r>\r\n<a x=\"1\">data</a>\r\n<b/>\r\n</r>\r\n",
       u"<r>one <a>two</a> three <!--c--> four <b y='1'/><![CDATA[z]]></r>",
+      u"\xFEFF<?xml version='1.0'?>\n<!--c-->\n<!DOCTYPE a [<!ENTITY e 'x'>]>\n<a>&e;</a>\n",
+      u"<?xml\nversion='1.1'?><!DOCTYPE a SYSTEM 'a.dtd'><a>&#1;<b>]]<!--c-->></b>&f;</a>",
       u"<a/><b/>text<c/>",
       u"<r><a>text<b></r>",
       u"<r></b><a></c></a><b></r></a>",

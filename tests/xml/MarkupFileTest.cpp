@@ -111,11 +111,87 @@ TEST(MarkupFile, OutcomesAreRecordedBeforeThoseOfTheParse) {
   }
 
   CMarkup document(u"<?xml version='1.0' encoding='ISO-8859-1'?><a><!--€--></a>");
-  EXPECT_TRUE(document.Save(folder / "out.xml"));
+  EXPECT_TRUE(document.Save(folder / "out.xml", MarkupFlag::allowLoss));
   EXPECT_EQ(document.GetResult(),
             u"<write encoding=\"ISO-8859-1\" length=\"58\"/>"
             u"<converted_to encoding=\"ISO-8859-1\" length=\"58\"/>"
             u"<conversion_loss encoding=\"ISO-8859-1\" count=\"1\" offset2=\"50\"/>");
+}
+
+// Neither what a file holds nor what a document holds gets lost without a word.
+TEST(MarkupFile, SaveRefusesToLose) {
+  const TemporaryFolder folder;
+  const auto refuses = [&](CMarkup& document, const char16_t* loss) {
+    folder.write("out.xml", "old");
+    EXPECT_FALSE(document.Save(folder / "out.xml"));
+    EXPECT_TRUE(document.GetResult().EndsWith(loss)) << document.GetResult().utf8();
+    EXPECT_TRUE(document.GetResult().StartsWith(u"<file_error msg=\"cannot write"));
+    EXPECT_EQ(folder.read("out.xml"), "old");
+    EXPECT_TRUE(document.Save(folder / "out.xml", MarkupFlag::allowLoss));
+    EXPECT_NE(folder.read("out.xml"), "old");
+  };
+  const struct {
+    std::string_view bytes;
+    const char16_t* loss;
+  } files[] = {
+      {"<?xml encoding='UTF-8'?><a>\xE4\xE4</a>", u"<conversion_loss count=\"2\" offset2=\"27\"/>"},
+      {"<?xml encoding='ISO-8859-3'?><a>\xA5</a>",
+       u"<conversion_loss count=\"1\" offset2=\"32\"/>"},
+      // Shift_JIS has two spellings of these; another is written.
+      {"<?xml encoding='Shift_JIS'?><a>\xFA\x54.\xEE\xF9</a>",
+       u"<conversion_loss count=\"4\" offset2=\"31\"/>"},
+      {"<a>\0</a>"sv, u"<conversion_loss count=\"1\" offset2=\"3\"/>"},
+      {"\xFF\xFE<\0a\0/\0>\0 "sv, u"<conversion_loss count=\"1\" offset2=\"10\"/>"},
+  };
+  for (const auto& each : files) {
+    folder.write("in.xml", each.bytes);
+    CMarkup document;
+    EXPECT_TRUE(document.Load(folder / "in.xml"));
+    CMarkup copy(document);
+    refuses(copy, each.loss);
+    document.FindElem();
+    document.SetAttrib(u"changed", 1);
+    refuses(document, each.loss);
+    document.SetDoc(document.GetDoc());
+    EXPECT_TRUE(document.Save(folder / "in.xml"));
+    EXPECT_TRUE(copy.Load(folder / "in.xml"));
+    EXPECT_TRUE(copy.Save(folder / "out.xml"));
+  }
+
+  CMarkup document(u"<a b='\xDC00'>\xD83D\xD83D\xDE00</a>");
+  refuses(document, u"<conversion_loss encoding=\"UTF-8\" count=\"2\" offset2=\"6\"/>");
+  document.SetDoc(u"<?xml encoding='UTF-16'?>" + document.GetDoc());
+  EXPECT_TRUE(document.Save(folder / "out.xml"));
+  EXPECT_TRUE(document.Load(folder / "out.xml"));
+  EXPECT_TRUE(document.GetDoc().EndsWith(u"<a b='\xDC00'>\xD83D\xD83D\xDE00</a>"));
+  document.FindElem();
+  document.SetAttrib(u"b", u"1\0002"sv);
+  refuses(document, u"<conversion_loss encoding=\"UTF-16\" count=\"1\" offset2=\"32\"/>");
+}
+
+// Only who asks for it is told of the other program; what the document wrote itself is its own.
+TEST(MarkupFile, FileThatAnotherProgramChangedIsKeptOnRequest) {
+  const TemporaryFolder folder;
+  const CString path = folder / "a.xml";
+  folder.write("a.xml", "<a/>");
+  CMarkup document;
+  ASSERT_TRUE(document.Load(path));
+  document.SetChildAttrib(u"n", 1);
+  EXPECT_TRUE(document.Save(path, MarkupFlag::unlessChanged));
+  document.SetChildAttrib(u"n", 2);
+  EXPECT_TRUE(document.Save(path, MarkupFlag::unlessChanged));
+  const CMarkup copy(document);
+  folder.write("a.xml", "<a n=\"3\"/>");
+  for (CMarkup each : {copy, document}) {
+    EXPECT_FALSE(each.Save(path, MarkupFlag::unlessChanged));
+    EXPECT_GE(each.GetError().Find(u"changed"), 0) << each.GetError().utf8();
+    // A text that is set in place of the one that was read is to replace the same file.
+    each.SetDoc(u"<b/>");
+    EXPECT_FALSE(each.Save(path, MarkupFlag::unlessChanged));
+  }
+  EXPECT_EQ(folder.read("a.xml"), "<a n=\"3\"/>");
+  EXPECT_TRUE(document.Save(path));
+  EXPECT_EQ(folder.read("a.xml"), "<a n=\"2\"/>");
 }
 
 TEST(MarkupFile, WhatCannotBeReadLeavesTheDocument) {

@@ -115,11 +115,13 @@ TEST(MarkupParse, ErrorsAreRecordedWordedAndLeaveTheRestReadable) {
        u"tag syntax error at offset 3 expecting 'CDATA'", u"a .c "},
       {u"<!DOCTYPES a><a/>", u"<doctype_tag_syntax offset=\"0\"/>",
        u"tag syntax error at offset 0 expecting 'DOCTYPE' [ or -", u"a "},
-      // Names with markup in them keep the result text readable.
-      {u"<a></b<&\"></a>",
-       u"<lone_end_tag tagname=\"b&lt;&amp;&quot;\" offset=\"3\"/>"
-       u"End tag 'b&lt;&amp;\"' at offset 3 does not match start tag  --> Error in line 0\n",
-       u"lone end tag 'b<&\"' at offset 3", u"a "},
+      // Names with markup in them stand in plain lines as they are, and hide nothing.
+      {u"<a></b<c=\"></d></a>",
+       u"<lone_end_tag tagname=\"b&lt;c=&quot;\" offset=\"3\"/>"
+       u"End tag 'b<c=\"' at offset 3 does not match start tag  --> Error in line 0\n"
+       u"<lone_end_tag tagname=\"d\" offset=\"11\"/>"
+       u"End tag 'd' at offset 11 does not match start tag  --> Error in line 0\n",
+       u"lone end tag 'b<c=\"' at offset 3\nlone end tag 'd' at offset 11", u"a "},
   };
   for (const Case& each : cases) {
     CMarkup document(each.text);

@@ -24,7 +24,7 @@ struct Parsed {
 Parsed parse(const detail::TagScan& scan, const CString& text, int docFlags) {
   Parsed parsed;
   const MarkupProblemSink noSink;
-  detail::ParseReport report(text, parsed.result, noSink);
+  detail::ParseReport report(text, &parsed.result, noSink);
   parsed.index.reset();
   const detail::TagScan& before = detail::activeTagScan();
   detail::setActiveTagScan(scan);

@@ -307,9 +307,10 @@ class Reader {
   /// Values are converted as they are; what a person may have mistyped is told.
   void noteValues(CMarkup& document, XmlFromJson& result) {
     constexpr std::size_t mostNotes = 5;
-    for (const ConfigFinding& finding : validateConfigurations(document)) {
-      if (!isTypingError(finding.kind)) continue;
-      if (++result.noteCount > mostNotes) continue;
+    const Problems<ConfigFinding> findings =
+        validateConfigurations(document, {{}, mostNotes, &isTypingError});
+    result.noteCount = findings.count;
+    for (const ConfigFinding& finding : findings) {
       const auto behind =
           std::ranges::upper_bound(columns_, finding.offset, {}, &PlacedColumn::offset);
       const std::string& at = std::prev(behind)->pointer;

@@ -25,6 +25,7 @@ struct Arguments {
   DiffOptions diff;
   bool onlyChanged = false;
   bool json = false;
+  bool all = false;  // findings
   SetOptions set;
   ConvertOptions convert;
 };
@@ -186,7 +187,10 @@ Exit validateFile(const std::string& file, const Arguments& arguments, Json& rep
   PlaceCounter places(configurations.document.GetDoc());
   Exit exit = Exit::success;
   auto owner = configurations.list.begin();
-  for (const ConfigFinding& finding : validateConfigurations(configurations.document)) {
+  const Problems<ConfigFinding> findings = validateConfigurations(
+      configurations.document,
+      {choiceOf(arguments.selection), arguments.all ? noProblemLimit : usualProblemLimit, nullptr});
+  for (const ConfigFinding& finding : findings) {
     // Findings come in the order of the document, as the configurations do.
     while (owner != configurations.list.end() && finding.offset >= owner->offset + owner->length) {
       ++owner;
@@ -209,6 +213,14 @@ Exit validateFile(const std::string& file, const Arguments& arguments, Json& rep
                   {"value", shown(finding.value)},
                   {"message", onOneLine(sentence)}});
     report.push_back(std::move(entry));
+  }
+  if (findings.leftOut() > 0) {
+    const std::string line = leftOutLine(configurations.source, findings.leftOut());
+    if (arguments.json) {
+      complain(line);
+    } else {
+      printLine(line);
+    }
   }
   return exit;
 }
@@ -288,6 +300,7 @@ void addConfigVerbs(CLI::App& app, Action& chosen) {
         add("validate", "Name everything that is not as the suite writes it", &validate);
     command->add_option("FILE|CLASS", arguments->files, filesOrClasses)->required();
     addSelection(*command, arguments->selection);
+    command->add_flag("--all", arguments->all, "Print more than the first 1000");
   }
   {
     auto arguments = std::make_shared<Arguments>();

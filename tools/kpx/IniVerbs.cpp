@@ -20,6 +20,7 @@ struct Arguments {
   std::string value;
   ChangeWait wait;
   bool json = false;
+  bool all = false;
 };
 
 CIniEx parse(const Input& input) {
@@ -121,22 +122,31 @@ Exit list(const Arguments& arguments) {
 
 // --- check ----------------------------------------------------------------------------------
 
-Exit checkFile(const std::string& file, bool json, Json& report) {
+Exit checkFile(const std::string& file, const Arguments& arguments, Json& report) {
   Json entry{{"file", file}};
   Json problems = Json::array();
   Exit exit = Exit::success;
   try {
     const Input input = readInput(file);
-    parse(input);
+    const Problems<IniProblem> found =
+        checkIni(input.bytes(), arguments.all ? noProblemLimit : usualProblemLimit);
+    if (!found.empty() && found.first.front().kind == IniProblemKind::tooLarge) {
+      throw Failure(Exit::input, input.name + ": " + shown(describe(found.first.front())));
+    }
     entry["encoding"] = shown(iniEncodingName(input.bytes()));
-    for (const IniProblem& problem : checkIni(input.bytes())) {
-      const ProblemLine line{problem.line, problem.column, shownOnOneLine(describe(problem))};
+    for (const IniProblem& problem : found) {
+      const ProblemLine line{problem.line, problem.column, shownOnOneLine(describe(problem)),
+                             false};
       problems.push_back(
           {{"line", line.line}, {"column", line.column}, {"message", line.sentence}});
-      if (!json) printLine(placeOf(input.name, line));
+      if (!arguments.json) printLine(placeOf(input.name, line));
       exit = Exit::no;
     }
-    if (!json && exit == Exit::success) printLine(input.name + ": nothing to object to");
+    if (found.leftOut() > 0) {
+      entry["left_out"] = found.leftOut();
+      if (!arguments.json) printLine(leftOutLine(input.name, found.leftOut()));
+    }
+    if (!arguments.json && exit == Exit::success) printLine(input.name + ": nothing to object to");
   } catch (const Failure& failure) {
     complain(failure.what());
     entry["error"] = failure.what();
@@ -151,7 +161,7 @@ Exit check(const Arguments& arguments) {
   Json report = Json::array();
   Exit exit = Exit::success;
   for (const std::string& file : arguments.files) {
-    exit = std::max(exit, checkFile(file, arguments.json, report));
+    exit = std::max(exit, checkFile(file, arguments, report));
   }
   if (arguments.json) printJson(report);
   return exit;
@@ -196,6 +206,7 @@ void addIniVerbs(CLI::App& app, Action& chosen) {
   checker.first->add_option("FILE", checker.second->files, "INI files, or - for standard input")
       ->required();
   checker.first->add_flag("--json", checker.second->json, "Print JSON");
+  checker.first->add_flag("--all", checker.second->all, "Print more than the first 1000");
 }
 
 }  // namespace kpx::tool

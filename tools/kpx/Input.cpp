@@ -1,13 +1,10 @@
 #include "tools/kpx/Input.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <utility>
 
 #include "kpx/platform/FileSystem.h"
 #include "kpx/xml/Encoding.h"
-#include "kpx/xml/MarkupCheck.h"
-#include "kpx/xml/MarkupProblem.h"
 #include "kpx/xml/StoredMarkup.h"
 #include "tools/kpx/Exit.h"
 #include "tools/kpx/Output.h"
@@ -29,8 +26,19 @@ std::string readStandardInput() {
   return bytes;
 }
 
-ProblemLine lineOf(const MarkupProblem& problem) {
-  return {problem.line, problem.column, shown(describe(problem))};
+ReadDocument readDocument(StoredMarkup stored) {
+  ReadDocument read{std::move(stored.document),
+                    shown(encodingName(stored.storage.codePage)),
+                    stored.storage,
+                    stored.readable,
+                    {},
+                    stored.problems.count,
+                    stored.problems.count - stored.warnings};
+  for (const PlacedProblem& problem : stored.problems) {
+    read.problems.push_back(
+        {problem.line, problem.column, shown(problem.sentence), problem.isWarning});
+  }
+  return read;
 }
 
 }  // namespace
@@ -42,7 +50,11 @@ ProblemLine atByte(std::string_view bytes, std::size_t offset, std::string sente
 
 std::string placeOf(const std::string& name, const ProblemLine& problem) {
   return name + ":" + std::to_string(problem.line) + ":" + std::to_string(problem.column) + ": " +
-         problem.sentence;
+         (problem.isWarning ? "warning: " : "") + problem.sentence;
+}
+
+std::string leftOutLine(const std::string& name, std::size_t count) {
+  return name + ": " + std::to_string(count) + " more; --all prints them";
 }
 
 Input readInput(const std::string& path, FileVersion* version, bool mayBeMissing) {
@@ -70,34 +82,10 @@ Exit forEachFile(const std::vector<std::string>& files,
   return worst;
 }
 
-ReadDocument parseInput(const Input& input) {
-  StoredMarkup stored = readMarkup(input.bytes());
-  ReadDocument read{std::move(stored.document),
-                    shown(encodingName(stored.storage.codePage)),
-                    stored.storage,
-                    shown(stored.wrongEncoding),
-                    stored.readable,
-                    {}};
-  for (const PlacedProblem& problem : stored.problems) {
-    read.problems.push_back({problem.line, problem.column, shown(problem.sentence)});
-  }
-  return read;
-}
+ReadDocument parseInput(const Input& input) { return readDocument(readMarkup(input.bytes())); }
 
-void checkStrictly(ReadDocument& read) {
-  if (!read.readable) return;
-  if (!read.wrongEncoding.empty()) {
-    read.problems.push_back({1, 1,
-                             "the declared encoding '" + read.wrongEncoding +
-                                 "' is unknown or not that of the bytes; read as " +
-                                 read.encoding});
-  }
-  MarkupCheck::check(read.document.GetDoc(), [&](const MarkupProblem& problem) {
-    if (!MarkupCheck::isWarning(problem.kind)) read.problems.push_back(lineOf(problem));
-  });
-  std::ranges::stable_sort(read.problems, {}, [](const ProblemLine& problem) {
-    return std::pair(problem.line, problem.column);
-  });
+ReadDocument checkInput(const Input& input, std::size_t limit) {
+  return readDocument(checkMarkup(input.bytes(), limit));
 }
 
 ReadDocument requireWellFormed(const Input& input) {

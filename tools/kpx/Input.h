@@ -7,6 +7,7 @@
 
 #include "kpx/platform/FileBytes.h"
 #include "kpx/platform/FileVersion.h"
+#include "kpx/support/Problems.h"
 #include "kpx/xml/CMarkup.h"
 #include "kpx/xml/Encoding.h"
 #include "kpx/xml/MarkupProblem.h"
@@ -38,7 +39,11 @@ struct ProblemLine {
   int line = 0;
   int column = 0;
   std::string sentence;
+  bool isWarning = false;
 };
+
+/// Tells that more problems were found than are printed.
+std::string leftOutLine(const std::string& name, std::size_t count);
 
 /// The line and column, from 1, of a byte; columns count bytes.
 ProblemLine atByte(std::string_view bytes, std::size_t offset, std::string sentence);
@@ -47,19 +52,18 @@ ProblemLine atByte(std::string_view bytes, std::size_t offset, std::string sente
 struct ReadDocument {
   CMarkup document;
   std::string encoding;
-  MarkupEncoding storage;     // how to write it back the same way
-  std::string wrongEncoding;  // what the declaration says, when the bytes are not in that
-  bool readable = false;      // false: the bytes are no text; problems tell why
-  std::vector<ProblemLine> problems;
+  MarkupEncoding storage;             // how to write it back the same way
+  bool readable = false;              // false: the bytes are no text; problems tell why
+  std::vector<ProblemLine> problems;  // the first ones
+  std::size_t problemCount = 0;       // of all
+  std::size_t errorCount = 0;         // of all, but the warnings
 };
 ReadDocument parseInput(const Input& input);
+/// The same with what other XML programs would refuse, although the library reads it.
+ReadDocument checkInput(const Input& input, std::size_t limit);
 
 /// A problem behind the name of its file: "name:line:column: sentence".
 std::string placeOf(const std::string& name, const ProblemLine& problem);
-
-/// Adds what other XML programs would refuse, although the library reads it. The problems are in
-/// the order of the text then.
-void checkStrictly(ReadDocument& read);
 
 /// Parses an input that has to be well formed. Raises a Failure with file, line and column of
 /// the first problem when it is not.

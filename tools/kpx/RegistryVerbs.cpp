@@ -315,8 +315,7 @@ Exit exportKey(const Arguments& arguments) {
 Exit importFile(const Arguments& arguments) {
   const Input input = readInput(arguments.file);
   RegistryTextProblem problem;
-  std::vector<RegistryStep> steps;
-  if (!readRegistryText(input.bytes(), steps, problem)) {
+  if (!checkRegistryText(input.bytes(), problem)) {
     throw Failure(Exit::input, placeOf(input.name, problem) + "; nothing was imported");
   }
   if (!importRegistryText(input.bytes(), problem)) {

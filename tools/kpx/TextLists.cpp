@@ -1,5 +1,6 @@
 #include "tools/kpx/TextLists.h"
 
+#include <algorithm>
 #include <limits>
 #include <new>
 #include <utility>
@@ -36,10 +37,12 @@ void readBinary(std::string_view bytes, ReadTexts& read) {
   }
 }
 
-void readTable(std::string_view bytes, ReadTexts& read) {
-  for (const TextTableProblem& problem : readTextTable(bytes, read.list)) {
+void readTable(std::string_view bytes, ReadTexts& read, std::size_t limit) {
+  const Problems<TextTableProblem> problems = readTextTable(bytes, read.list, limit);
+  for (const TextTableProblem& problem : problems) {
     read.problems.push_back(placeOf(read.name, {problem.line, 1, shown(problem.message)}));
   }
+  read.problemCount = problems.count;
 }
 
 /// A list of texts as `texts dump --json` prints it.
@@ -106,7 +109,7 @@ std::string jsonTextOf(const CString& text, const std::string& what) {
 
 }  // namespace
 
-ReadTexts readTexts(const std::string& path) {
+ReadTexts readTexts(const std::string& path, std::size_t limit) {
   ReadTexts read;
   if (path.empty()) {
     read.name = "built-in texts";
@@ -120,8 +123,9 @@ ReadTexts readTexts(const std::string& path) {
   } else if (isJson(input.bytes())) {
     readJson(input, read);
   } else {
-    readTable(input.bytes(), read);
+    readTable(input.bytes(), read, limit);
   }
+  read.problemCount = std::max(read.problemCount, read.problems.size());
   return read;
 }
 
@@ -129,8 +133,8 @@ TextList requireTexts(const std::string& path) {
   ReadTexts read = readTexts(path);
   if (!read.problems.empty()) {
     std::string message = read.problems.front();
-    if (read.problems.size() > 1) {
-      message += " (and " + std::to_string(read.problems.size() - 1) + " more)";
+    if (read.problemCount > 1) {
+      message += " (and " + std::to_string(read.problemCount - 1) + " more)";
     }
     throw Failure(Exit::input, message);
   }

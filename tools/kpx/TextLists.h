@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "kpx/support/LanguageFile.h"
+#include "kpx/support/Problems.h"
 #include "tools/kpx/Output.h"
 
 namespace kpx::tool {
@@ -14,14 +15,15 @@ struct ReadTexts {
   std::string name;  // for messages
   TextList list;
   /// What is wrong with the file, each a line that begins with its name; the texts that could be
-  /// read are there all the same.
+  /// read are there all the same. The first ones, and how many there are.
   std::vector<std::string> problems;
+  std::size_t problemCount = 0;
 };
 
 /// Reads a list. A name that ends in ".LNG" is a language file, content that begins with a brace is
 /// JSON, everything else is tab-separated. "-" is standard input; "" are the built-in German
 /// texts. Raises a Failure for what cannot be read at all.
-ReadTexts readTexts(const std::string& path);
+ReadTexts readTexts(const std::string& path, std::size_t limit = usualProblemLimit);
 
 /// The same. Raises a Failure for a list with anything wrong, which tells what.
 TextList requireTexts(const std::string& path);

@@ -30,6 +30,7 @@ struct Arguments {
   std::string title;
   TextRoom room;
   bool json = false;
+  bool all = false;
 };
 
 std::string lineOf(std::int32_t id, const CString& text) {
@@ -115,6 +116,10 @@ Exit dump(const Arguments& arguments) {
     print(textTableBytes(read.list));
   }
   for (const std::string& problem : read.problems) complain(problem);
+  if (read.problemCount > read.problems.size()) {
+    complain(read.name + ": " + std::to_string(read.problemCount - read.problems.size()) +
+             " more lines of this kind");
+  }
   return read.problems.empty() ? Exit::success : Exit::input;
 }
 
@@ -126,15 +131,17 @@ Exit checkFile(const std::string& file, const TextList* german, const Arguments&
   Json findings = Json::array();
   Exit exit = Exit::success;
   try {
-    const ReadTexts read = readTexts(file);
+    const std::size_t limit = arguments.all ? noProblemLimit : usualProblemLimit;
+    const ReadTexts read = readTexts(file, limit);
     entry["file"] = read.name;
     for (const std::string& problem : read.problems) {
       if (!arguments.json) printLine(problem);
       findings.push_back({{"message", problem}});
       exit = Exit::input;
     }
-    const std::vector<TextFinding> found =
-        german ? checkTexts(read.list, *german, arguments.room) : checkTexts(read.list);
+    const Problems<TextFinding> found = german
+                                            ? checkTexts(read.list, *german, arguments.room, limit)
+                                            : checkTexts(read.list, limit);
     for (const TextFinding& finding : found) {
       const std::string message = shown(describe(finding.kind));
       if (!arguments.json) {
@@ -146,6 +153,11 @@ Exit checkFile(const std::string& file, const TextList* german, const Arguments&
                           {"message", message},
                           {"text", shown(read.list.entries[finding.index].text)}});
       exit = std::max(exit, Exit::no);
+    }
+    const std::size_t leftOut = found.leftOut() + read.problemCount - read.problems.size();
+    if (leftOut > 0) {
+      entry["left_out"] = leftOut;
+      if (!arguments.json) printLine(leftOutLine(read.name, leftOut));
     }
     if (!arguments.json && exit == Exit::success) printLine(read.name + ": nothing to object to");
   } catch (const Failure& failure) {
@@ -271,6 +283,7 @@ void addTextsVerbs(CLI::App& app, Action& chosen) {
                         ->capture_default_str(),
                    1, 10000);
   addJson(checker);
+  checker.first->add_flag("--all", checker.second->all, "Print more than the first 1000");
   checker.first->footer(
       texts->get_footer() +
       "\n\nTexts that a list lacks are not named, since the suite shows English or German ones in\n"

@@ -7,7 +7,7 @@ namespace kpx::detail {
 namespace {
 
 bool isChildOfName(const CMarkup& document, const CString& name) {
-  return !name.IsEmpty() && document.GetChildTagName() == name;
+  return !name.IsEmpty() && document.ReadChildTagName() == name.view();
 }
 
 }  // namespace

@@ -5,8 +5,6 @@
 #include "kpx/report/Exceptions.h"
 #include "kpx/text/NumberText.h"
 #include "kpx/text/TimeValue.h"
-#include "kpx/xml/internal/Escape.h"
-#include "kpx/xml/internal/NameUnits.h"
 
 namespace kpx::detail {
 namespace {
@@ -33,7 +31,7 @@ void appendInteger(std::u16string& out, std::int32_t value) {
 
 CString writableNameOf(const CDBObject& object) {
   CString name = object.GetElementName();
-  if (!isWritableName(name)) throw InvalidArgException();
+  if (!WrittenMarkup::isName(name)) throw InvalidArgException();
   return name;
 }
 
@@ -50,7 +48,7 @@ void ElementWriter::start(const CDBObject& object) {
 
 void ElementWriter::attribute(std::u16string_view opening, const CString& value) {
   out_ += opening;
-  escapeInto(out_, value, MarkupFlag::attributeValue);
+  WrittenMarkup::appendValue(out_, value);
   out_ += u'"';
 }
 

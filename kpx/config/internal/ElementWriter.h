@@ -6,8 +6,10 @@
 #include <string_view>
 
 #include "kpx/report/Error.h"
+#include "kpx/report/Exceptions.h"
 #include "kpx/text/CString.h"
 #include "kpx/xml/CMarkup.h"
+#include "kpx/xml/WrittenMarkup.h"
 
 namespace kpx {
 class CDBObject;
@@ -34,7 +36,9 @@ namespace kpx::detail {
 /// attribute would move the rest of the document's text for each of them.
 class ElementWriter {
  public:
-  explicit ElementWriter(std::u16string& out) noexcept : out_(out) {}
+  /// `lineBreak` is that of the document that the text is for.
+  ElementWriter(std::u16string& out, std::u16string_view lineBreak) noexcept
+      : out_(out), lineBreak_(lineBreak) {}
 
   /// Room for this many columns of ordinary length, with their values.
   void reserveColumns(std::size_t count) { out_.reserve(out_.size() + 256 + count * 600); }
@@ -45,14 +49,15 @@ class ElementWriter {
   void attribute(std::u16string_view opening, const CString& value);
   void attribute(std::u16string_view opening, std::int32_t value);
   /// Ends the start tag of an element that has children.
-  void open() { out_ += u">\r\n"; }
-  void closeEmpty() { out_ += u"/>\r\n"; }
+  void open() { out_.append(u">").append(lineBreak_); }
+  void closeEmpty() { out_.append(u"/>").append(lineBreak_); }
   void close(const CDBObject& object);
 
  private:
   void timeAttribute(std::u16string_view opening, double time);
 
   std::u16string& out_;
+  std::u16string_view lineBreak_;
 };
 
 /// The object's element name. Raises `InvalidArgException` for one that would not read back as a
@@ -80,18 +85,19 @@ void appendPart(OperationNumber operation, ElementWriter& writer, const Object& 
   Reported(operation, [&] { appendElement(writer, part); });
 }
 
-/// Adds the object to the document as `CDBObject::serializeXML` says.
+/// Adds the object to the document as `CDBObject::serializeXML` says. Throws when it cannot be
+/// written, or when the document does not take it.
 template <class Object>
 int addElement(CMarkup* document, const Object& object) {
   if (!document) return 0;
+  const std::u16string_view lineBreak = WrittenMarkup::lineBreakOf(*document);
   std::u16string text;
-  ElementWriter writer(text);
+  ElementWriter writer(text, lineBreak);
   appendElement(writer, object);
-  text.resize(text.size() - 2);  // the document puts its own line break behind an element
-  const GuardWatch watch;
-  if (document->AddSubDoc(std::u16string_view(text))) return 1;
-  watch.passOn();
-  return 0;
+  // The document puts its own line break behind an element.
+  text.resize(text.size() - lineBreak.size());
+  if (!WrittenMarkup::add(*document, text)) throw InvalidArgException();
+  return 1;
 }
 
 }  // namespace kpx::detail

@@ -3,23 +3,40 @@
 #include <string_view>
 
 #include "kpx/settings/Catalogue.h"
+#include "kpx/settings/ConfigFile.h"
 #include "kpx/xml/CMarkup.h"
 
 namespace kpx::detail {
 
-/// Whether a text has the line ends that elements are written with, as one without any has.
-inline bool isWrittenWithItsLineEnds(const CString& text) {
-  const int lineEnd = text.Find(u'\n');
-  return lineEnd < 0 || (lineEnd > 0 && text[lineEnd - 1] == u'\r');
+/// The value of an attribute; empty if there is none. Throws where a document would report.
+inline CString valueOf(AttributeReader attributes, std::u16string_view name) {
+  CString value;
+  attributes.read(name, value);
+  return value;
 }
 
 /// Whether the document's main element is a configuration.
 inline bool isConfiguration(CMarkup& document) {
-  const CString name = document.GetTagName();
-  if (!name.StartsWith(u"CFGConfig")) return false;
+  const std::u16string_view name = document.ReadTagName();
+  if (!name.starts_with(u"CFGConfig")) return false;
   if (findSettingsClassByElement(name)) return true;
   document.ResetChildPos();
   return document.FindChildElem(u"CFGClass");
+}
+
+/// The column at the main element, with its value at the child if it has one.
+inline DocumentSetting settingAt(const CMarkup& document, bool hasValue) {
+  DocumentSetting setting;
+  int end = 0;
+  document.GetOffsets(setting.offset, end);
+  setting.key = valueOf(document.ReadAttribs(), u"Name");
+  AttributeReader value = hasValue ? document.ReadChildAttribs() : AttributeReader();
+  if (value.read(u"Value", setting.value)) {
+    int begin = 0;
+    document.GetChildOffsets(begin, end);
+    setting.valueOffset = begin + value.valueBegin();
+  }
+  return setting;
 }
 
 /// Calls `visit` with each configuration of the document as its main element, until it answers

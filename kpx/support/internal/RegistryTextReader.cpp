@@ -1,6 +1,7 @@
 #include "kpx/support/internal/RegistryTextReader.h"
 
 #include <utility>
+#include <vector>
 
 #include "kpx/support/internal/IniText.h"
 #include "kpx/text/CaseFold.h"
@@ -138,9 +139,11 @@ bool RegistryTextReader::readKey() {
   key = key.substr(1, end - 1);
   const bool removes = key.starts_with(u'-');
   if (removes) key.remove_prefix(1);
-  if (!parseRegistryKey(CString(key), root_, key_)) {
+  CString path;
+  if (!parseRegistryKey(CString(key), root_, path)) {
     return fail(u"the key does not begin with HKEY_CURRENT_USER or HKEY_LOCAL_MACHINE");
   }
+  key_ = std::move(path);
   std::vector<std::u16string_view> names;
   if (!splitKeyPath(key_, names)) {
     return fail(u"a name in the key is empty or too long, or there are too many of them");
@@ -151,7 +154,7 @@ bool RegistryTextReader::readKey() {
   step.change.kind = removes ? Kind::removeTree : Kind::createKey;
   step.change.key = key_;
   step.line = line_;
-  steps_.push_back(std::move(step));
+  if (sink_) sink_(std::move(step));
   inKey_ = !removes;
   return true;
 }
@@ -195,7 +198,7 @@ bool RegistryTextReader::readValue() {
     return fail(u"the value is neither a text in quotes nor dword:, hex: or -");
   }
   if (value.bytes.size() > Registry::maxValueBytes) return fail(u"the value is too large");
-  steps_.push_back(std::move(step));
+  if (sink_) sink_(std::move(step));
   return true;
 }
 

@@ -2,9 +2,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
-#include <vector>
+#include <utility>
 
 #include "kpx/support/RegistryText.h"
 
@@ -15,8 +16,11 @@ inline constexpr std::u16string_view registryTextHeader = u"Windows Registry Edi
 /// Reads the text form of the registry from front to back.
 class RegistryTextReader {
  public:
-  RegistryTextReader(std::vector<RegistryStep>& steps, RegistryTextProblem& problem) noexcept
-      : steps_(steps), problem_(problem) {}
+  using Sink = std::function<void(RegistryStep&&)>;
+
+  /// The sink gets every step before the first mistake; an empty one none.
+  RegistryTextReader(Sink sink, RegistryTextProblem& problem)
+      : sink_(std::move(sink)), problem_(problem) {}
 
   bool read(std::string_view bytes);
 
@@ -46,8 +50,8 @@ class RegistryTextReader {
   int line_ = 1;
   bool inKey_ = false;
   RegistryRoot root_ = RegistryRoot::currentUser;
-  CString key_;
-  std::vector<RegistryStep>& steps_;
+  RegistryPath key_;
+  Sink sink_;
   RegistryTextProblem& problem_;
 };
 

@@ -46,6 +46,19 @@ inline bool blockHasSurrogate(const char16_t* units) noexcept {
                                     _mm_set1_epi8(static_cast<char>(0xD8))));
 }
 
+/// Whether one of 16 units is 0 or half of a pair.
+inline bool blockHasSurrogateOrZero(const char16_t* units) noexcept {
+  const __m128i first = kernel::load(units);
+  const __m128i second = kernel::load(units + 8);
+  const __m128i high = _mm_packus_epi16(_mm_srli_epi16(first, 8), _mm_srli_epi16(second, 8));
+  const __m128i surrogates =
+      _mm_cmpeq_epi8(_mm_and_si128(high, _mm_set1_epi8(static_cast<char>(0xF8))),
+                     _mm_set1_epi8(static_cast<char>(0xD8)));
+  const __m128i zero = _mm_setzero_si128();
+  const __m128i zeros = _mm_or_si128(_mm_cmpeq_epi16(first, zero), _mm_cmpeq_epi16(second, zero));
+  return kernel::any(_mm_or_si128(surrogates, zeros));
+}
+
 /// Whether all of 16 units are below `limit`, 0x80 or 0x100.
 inline bool blockIsBelow(const char16_t* units, unsigned limit) noexcept {
   const __m128i all = _mm_or_si128(kernel::load(units), kernel::load(units + 8));
@@ -91,6 +104,10 @@ inline bool blockHasSurrogate(const char16_t* units) noexcept {
   bool found = false;
   for (std::size_t i = 0; i < kernelUnits; ++i) found |= (units[i] & 0xF800) == 0xD800;
   return found;
+}
+
+inline bool blockHasSurrogateOrZero(const char16_t* units) noexcept {
+  return blockHasSurrogate(units) || blockHasZero(units);
 }
 
 inline bool blockIsBelow(const char16_t* units, unsigned limit) noexcept {

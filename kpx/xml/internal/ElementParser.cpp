@@ -24,6 +24,16 @@ ElementParser::ElementParser(std::u16string_view text, int docFlags, ElementInde
 
 ElementParser::~ElementParser() = default;
 
+void parseSilently(const CString& text, int docFlags, ElementIndex& index) {
+  const MarkupProblemSink nobody;
+  ParseReport report(text, nullptr, nobody);
+  index.reset();
+  index.x_AllocElemPos(text.GetLength() / 64 + 8);
+  index[0].length = text.GetLength();
+  ElementParser(text, docFlags, index, report).parse(0, 0);
+  index.releaseSpareSegments();
+}
+
 std::u16string_view ElementParser::nameOf(const OpenElement& element) const noexcept {
   return tagNameAt(token_.text, element.start + 1);
 }
@@ -198,13 +208,8 @@ int ElementParser::findOpen(std::u16string_view endTagName) {
     if (closesTagAt(token_.text, position, endTagName, ignoreCase_)) return depth;
   }
   if (lowest == 1) return -1;
-  if (!openNames_) {
-    openNames_ = std::make_unique<OpenNames>(token_.text, ignoreCase_);
-    openNames_->push(state_.size);  // for stack[0], which no end tag closes
-  }
-  while (openNames_->depth() < state_.depth) {
-    openNames_->push(state_.stack[openNames_->depth()].start + 1);
-  }
+  if (!openNames_) openNames_ = std::make_unique<OpenNames>(token_.text, stack_, ignoreCase_);
+  while (openNames_->depth() < state_.depth) openNames_->push();
   // Elements it knows are closed on the plain road only.
   state_.minDepth = openNames_->depth();
   return openNames_->find(endTagName);
@@ -248,10 +253,13 @@ void ElementParser::closeTop(int end, int endTagLength) noexcept {
 void ElementParser::reportUnended(int depth, std::u16string_view endTagName, int endTagOffset,
                                   int missedAt) {
   const int lineOffset = lastMadeEnd();
-  for (int each = state_.depth - 1; each > depth; --each) {
+  for (int each = state_.depth - 1; report_.hasResult() && each > depth; --each) {
     const OpenElement& open = state_.stack[each];
-    report_.unendedStartTag(nameOf(open), open.start, missedAt);
+    report_.unendedRecord(nameOf(open), open.start, missedAt);
     report_.mismatchLine(endTagName, endTagOffset, lineOffset);
+  }
+  for (int each = depth + 1; each < state_.depth; ++each) {
+    report_.unendedProblem(nameOf(state_.stack[each]), state_.stack[each].start);
   }
 }
 

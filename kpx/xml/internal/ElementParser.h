@@ -67,4 +67,7 @@ class ElementParser {
   bool levelsMoved_ = false;
 };
 
+/// Parses a whole text into an index and tells nobody what is wrong with it.
+void parseSilently(const CString& text, int docFlags, ElementIndex& index);
+
 }  // namespace kpx::detail

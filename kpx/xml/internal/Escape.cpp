@@ -3,6 +3,7 @@
 #include "kpx/text/Utf.h"
 #include "kpx/xml/CMarkup.h"
 #include "kpx/xml/internal/UnitScan.h"
+#include "kpx/xml/internal/XmlCharacters.h"
 
 namespace kpx::detail {
 
@@ -49,12 +50,6 @@ void visitSpecials(std::u16string_view text, int flags, Visit visit) {
   }
 }
 
-constexpr bool isXmlCharacter(char32_t code) noexcept {
-  if (code < 0x20) return code == 0x9 || code == 0xA || code == 0xD;
-  return code <= 0xD7FF || (code >= 0xE000 && code <= 0xFFFD) ||
-         (code >= 0x10000 && code <= 0x10FFFF);
-}
-
 // A reference that was read: its code point, and the units that it takes (0: it is none).
 struct Reference {
   char32_t code = 0;
@@ -63,7 +58,7 @@ struct Reference {
 
 Reference readNumeric(std::u16string_view text) noexcept {
   std::size_t position = 2;
-  const bool hex = position < text.size() && (text[position] | 0x20) == u'x';
+  const bool hex = position < text.size() && text[position] == u'x';
   if (hex) ++position;
   const std::size_t firstDigit = position;
   char32_t code = 0;

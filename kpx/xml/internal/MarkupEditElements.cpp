@@ -1,14 +1,16 @@
 #include <algorithm>
+#include <limits>
 #include <vector>
 
+#include "kpx/xml/internal/ElementParser.h"
 #include "kpx/xml/internal/Escape.h"
 #include "kpx/xml/internal/MarkupEditor.h"
 #include "kpx/xml/internal/NameUnits.h"
+#include "kpx/xml/internal/PieceCheck.h"
+#include "kpx/xml/internal/XmlCharacters.h"
 
 namespace kpx::detail {
 namespace {
-
-constexpr std::u16string_view lineBreak = u"\r\n";
 
 // Gets all or none.
 std::vector<int> getRecords(ElementIndex& index, int count) {
@@ -28,15 +30,14 @@ std::vector<int> getRecords(ElementIndex& index, int count) {
 // --- what stands around a new element or node ----------------------------------------------------
 
 // False if the end tag that the parent needs is longer than a record can hold.
-bool MarkupEditor::surround(EditPlace place, bool ownLine, Surroundings& around) const {
+bool MarkupEditor::surround(EditPlace place, bool ownLine, Surroundings& around) {
   around.place = place;
-  if (ownLine) around.behind = lineBreak;
+  ownLine = ownLine && !holdsText(place.parent);
+  const std::u16string_view lineBreak = ownLine ? lineEnd() : std::u16string_view();
+  around.behind = lineBreak;
   const ElemPos& parent = index_[place.parent];
   if (place.parent == 0 || !parent.isTagOnly()) {
-    // Behind text there is no line break, which would become part of it.
-    if (ownLine && place.offset > 0 && unitAt(place.offset - 1) == u'>') {
-      around.lineBreak = lineBreak;
-    }
+    if (place.offset > 0 && unitAt(place.offset - 1) == u'>') around.lineBreak = lineBreak;
     return true;
   }
   around.opensParent = true;
@@ -47,7 +48,7 @@ bool MarkupEditor::surround(EditPlace place, bool ownLine, Surroundings& around)
     // Another "/" in front, as of an address without quotes, must not make the tag empty again.
     around.before = unitAt(around.place.offset - 1) == u'/' ? u" >" : u">";
   }
-  if (ownLine) around.lineBreak = lineBreak;
+  around.lineBreak = lineBreak;
   const std::u16string_view name = tagNameOf(textOf(parent.start, parent.contentStart()));
   if (name.size() + 3 > static_cast<std::size_t>(ElemPos::maxEndTag)) return false;
   around.parentEnd.reserve(name.size() + 3);
@@ -87,7 +88,9 @@ int MarkupEditor::insertElement(EditPlace place, const TextPieces& body, int sta
   }
   Surroundings around;
   if (deepest > ElemPos::maxLevel || startTag > ElemPos::maxStartTag ||
-      endTag > ElemPos::maxEndTag || !surround(place, true, around) ||
+      endTag > ElemPos::maxEndTag ||
+      (place.parent == 0 && !mayStandAt(MarkupNode::element, place.offset)) ||
+      !surround(place, true, around) ||
       !makeRoom(body.length() + around.length(), static_cast<std::size_t>(around.removed))) {
     return 0;
   }
@@ -142,7 +145,7 @@ bool MarkupEditor::composeData(std::u16string_view data, int flags,
 
 int MarkupEditor::addElement(EditPlace place, std::u16string_view name, std::u16string_view data,
                              int flags) {
-  if (!isWritableName(name)) return 0;
+  if (!isXmlName(name)) return 0;
   std::u16string nameCopy;
   name = keepApart(name, nameCopy);
   std::u16string content;
@@ -155,6 +158,7 @@ int MarkupEditor::addElement(EditPlace place, std::u16string_view name, std::u16
     return insertElement(place, body, nameLength + 3, 0, nullptr);
   }
   composeData(data, flags, content);
+  if (isReferenceData(flags) && !hasRightReferences(content, DocumentRules(text_))) return 0;
   body.add(u">");
   body.add(content);
   body.add(u"</");
@@ -163,12 +167,19 @@ int MarkupEditor::addElement(EditPlace place, std::u16string_view name, std::u16
   return insertElement(place, body, nameLength + 2, nameLength + 3, nullptr);
 }
 
-int MarkupEditor::addMarkup(EditPlace place, std::u16string_view markup) {
-  CMarkup scratch(document_.docFlags_);
-  if (!scratch.SetDoc(CString(markup))) return 0;
-  const ElemPos& root = scratch.index_[scratch.index_[0].firstChild];
-  return insertElement(place, TextPieces(scratch.x_Text(root.start, root.end())),
-                       root.startTagLength(), root.endTagLength(), &scratch.index_);
+int MarkupEditor::addMarkup(EditPlace place, std::u16string_view markup, bool isWritten) {
+  if (markup.size() > static_cast<std::size_t>(std::numeric_limits<int>::max())) return 0;
+  const CString piece(markup);
+  ElementIndex index;
+  parseSilently(piece, document_.docFlags_, index);
+  const ElemPos& root = index[index[0].firstChild];
+  const bool isOne = index[0].firstChild != 0 && root.next == 0;
+  if (!isOne || index[0].hasFlag(ElemPos::illFormedFlag)) return 0;
+  const auto element = piece.view().substr(static_cast<std::size_t>(root.start),
+                                           static_cast<std::size_t>(root.length));
+  if (!isWritten && !isRightElement(element, DocumentRules(text_))) return 0;
+  return insertElement(place, TextPieces(element), root.startTagLength(), root.endTagLength(),
+                       &index);
 }
 
 // --- removing and replacing ----------------------------------------------------------------------
@@ -179,17 +190,19 @@ void MarkupEditor::removeElement(int element) noexcept {
   int begin = index_[element].start;
   int end = index_[element].end();
   const int lineBegin = lineBeginOf(begin);
-  const int lineEnd = behindLineEnd(end);
-  // A line that would stay empty goes with the element.
-  const bool standsAlone = lineEnd != end && (lineBegin == 0 || isLineEnd(lineBegin - 1));
-  if (standsAlone) {
+  const int behindLine = behindLineEnd(end);
+  // A line that would stay empty goes with the element, unless it is part of a text.
+  const bool standsAlone = behindLine != end && (lineBegin == 0 || isLineEnd(lineBegin - 1));
+  if (standsAlone && !holdsText(parent)) {
     begin = lineBegin;
-    end = lineEnd;
+    end = behindLine;
   }
   forgetPositionsIn(element);
   unlinkElement(element);
   releaseElements(element);
-  change(parent, previous, begin, end - begin, {});
+  const bool isClosing = wouldClose(begin, end);
+  change(parent, previous, begin, end - begin + isClosing,
+         isClosing ? TextPieces(u"&gt;") : TextPieces());
 }
 
 bool MarkupEditor::setContent(int element, std::u16string_view data, int flags) {
@@ -197,6 +210,7 @@ bool MarkupEditor::setContent(int element, std::u16string_view data, int flags) 
   if (record.firstChild != 0) return false;
   std::u16string content;
   const bool hasContent = composeData(data, flags, content);
+  if (isReferenceData(flags) && !hasRightReferences(content, DocumentRules(text_))) return false;
   Surroundings around;
   if (record.isTagOnly()) {
     if (!hasContent) return true;
@@ -204,6 +218,7 @@ bool MarkupEditor::setContent(int element, std::u16string_view data, int flags) 
   } else {
     around.place = {element, 0, record.contentStart()};
     around.removed = record.contentEnd() - record.contentStart();
+    if (textOf(record.contentStart(), record.contentEnd()) == content) return true;
   }
   if (!makeRoom(content.size() + around.length(), static_cast<std::size_t>(around.removed))) {
     return false;
@@ -212,7 +227,7 @@ bool MarkupEditor::setContent(int element, std::u16string_view data, int flags) 
                 [&](const auto& saved) { return saved.second.parent == element; });
   changeAround(around, TextPieces(content));
   // Lone end tags went with the old content.
-  index_[element].clearFlag(ElemPos::loneEndFlag);
+  index_[element].clearFlag(ElemPos::loneEndFlag | ElemPos::noTextFlag);
   return true;
 }
 

@@ -1,5 +1,6 @@
 #include "kpx/xml/internal/Escape.h"
 #include "kpx/xml/internal/MarkupEditor.h"
+#include "kpx/xml/internal/PieceCheck.h"
 #include "kpx/xml/internal/Tokenizer.h"
 
 namespace kpx::detail {
@@ -46,13 +47,7 @@ int kindOfNode(std::u16string_view markup) noexcept {
 
 // Behind an XML declaration, which has to come first; else at the very begin of the content.
 EditPlace MarkupEditor::asFirstNode(int parent) const noexcept {
-  EditPlace place{parent, 0, index_[parent].contentStart()};
-  if (parent == 0 && text_.starts_with(u"<?xml ")) {
-    TokenPos token;
-    token.text = text_;
-    if (nextToken(token) == MarkupNode::processingInstruction) place.offset = token.end;
-  }
-  return place;
+  return {parent, 0, parent != 0 ? index_[parent].contentStart() : declarationEnd()};
 }
 
 EditPlace MarkupEditor::nodePlace(bool before) const noexcept {
@@ -69,15 +64,19 @@ EditPlace MarkupEditor::nodePlace(bool before) const noexcept {
 }
 
 bool MarkupEditor::addNode(int type, std::u16string_view text, bool before) {
-  const std::u16string markup = composeNode(type, text, 0);
+  std::u16string markup = composeNode(type, text, 0);
+  const EditPlace place = nodePlace(before);
+  if (type == MarkupNode::text) keepFromClosing(markup, place.offset);
   Surroundings around;
-  if (markup.empty() || kindOfNode(markup) != type || !surround(nodePlace(before), false, around) ||
+  if (markup.empty() || kindOfNode(markup) != type || !isRightNode(type, text, markup, place, 0) ||
+      !surround(place, false, around) ||
       !makeRoom(markup.size() + around.length(), static_cast<std::size_t>(around.removed))) {
     return false;
   }
   CMarkup::NodePos node{type, around.bodyStart(), static_cast<int>(markup.size()),
                         around.place.previous};
   changeAround(around, TextPieces(markup));
+  index_[around.place.parent].clearFlag(ElemPos::noTextFlag);
   settleNode(node);
   document_.x_SetNode(node);
   return true;
@@ -92,7 +91,14 @@ bool MarkupEditor::setNode(std::u16string_view text, int flags) {
   const CMarkup::NodePos old{document_.nodeType_, document_.nodeOffset_, document_.nodeLength_,
                              document_.nodePreviousElem_};
   const bool isSameKind = kind == type || (isText && !asCData && (kind & textKinds) != 0);
-  if (!isSameKind || !makeRoom(markup.size(), static_cast<std::size_t>(old.length))) return false;
+  const EditPlace place{document_.parentPos_, old.previousElem, old.offset};
+  const bool hasReferences = isText && isReferenceData(flags);
+  if (!isSameKind || !isRightNode(kind, text, markup, place, old.length) ||
+      (hasReferences && !hasRightReferences(markup, DocumentRules(text_))) ||
+      !makeRoom(markup.size(), static_cast<std::size_t>(old.length))) {
+    return false;
+  }
+  index_[document_.parentPos_].clearFlag(ElemPos::noTextFlag);
   change(document_.parentPos_, old.previousElem, old.offset, old.length, TextPieces(markup));
   document_.nodeType_ = kind;
   for (auto& [name, saved] : document_.savedPositions_) {
@@ -101,15 +107,22 @@ bool MarkupEditor::setNode(std::u16string_view text, int flags) {
   return true;
 }
 
-void MarkupEditor::removeNode() noexcept {
+bool MarkupEditor::removeNode() {
   const EditPlace place{document_.parentPos_, document_.nodePreviousElem_, document_.nodeOffset_};
-  change(place.parent, place.previous, place.offset, document_.nodeLength_, {});
+  const int length = document_.nodeLength_;
+  const bool isForAll = document_.nodeType_ == MarkupNode::documentType ||
+                        (place.parent == 0 && place.offset < declarationEnd());
+  if (isForAll && !keepsRight(place.offset, length, {})) return false;
+  const bool isClosing = wouldClose(place.offset, place.offset + length);
+  change(place.parent, place.previous, place.offset, length + isClosing,
+         isClosing ? TextPieces(u"&gt;") : TextPieces());
   const CMarkup::NodePos before = nodeEndingAt(place);
   if (before.length != 0) {
     document_.x_SetNode(before);
   } else {
     document_.x_SetPos(place.parent, place.previous, 0);
   }
+  return true;
 }
 
 }  // namespace kpx::detail

@@ -1,9 +1,11 @@
 #include <cstdint>
 #include <cstring>
 
+#include "kpx/xml/internal/ElementParser.h"
 #include "kpx/xml/internal/Escape.h"
 #include "kpx/xml/internal/MarkupEditor.h"
 #include "kpx/xml/internal/NameUnits.h"
+#include "kpx/xml/internal/XmlCharacters.h"
 
 namespace kpx::detail {
 namespace {
@@ -105,7 +107,7 @@ void MarkupEditor::changeNames(int element, int oldLength, std::u16string_view n
 }
 
 bool MarkupEditor::setTagName(int element, std::u16string_view name) {
-  if (!isWritableName(name)) return false;
+  if (!isXmlName(name)) return false;
   const std::u16string newName(name);
   const ElemPos record = index_[element];
   const std::u16string_view tag = document_.x_StartTag(element);
@@ -125,7 +127,7 @@ bool MarkupEditor::setTagName(int element, std::u16string_view name) {
   // In an ill-formed document, a new name could meet an end tag that was meant for another
   // element. Parsed before anything is changed, because that needs memory.
   const bool isIllFormed = index_[0].hasFlag(ElemPos::illFormedFlag);
-  CMarkup parsed(document_.docFlags_);
+  ElementIndex parsed;
   if (isIllFormed) {
     std::u16string text(textOf(0, record.start + 1));
     text.append(newName).append(textOf(record.start + 1 + oldLength, record.contentEnd()));
@@ -133,11 +135,11 @@ bool MarkupEditor::setTagName(int element, std::u16string_view name) {
       text.append(u"</").append(newName).append(endTag.substr(2 + oldEndName.size()));
     }
     text.append(textOf(record.end(), size()));
-    parsed.SetDoc(CString(std::move(text)));
+    parseSilently(CString(std::move(text)), document_.docFlags_, parsed);
   }
   if (!makeRoom(2 * newName.size(), 0)) return false;
   changeNames(element, oldLength, newName, oldEndLength, newName);
-  if (!isIllFormed || haveSameElements(index_, parsed.index_)) return true;
+  if (!isIllFormed || haveSameElements(index_, parsed)) return true;
   changeNames(element, length, oldName, length, oldEndName);
   return false;
 }
@@ -184,7 +186,7 @@ bool MarkupEditor::addAttribute(int element, std::u16string_view name, std::u16s
 }
 
 bool MarkupEditor::setAttribute(int element, std::u16string_view name, std::u16string_view value) {
-  if (!isWritableName(name)) return false;
+  if (!isXmlName(name)) return false;
   std::u16string nameCopy;
   std::u16string valueCopy;
   name = keepApart(name, nameCopy);

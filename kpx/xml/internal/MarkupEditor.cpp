@@ -295,31 +295,36 @@ CMarkup::NodePos MarkupEditor::nodeEndingAt(EditPlace place) const noexcept {
   return node;
 }
 
-EditPlace MarkupEditor::behind(int element) const noexcept {
+EditPlace MarkupEditor::behind(int element) noexcept {
   const ElemPos& record = index_[element];
-  return {record.parent, element, behindLineEnd(record.end())};
+  const int end = record.end();
+  return {record.parent, element, holdsText(record.parent) ? end : behindLineEnd(end)};
 }
 
-EditPlace MarkupEditor::before(int element) const noexcept {
+EditPlace MarkupEditor::before(int element) noexcept {
   const ElemPos& record = index_[element];
-  return {record.parent, document_.x_ElemBefore(element), lineBeginOf(record.start)};
+  return {record.parent, document_.x_ElemBefore(element),
+          holdsText(record.parent) ? record.start : lineBeginOf(record.start)};
 }
 
-EditPlace MarkupEditor::behindNode() const noexcept {
-  return {document_.parentPos_, document_.nodePreviousElem_,
-          behindLineEnd(document_.nodeOffset_ + document_.nodeLength_)};
+EditPlace MarkupEditor::behindNode() noexcept {
+  const int parent = document_.parentPos_;
+  const int end = document_.nodeOffset_ + document_.nodeLength_;
+  return {parent, document_.nodePreviousElem_, holdsText(parent) ? end : behindLineEnd(end)};
 }
 
-EditPlace MarkupEditor::beforeNode() const noexcept {
-  return {document_.parentPos_, document_.nodePreviousElem_, lineBeginOf(document_.nodeOffset_)};
+EditPlace MarkupEditor::beforeNode() noexcept {
+  const int parent = document_.parentPos_;
+  const int begin = document_.nodeOffset_;
+  return {parent, document_.nodePreviousElem_, holdsText(parent) ? begin : lineBeginOf(begin)};
 }
 
-EditPlace MarkupEditor::asLast(int parent) const noexcept {
-  const int last = lastChild(parent);
-  return last != 0 ? behind(last) : EditPlace{parent, 0, lineBeginOf(contentEnd(parent))};
+EditPlace MarkupEditor::asLast(int parent) noexcept {
+  const int end = contentEnd(parent);
+  return {parent, lastChild(parent), holdsText(parent) ? end : lineBeginOf(end)};
 }
 
-EditPlace MarkupEditor::asFirst(int parent) const noexcept {
+EditPlace MarkupEditor::asFirst(int parent) noexcept {
   const int first = index_[parent].firstChild;
   return first != 0 ? before(first) : asLast(parent);
 }

@@ -53,20 +53,21 @@ class MarkupEditor {
 
   // --- places of new elements: MarkupEditor.cpp --------------------------------------------------
 
-  /// On the line behind (before) an element or the current node.
-  EditPlace behind(int element) const noexcept;
-  EditPlace before(int element) const noexcept;
-  EditPlace behindNode() const noexcept;
-  EditPlace beforeNode() const noexcept;
-  /// As the last (first) element of a parent.
-  EditPlace asLast(int parent) const noexcept;
-  EditPlace asFirst(int parent) const noexcept;
+  /// On the line behind (before) an element or the current node; in text at once.
+  EditPlace behind(int element) noexcept;
+  EditPlace before(int element) noexcept;
+  EditPlace behindNode() noexcept;
+  EditPlace beforeNode() noexcept;
+  /// As the last of all in a parent, or as its first element.
+  EditPlace asLast(int parent) noexcept;
+  EditPlace asFirst(int parent) noexcept;
 
   // --- elements: MarkupEditElements.cpp ----------------------------------------------------------
 
   /// Answers the record of the new element; 0 if it was refused.
   int addElement(EditPlace place, std::u16string_view name, std::u16string_view data, int flags);
-  int addMarkup(EditPlace place, std::u16string_view markup);
+  /// `isWritten`: by the library itself, with right names, quotes and references.
+  int addMarkup(EditPlace place, std::u16string_view markup, bool isWritten);
   void removeElement(int element) noexcept;
   bool setContent(int element, std::u16string_view data, int flags);
 
@@ -81,10 +82,27 @@ class MarkupEditor {
   /// Adds a node behind (before) the current position and makes it the current one.
   bool addNode(int type, std::u16string_view text, bool before);
   bool setNode(std::u16string_view text, int flags);
-  void removeNode() noexcept;
+  /// Answers false where the document needs it.
+  bool removeNode();
+
+  /// The line break of the document, or of a new one.
+  std::u16string_view lineEnd() noexcept;
 
  private:
   struct Surroundings;
+
+  // --- what may stand where: MarkupEditRules.cpp -------------------------------------------------
+
+  bool holdsText(int parent) noexcept;
+  int documentStart() const noexcept;
+  int declarationEnd() const noexcept;
+  bool hasDocumentType(int begin, int end) const noexcept;
+  bool mayStandAt(int type, int offset) const noexcept;
+  bool isRightNode(int type, std::u16string_view text, std::u16string_view markup, EditPlace place,
+                   int removed) const;
+  bool keepsRight(int offset, int removed, std::u16string_view markup) const;
+  void keepFromClosing(std::u16string& markup, int offset) const;
+  bool wouldClose(int begin, int end) const noexcept;
 
   // --- text and records: MarkupEditor.cpp --------------------------------------------------------
 
@@ -121,11 +139,14 @@ class MarkupEditor {
 
   // --- parts of the changes ----------------------------------------------------------------------
 
-  bool surround(EditPlace place, bool ownLine, Surroundings& around) const;
+  bool surround(EditPlace place, bool ownLine, Surroundings& around);
   void changeAround(const Surroundings& around, const TextPieces& pieces) noexcept;
   int insertElement(EditPlace place, const TextPieces& body, int startTag, int endTag,
                     const ElementIndex* source);
   bool composeData(std::u16string_view data, int flags, std::u16string& composed) const;
+  static bool isReferenceData(int flags) noexcept {
+    return (flags & MarkupFlag::dataFlags) == MarkupFlag::withReferences;
+  }
   bool changeStartTag(int element, int from, int removed, const TextPieces& pieces, bool checked);
   bool addAttribute(int element, std::u16string_view name, std::u16string_view value, bool checked);
   void changeNames(int element, int oldLength, std::u16string_view name, int oldEndLength,

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <string_view>
 
@@ -8,27 +7,6 @@
 #include "kpx/xml/internal/Tokenizer.h"
 
 namespace kpx::detail {
-
-/// The units below "a" that a writable name cannot have: all that is white space, delimits or
-/// quotes in markup, and control characters.
-inline constexpr auto unwritableUnits = [] {
-  std::array<bool, u'a'> units{};
-  for (char16_t unit = 0; unit <= u' '; ++unit) units[unit] = true;
-  for (const char16_t unit : {u'"', u'&', u'\'', u'/', u'<', u'=', u'>', u'[', u']'}) {
-    units[unit] = true;
-  }
-  return units;
-}();
-
-/// Whether a name of an element or attribute can be written so that it is read back as one name
-/// and taken for no other markup.
-constexpr bool isWritableName(std::u16string_view name) noexcept {
-  if (name.empty() || !isNameStart(name.front())) return false;
-  for (const char16_t unit : name) {
-    if (unit < unwritableUnits.size() && unwritableUnits[unit]) return false;
-  }
-  return true;
-}
 
 /// The name of a start tag, given from its "<" on.
 constexpr std::u16string_view tagNameOf(std::u16string_view tag) noexcept {

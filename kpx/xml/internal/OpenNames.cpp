@@ -66,17 +66,23 @@ bool closesTagAt(std::u16string_view text, int position, std::u16string_view end
          equalNames(found.substr(0, length), endTagName, ignoreCase);
 }
 
-OpenNames::OpenNames(std::u16string_view text, bool ignoreCase)
-    : text_(text), ignoreCase_(ignoreCase), base_(chooseBase()) {}
+OpenNames::OpenNames(std::u16string_view text, const std::vector<OpenElement>& stack,
+                     bool ignoreCase)
+    : text_(text),
+      stack_(stack),
+      ignoreCase_(ignoreCase),
+      base_(chooseBase()),
+      slots_(std::size_t{64}) {}
 
 std::uint64_t OpenNames::extend(std::uint64_t key, char16_t unit) const noexcept {
   return multiplyModulo61(key, base_) + (ignoreCase_ ? foldCase(unit) : unit) + 1u;
 }
 
+// The keys of all names that close the element at a depth.
 template <class Visit>
-void OpenNames::visitKeys(int namePosition, Visit visit) const {
-  const std::u16string_view name =
-      text_.substr(static_cast<std::size_t>(namePosition), longestName + 1);
+void OpenNames::visitKeys(int depth, Visit visit) const {
+  const auto begin = static_cast<std::size_t>(stack_[static_cast<std::size_t>(depth)].start) + 1;
+  const std::u16string_view name = text_.substr(begin, longestName + 1);
   std::uint64_t key = 0;
   for (const char16_t& unit : name) {
     if (endsName(unit) || (mayFollowName(unit) && &unit != name.data())) visit(key);
@@ -85,31 +91,74 @@ void OpenNames::visitKeys(int namePosition, Visit visit) const {
   }
 }
 
-void OpenNames::push(int namePosition) {
-  const int depth = this->depth();
-  names_.push_back(namePosition);
-  visitKeys(namePosition, [&](std::uint64_t key) { depths_[key].push_back(depth); });
+// Where a key stands, or would be put.
+std::size_t OpenNames::slotOf(std::uint64_t key) const noexcept {
+  const std::size_t mask = slots_.size() - 1;
+  const auto part = static_cast<std::uint32_t>(key);
+  std::size_t slot = (key >> 20) & mask;
+  while (slots_[slot].depth != free && slots_[slot].key != part) slot = (slot + 1) & mask;
+  return slot;
+}
+
+// Makes sure that so many more keys can be put in without an allocation: a failure must leave what
+// can be taken out again.
+void OpenNames::makeRoom(std::size_t keys) {
+  if (shadowed_.capacity() - shadowed_.size() < keys) {
+    shadowed_.reserve(std::max(2 * shadowed_.capacity(), shadowed_.size() + keys));
+  }
+  std::size_t size = slots_.size();
+  while (4 * (used_ + keys) > 3 * size) size *= 2;
+  if (size == slots_.size()) return;
+  // A table of another size, as if all had been put into it from the beginning.
+  slots_ = std::vector<Slot>(size);
+  used_ = 0;
+  for (int depth = 1; depth < depth_; ++depth) {
+    visitKeys(depth, [&](std::uint64_t key) {
+      Slot& slot = slots_[slotOf(key)];
+      used_ += slot.depth == free;
+      slot = {static_cast<std::uint32_t>(key), depth};
+    });
+  }
+}
+
+void OpenNames::push() {
+  std::size_t keys = 0;
+  visitKeys(depth_, [&](std::uint64_t) { ++keys; });
+  makeRoom(keys);
+  visitKeys(depth_, [&](std::uint64_t key) {
+    Slot& slot = slots_[slotOf(key)];
+    shadowed_.push_back(slot.depth);
+    used_ += slot.depth == free;
+    slot = {static_cast<std::uint32_t>(key), depth_};
+  });
+  ++depth_;
 }
 
 void OpenNames::pop() {
-  visitKeys(names_.back(), [&](std::uint64_t key) {
-    const auto found = depths_.find(key);
-    found->second.pop_back();
-    if (found->second.empty()) depths_.erase(found);
-  });
-  names_.pop_back();
+  --depth_;
+  std::uint64_t keys[longestName + 1];
+  std::size_t count = 0;
+  visitKeys(depth_, [&](std::uint64_t key) { keys[count++] = key; });
+  while (count-- > 0) {
+    Slot& slot = slots_[slotOf(keys[count])];
+    slot.depth = shadowed_.back();
+    shadowed_.pop_back();
+    used_ -= slot.depth == free;
+  }
+}
+
+bool OpenNames::closes(int depth, std::u16string_view endTagName) const noexcept {
+  return closesTagAt(text_, stack_[static_cast<std::size_t>(depth)].start + 1, endTagName,
+                     ignoreCase_);
 }
 
 int OpenNames::find(std::u16string_view endTagName) const {
   std::uint64_t key = 0;
   for (const char16_t unit : endTagName.substr(0, longestName)) key = extend(key, unit);
-  const auto found = depths_.find(key);
-  if (found == depths_.end()) return -1;
-  for (auto depth = found->second.rbegin(); depth != found->second.rend(); ++depth) {
-    const int position = names_[static_cast<std::size_t>(*depth)];
-    if (closesTagAt(text_, position, endTagName, ignoreCase_)) return *depth;
-  }
-  return -1;
+  // Different names may share a key, though hardly ever.
+  int depth = slots_[slotOf(key)].depth;
+  while (depth > 0 && !closes(depth, endTagName)) --depth;
+  return depth > 0 ? depth : -1;
 }
 
 }  // namespace kpx::detail

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
+
+#include "kpx/xml/internal/ParseState.h"
 
 namespace kpx::detail {
 
@@ -17,31 +19,48 @@ bool closesTagAt(std::u16string_view text, int position, std::u16string_view end
                  bool ignoreCase) noexcept;
 
 /// Finds among many open elements the innermost one that an end tag closes, without walking them:
-/// a document of end tags that close nothing costs no more for each the deeper it is nested.
+/// a document of end tags that close nothing costs no more for each the deeper it is nested. Takes
+/// little more memory than the names themselves, whatever they are.
 class OpenNames {
  public:
-  OpenNames(std::u16string_view text, bool ignoreCase);
+  /// The open elements, [0] aside, which stands for their parent; both must outlive it.
+  OpenNames(std::u16string_view text, const std::vector<OpenElement>& stack, bool ignoreCase);
 
-  /// How many open elements it knows: all below this depth.
-  int depth() const noexcept { return static_cast<int>(names_.size()); }
-  /// The next one, by where its start tag has its name.
-  void push(int namePosition);
+  /// How many entries of the stack it knows: all below this depth.
+  int depth() const noexcept { return depth_; }
+  /// Takes the entry at this depth.
+  void push();
+  /// Gives the last one back, which must be in the stack still.
   void pop();
   /// The depth of the innermost element, or -1.
   int find(std::u16string_view endTagName) const;
 
  private:
+  // The innermost element that a name closes, by a part of the key of that name.
+  struct Slot {
+    std::uint32_t key = 0;
+    std::int32_t depth = free;
+  };
+  static constexpr std::int32_t free = -1;
+
   template <class Visit>
-  void visitKeys(int namePosition, Visit visit) const;
+  void visitKeys(int depth, Visit visit) const;
   std::uint64_t extend(std::uint64_t key, char16_t unit) const noexcept;
+  std::size_t slotOf(std::uint64_t key) const noexcept;
+  void makeRoom(std::size_t keys);
+  bool closes(int depth, std::u16string_view endTagName) const noexcept;
 
   const std::u16string_view text_;
+  const std::vector<OpenElement>& stack_;
   const bool ignoreCase_;
   const std::uint64_t base_;
-  std::vector<int> names_;
-  // By key of a name that closes them, the depths in ascending order. Different names may have
-  // the same key, though hardly ever.
-  std::unordered_map<std::uint64_t, std::vector<int>> depths_;
+  int depth_ = 1;
+  // Open addressing; what was put in last is taken out first, so that a slot can be freed without
+  // a look at those behind it.
+  std::vector<Slot> slots_;
+  std::size_t used_ = 0;
+  // For each key of each element, in the order of pushing: what stood in its slot before.
+  std::vector<std::int32_t> shadowed_;
 };
 
 }  // namespace kpx::detail

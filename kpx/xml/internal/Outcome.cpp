@@ -1,5 +1,6 @@
 #include "kpx/xml/internal/Outcome.h"
 
+#include <algorithm>
 #include <charconv>
 
 #include "kpx/xml/CMarkup.h"
@@ -49,7 +50,10 @@ constexpr Sentence sentences[] = {
     {u"converted_from", u"converted from {encoding}[ to {length} units]"},
     {u"converted_to", u"converted to {encoding}[, {length} units]"},
     {u"conversion_loss",
-     u"characters were lost in the conversion[ to {encoding}][: {count}][, the first at offset "
+     u"characters get lost in the conversion[ to {encoding}][: {count}][, the first at offset "
+     u"{offset2}]"},
+    {u"respelled",
+     u"bytes would be written otherwise[ in {encoding}][: {count}][, the first at offset "
      u"{offset2}]"},
     {u"nulls_removed", u"removed {count} nulls"},
     {u"truncation_error", u"the text ends in the middle of a character"},
@@ -109,10 +113,14 @@ void addOutcome(CString& result, const Outcome& outcome) {
 
 CString outcomeSentences(std::u16string_view result) {
   CString joined;
-  TokenPos token{result};
-  for (int kind; token.end < static_cast<int>(outcomeLimit) &&
-                 (kind = nextMarkup(token)) != TokenKind::endOfText;) {
-    if (kind != MarkupNode::element) continue;
+  const auto end = static_cast<int>(std::min(result.size(), outcomeLimit));
+  for (TokenPos token{result}; token.end < end;) {
+    // Names stand in plain lines as they are, so these are passed over line by line.
+    if (result[static_cast<std::size_t>(token.end)] != u'<') {
+      token.end = findUnit(result, token.end, '\n') + 1;
+      continue;
+    }
+    nextToken(token);
     const std::u16string_view tag = result.substr(static_cast<std::size_t>(token.start),
                                                   static_cast<std::size_t>(token.length()));
     for (const Sentence& sentence : sentences) {

@@ -2,8 +2,7 @@
 
 #include <algorithm>
 
-#include "kpx/xml/internal/Escape.h"
-#include "kpx/xml/internal/Outcome.h"
+#include "kpx/text/Utf.h"
 #include "kpx/xml/internal/Tokenizer.h"
 
 namespace kpx::detail {
@@ -12,6 +11,13 @@ namespace {
 // Each unended element writes the name of the end tag that closed it. Longer names are cut there,
 // or a small hostile file could fill the memory.
 constexpr std::size_t plainNameLimit = 128;
+
+// Never between the halves of a character.
+std::u16string_view cutName(std::u16string_view name) noexcept {
+  if (name.size() <= plainNameLimit) return name;
+  const bool splitsPair = isHighSurrogate(name[plainNameLimit - 1]);
+  return name.substr(0, plainNameLimit - splitsPair);
+}
 
 std::u16string_view syntaxRecordName(MarkupProblemKind kind) noexcept {
   switch (kind) {
@@ -30,6 +36,10 @@ std::u16string_view syntaxRecordName(MarkupProblemKind kind) noexcept {
 
 }  // namespace
 
+void ParseReport::record(const Outcome& outcome) {
+  if (result_) addOutcome(*result_, outcome);
+}
+
 void ParseReport::tell(MarkupProblemKind kind, std::u16string_view name, int offset) {
   if (!sink_) return;
   const LineTable::Place place = lines_.at(offset);
@@ -37,54 +47,57 @@ void ParseReport::tell(MarkupProblemKind kind, std::u16string_view name, int off
 }
 
 void ParseReport::syntaxError(MarkupProblemKind kind, int offset) {
-  addOutcome(result_, {.name = syntaxRecordName(kind), .numberName = u"offset", .number = offset});
+  record({.name = syntaxRecordName(kind), .numberName = u"offset", .number = offset});
   tell(kind, {}, offset);
 }
 
 void ParseReport::unterminated(std::u16string_view openType, int offset) {
-  addOutcome(result_, {.name = u"unterminated_tag_syntax",
-                       .textName = u"type",
-                       .text = openType,
-                       .numberName = u"offset",
-                       .number = offset});
+  record({.name = u"unterminated_tag_syntax",
+          .textName = u"type",
+          .text = openType,
+          .numberName = u"offset",
+          .number = offset});
   tell(MarkupProblemKind::unterminatedTagSyntax, openType, offset);
 }
 
-void ParseReport::unendedStartTag(std::u16string_view name, int offset, int missedAt) {
-  addOutcome(result_, {.name = u"unended_start_tag",
-                       .textName = u"tagname",
-                       .text = name,
-                       .numberName = u"offset",
-                       .number = offset,
-                       .offset2 = missedAt});
+void ParseReport::unendedRecord(std::u16string_view name, int offset, int missedAt) {
+  record({.name = u"unended_start_tag",
+          .textName = u"tagname",
+          .text = name,
+          .numberName = u"offset",
+          .number = offset,
+          .offset2 = missedAt});
+}
+
+void ParseReport::unendedProblem(std::u16string_view name, int offset) {
   tell(MarkupProblemKind::unendedStartTag, name, offset);
 }
 
 void ParseReport::loneEndTag(std::u16string_view name, int offset) {
-  addOutcome(result_, {.name = u"lone_end_tag",
-                       .textName = u"tagname",
-                       .text = name,
-                       .numberName = u"offset",
-                       .number = offset});
+  record({.name = u"lone_end_tag",
+          .textName = u"tagname",
+          .text = name,
+          .numberName = u"offset",
+          .number = offset});
   tell(MarkupProblemKind::loneEndTag, name, offset);
 }
 
 void ParseReport::noRootElement() {
-  addOutcome(result_, {.name = u"no_root_element"});
+  record({.name = u"no_root_element"});
   tell(MarkupProblemKind::noRootElement, {}, 0);
 }
 
-void ParseReport::rootHasSibling(int offset) {
-  addOutcome(result_, {.name = u"root_has_sibling"});
-  tell(MarkupProblemKind::rootHasSibling, {}, offset);
+void ParseReport::rootHasSibling(int offset, bool isReal) {
+  record({.name = u"root_has_sibling"});
+  if (isReal) tell(MarkupProblemKind::rootHasSibling, {}, offset);
 }
 
 void ParseReport::tooLarge(std::u16string_view what, int offset) {
-  addOutcome(result_, {.name = u"limit_exceeded",
-                       .textName = u"type",
-                       .text = what,
-                       .numberName = u"offset",
-                       .number = offset});
+  record({.name = u"limit_exceeded",
+          .textName = u"type",
+          .text = what,
+          .numberName = u"offset",
+          .number = offset});
   tell(MarkupProblemKind::tooLarge, what, offset);
 }
 
@@ -103,11 +116,9 @@ int ParseReport::lineOf(int offset) {
 void ParseReport::plainLine(std::u16string_view opening, std::u16string_view name,
                             std::u16string_view middle, int offset, std::u16string_view beforeLine,
                             int lineOffset) {
-  std::u16string& text = result_.units();
-  text.append(opening);
-  // Escaped, so that the result text can be read as markup whatever the name holds.
-  escapeInto(text, name.substr(0, plainNameLimit), 0);
-  text.append(middle);
+  if (!result_) return;
+  std::u16string& text = result_->units();
+  text.append(opening).append(cutName(name)).append(middle);
   appendNumber(text, offset);
   text.append(beforeLine);
   appendNumber(text, lineOf(lineOffset));

@@ -31,21 +31,20 @@ bool isIn(const Range (&ranges)[count], char32_t code) noexcept {
   return behind != std::begin(ranges) && code <= (behind - 1)->last;
 }
 
-bool isXmlCharacter(char32_t code) noexcept {
-  if (code < 0x20) return code == '\t' || code == '\n' || code == '\r';
-  return code < 0xD800 || (code >= 0xE000 && code <= 0x10FFFF && code != 0xFFFE && code != 0xFFFF);
-}
-
 // Whether a unit is a character by itself, without a look at others.
 bool isPlain(char16_t unit) noexcept {
   return (unit >= 0x20 && unit < 0xD800) || unit == '\n' || unit == '\r' || unit == '\t';
 }
 
+// Control characters that a document of version 1.1 can have as references only.
+bool isRestricted(char32_t code) noexcept { return code >= 0x7F && code <= 0x9F && code != 0x85; }
+
 }  // namespace
 
-bool isXmlName(std::u16string_view name) noexcept {
+bool isAnyXmlName(std::u16string_view name) noexcept {
   if (name.empty()) return false;
-  for (std::size_t position = 0; position < name.size();) {
+  std::size_t position = 0;
+  while (position < name.size()) {
     const bool first = position == 0;
     const char32_t code = nextCodePoint(name, position);
     if (!isIn(nameStarts, code) && (first || !isIn(laterInNames, code))) return false;
@@ -53,26 +52,31 @@ bool isXmlName(std::u16string_view name) noexcept {
   return true;
 }
 
-std::size_t findForbiddenCharacter(std::u16string_view text, std::size_t from) noexcept {
+std::size_t findForbiddenCharacter(std::u16string_view text, std::size_t from,
+                                   bool isVersion11) noexcept {
   for (std::size_t position = from; position < text.size();) {
     // Most of a text is plain; looked at in blocks that compilers turn into vector code.
     constexpr std::size_t blockUnits = 32;
     while (position + blockUnits <= text.size()) {
       bool plain = true;
       for (std::size_t i = 0; i < blockUnits; ++i) plain &= isPlain(text[position + i]);
+      for (std::size_t i = 0; isVersion11 && i < blockUnits; ++i) {
+        plain &= !isRestricted(text[position + i]);
+      }
       if (!plain) break;
       position += blockUnits;
     }
     const std::size_t blockEnd = std::min(position + blockUnits, text.size());
     while (position < blockEnd) {
       const std::size_t start = position;
-      if (!isXmlCharacter(nextCodePoint(text, position))) return start;
+      const char32_t code = nextCodePoint(text, position);
+      if (!isXmlCharacter(code) || (isVersion11 && isRestricted(code))) return start;
     }
   }
   return text.size();
 }
 
-bool isNumericReference(std::u16string_view reference) noexcept {
+bool isNumericReference(std::u16string_view reference, bool isVersion11) noexcept {
   std::u16string_view digits = reference.substr(2, reference.size() - 3);
   const bool hex = digits.starts_with(u'x');
   if (hex) digits.remove_prefix(1);
@@ -88,7 +92,7 @@ bool isNumericReference(std::u16string_view reference) noexcept {
     }
     if (code > 0x10FFFF) return false;
   }
-  return !digits.empty() && isXmlCharacter(code);
+  return !digits.empty() && (isXmlCharacter(code) || (isVersion11 && code > 0 && code < 0x20));
 }
 
 }  // namespace kpx::detail
