@@ -23,12 +23,13 @@ function(kpx_add_test name)
                        LABELS "${TEST_LABELS}" ENVIRONMENT "${TEST_ENVIRONMENT}")
 endfunction()
 
-# kpx_test(NAME LAYERS layers... SOURCES ... [LINK ...] [LABELS ...])
+# kpx_test(NAME LAYERS layers... SOURCES ... [LINK ...] [THREADS tests...])
 #
 # One GoogleTest program for one folder of tests/. It links only the layers named, so a layer
 # that secretly needs a higher one does not link. Below the context there is no error reporter.
+# THREADS are its tests that use several threads, for the thread sanitizer.
 function(kpx_test name)
-  cmake_parse_arguments(TEST "" "" "LAYERS;SOURCES;LINK;LABELS" ${ARGN})
+  cmake_parse_arguments(TEST "" "" "LAYERS;SOURCES;LINK;THREADS" ${ARGN})
   if(NOT context IN_LIST TEST_LAYERS)
     list(APPEND TEST_SOURCES ${PROJECT_SOURCE_DIR}/tests/common/NoReporter.cpp)
   endif()
@@ -38,5 +39,10 @@ function(kpx_test name)
   target_compile_definitions(test_${name} PRIVATE KPX_STATIC
                              KPX_TEST_DATA="${CMAKE_CURRENT_SOURCE_DIR}/data")
   target_precompile_headers(test_${name} REUSE_FROM kpx_test_main)
-  kpx_add_test(${name} COMMAND test_${name} LABELS ${TEST_LABELS})
+  kpx_add_test(${name} COMMAND test_${name})
+  if(TEST_THREADS AND KPX_SANITIZE STREQUAL thread)
+    list(JOIN TEST_THREADS ":" filter)
+    kpx_add_test(${name}_threads COMMAND test_${name} --gtest_filter=${filter} LABELS threads)
+    add_dependencies(thread_tests test_${name})
+  endif()
 endfunction()
