@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <iostream>
 
-#include "kpx/settings/ConfigFile.h"
+#include "kpx/settings/document/ConfigDifference.h"
 #include "KpxBaseObjects.h"
 
 int main(int argc, char** argv) {

@@ -6,6 +6,7 @@
 #include "kpx/config/CFGRow.h"
 #include "kpx/report/Error.h"
 #include "kpx/settings/engine/GeneratedClass.h"
+#include "kpx/settings/engine/ValueText.h"
 #include "kpx/settings/internal/CatalogueTable.h"
 #include "kpx/settings/internal/HeaderAccess.h"
 #include "kpx/text/NumberText.h"
@@ -28,9 +29,9 @@ CString SettingAccess::text(const CDBObject& object) const {
   if (const CString* const text = std::get_if<CString>(&value)) return *text;
   CString text;
   if (const double* const real = std::get_if<double>(&value)) {
-    doubleAsTextInto(text, *real, setting->decimals, u'.');
+    detail::realTextInto(text, *real, *setting);
   } else {
-    longAsTextInto(text, std::get<std::int32_t>(value));
+    detail::integerTextInto(text, std::get<std::int32_t>(value));
   }
   return text;
 }

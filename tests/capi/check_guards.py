@@ -67,7 +67,7 @@ def declared(header):
         if nested and access == "private":
             facts[owner + nested[1]] = True
         found = re.match(r"(?:  )?(?:\S.*?[ &*])?(\w+)\(", line)
-        if not found or line.startswith("    "):
+        if not found or line.startswith(("    ", "  return ")):
             continue
         declaration = line
         while not re.search(r"[;{}]\s*$", declaration):

@@ -11,10 +11,12 @@ namespace {
 /// The key that is meant perhaps, of the file or of a class, as a question.
 std::string nearKey(const Configurations& configurations, const CString& key) {
   Nearest nearest(key);
-  for (const DocumentConfiguration& configuration : configurations.list) {
-    for (const DocumentSetting& setting : configuration.settings) nearest.offer(setting.key);
-    if (!configuration.settingsClass) continue;
-    for (const SettingAccess& access : configuration.settingsClass->settings) {
+  for (const ViewedConfiguration* const each : configurations.list) {
+    for (const ConfigColumn& column : each->columns) {
+      nearest.offer(configurations.view().keyOf(column));
+    }
+    if (!each->settingsClass) continue;
+    for (const SettingAccess& access : each->settingsClass->settings) {
       nearest.offer(access.key());
     }
   }
@@ -26,8 +28,8 @@ std::string ownerNames(const Configurations& configurations) {
   constexpr std::size_t mostNames = 5;
   std::set<std::string> known;
   std::string names;
-  for (const DocumentConfiguration& each : configurations.list) {
-    std::string name = labelOf(each);
+  for (const ViewedConfiguration* const each : configurations.list) {
+    std::string name = labelOf(*each);
     if (!known.insert(name).second) continue;
     if (known.size() > mostNames) return names + ", ...";
     names += (names.empty() ? "" : ", ") + name;
@@ -46,21 +48,23 @@ std::string nearClass(const std::string& name) {
 }
 
 bool isOfUnknownClass(const Configurations& configurations, const CString& key) {
-  return std::ranges::any_of(configurations.list, [&](const DocumentConfiguration& each) {
-    return !each.settingsClass &&
-           std::ranges::find(each.settings, key, &DocumentSetting::key) != each.settings.end();
+  const auto hasKey = [&](const ConfigColumn& column) {
+    return configurations.view().keyOf(column) == key;
+  };
+  return std::ranges::any_of(configurations.list, [&](const ViewedConfiguration* each) {
+    return !each->settingsClass && std::ranges::any_of(each->columns, hasKey);
   });
 }
 
 std::string whyAbsent(const Configurations& configurations, const CString& key) {
-  for (const DocumentConfiguration& each : configurations.list) {
+  for (const ViewedConfiguration* const each : configurations.list) {
     const SettingAccess* const access =
-        each.settingsClass ? each.settingsClass->findKey(key) : nullptr;
+        each->settingsClass ? each->settingsClass->findKey(key) : nullptr;
     if (!access) continue;
     if (access->key() != key.view()) {
       return "is an older name of '" + shown(access->key()) + "' and is not in this file";
     }
-    return "is a setting of " + labelOf(each) +
+    return "is a setting of " + labelOf(*each) +
            " but is not in this file, and its default counts; kpx config set --add writes it";
   }
   return "is neither in this file nor a setting of " + ownerNames(configurations) +

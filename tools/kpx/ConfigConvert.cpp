@@ -5,7 +5,6 @@
 #include <map>
 #include <set>
 
-#include "kpx/settings/ConfigParts.h"
 #include "tools/kpx/ConfigJson.h"
 #include "tools/kpx/Usage.h"
 
@@ -29,30 +28,23 @@ struct PlainConfiguration {
   std::vector<PlainSetting> settings;
 };
 
-CString attributeOf(const ConfigElement& element, std::u16string_view name) {
-  CString text;
-  AttributeReader attributes = element.attributes;
-  attributes.read(name, text);
-  return text;
-}
-
-std::vector<PlainConfiguration> plainConfigurations(Configurations& configurations) {
+std::vector<PlainConfiguration> plainConfigurations(const Configurations& configurations) {
   std::vector<PlainConfiguration> plain;
   std::map<std::string, int> counts;
-  auto selected = configurations.list.begin();
-  int number = 0;
-  for (const ConfigParts& parts : configPartsOf(configurations.document)) {
-    if (selected == configurations.list.end() || selected->number != ++number) continue;
-    std::string name = nameOf(*selected++);
+  const ConfigView& view = configurations.view();
+  for (const ViewedConfiguration* const each : configurations.list) {
+    std::string name = nameOf(*each);
     if (const int count = ++counts[name]; count > 1) name += "." + std::to_string(count);
     PlainConfiguration& configuration = plain.emplace_back();
     configuration.name = std::move(name);
-    for (const ConfigColumnParts& each : parts.columns) {
-      configuration.settings.push_back({attributeOf(each.column, u"Name"),
-                                        each.value ? attributeOf(*each.value, u"Value") : CString(),
-                                        attributeOf(each.column, u"Type"),
-                                        attributeOf(each.column, u"Caption"),
-                                        attributeOf(each.column, u"Category"), each.column.offset});
+    for (std::size_t i = 0; i < each->ownColumns; ++i) {
+      const ConfigColumn& column = each->columns[i];
+      const auto attribute = [&](std::u16string_view attributeName) {
+        return view.attributeOf(column.column, attributeName);
+      };
+      configuration.settings.push_back({view.keyOf(column), view.valueOf(column),
+                                        attribute(u"Type"), attribute(u"Caption"),
+                                        attribute(u"Category"), column.column.begin});
     }
   }
   return plain;
@@ -91,7 +83,7 @@ class CsvWriter {
   std::string out_;
 };
 
-std::string csvOf(Configurations& configurations, const ConvertOptions& options) {
+std::string csvOf(const Configurations& configurations, const ConvertOptions& options) {
   CsvWriter csv(options.separator.empty()    ? ','
                 : options.separator == "tab" ? '\t'
                                              : options.separator.front());
@@ -122,8 +114,8 @@ CString iniValue(CString value) {
   return value;
 }
 
-std::string iniOf(Configurations& configurations) {
-  PlaceCounter places(configurations.document.GetDoc());
+std::string iniOf(const Configurations& configurations) {
+  PlaceCounter places(configurations.document.text());
   const auto refuse = [&](const PlainSetting& setting, const std::string& sentence) {
     const auto [line, column] = places.at(setting.offset);
     throw Failure(Exit::input,
@@ -195,7 +187,7 @@ std::string convertedFrom(const std::string& file, const Selection& selection,
   Input input;
   if (findClassOf(file)) {
     configurations = readConfigurations(file, selection);
-    input.piped = configurations.document.GetDoc().utf8();
+    input.piped = configurations.document.text().utf8();
   } else {
     input = readInput(file);
     configurations = configurationsOf(input, selection);

@@ -5,6 +5,7 @@
 #include <map>
 #include <utility>
 
+#include "kpx/settings/document/ConfigDifference.h"
 #include "tools/kpx/Exit.h"
 #include "tools/kpx/Output.h"
 #include "tools/kpx/Usage.h"
@@ -18,7 +19,7 @@ class DifferenceReport {
   DifferenceReport(std::string a, std::string b) : a_(std::move(a)), b_(std::move(b)) {}
 
   /// `owner` is the configuration as the messages call it.
-  void add(const Configurations& all, const DocumentConfiguration& owner,
+  void add(const Configurations& all, const ViewedConfiguration& owner,
            const ConfigDifference& difference) {
     compared_ = true;
     for (const ChangedValue& each : difference.changed) {
@@ -31,7 +32,7 @@ class DifferenceReport {
       add(all, owner, each.key, nullptr, &each.value);
     }
   }
-  void addUnpaired(const Configurations& all, const DocumentConfiguration& owner) {
+  void addUnpaired(const Configurations& all, const ViewedConfiguration& owner) {
     list_.push_back({{"class", nameOf(owner)}, {"index", owner.number}, {"only_in", all.source}});
     lines_ += labelOf(all, owner) + ": only in " + onOneLine(all.source) + "\n";
   }
@@ -46,7 +47,7 @@ class DifferenceReport {
   }
 
  private:
-  void add(const Configurations& all, const DocumentConfiguration& owner, const CString& key,
+  void add(const Configurations& all, const ViewedConfiguration& owner, const CString& key,
            const CString* a, const CString* b) {
     const auto json = [](const CString* value) {
       return value ? Json(shown(*value)) : Json(nullptr);
@@ -78,11 +79,11 @@ class DifferenceReport {
 Exit diffFromDefaults(const std::string& file, const Selection& selection, bool json) {
   const Configurations configurations = readConfigurations(file, selection);
   DifferenceReport report("defaults", configurations.source);
-  for (const DocumentConfiguration& configuration : configurations.list) {
-    if (configuration.settingsClass) {
-      report.add(configurations, configuration, changedFromDefaults(configuration));
+  for (const ViewedConfiguration* const each : configurations.list) {
+    if (each->settingsClass) {
+      report.add(configurations, *each, changedFromDefaults(configurations.view(), *each));
     } else {
-      complain(configurations.source + ": " + labelOf(configuration) +
+      complain(configurations.source + ": " + labelOf(*each) +
                " is not a known class and has no defaults to compare with");
     }
   }
@@ -121,20 +122,20 @@ Exit diffConfigurations(const std::string& file, const Selection& selection,
   const Configurations b = readConfigurations(options.other, selectionInB(selection, options));
   // The first of an element is paired with the first, and so on.
   DifferenceReport report(a.source, b.source);
-  std::map<CString, std::deque<const DocumentConfiguration*>> unpaired;
-  for (const DocumentConfiguration& each : b.list) unpaired[each.elementName].push_back(&each);
-  for (const DocumentConfiguration& each : a.list) {
-    auto& partners = unpaired[each.elementName];
+  std::map<std::u16string_view, std::deque<const ViewedConfiguration*>> unpaired;
+  for (const ViewedConfiguration* const each : b.list) unpaired[each->elementName].push_back(each);
+  for (const ViewedConfiguration* const each : a.list) {
+    auto& partners = unpaired[each->elementName];
     if (partners.empty()) {
-      report.addUnpaired(a, each);
+      report.addUnpaired(a, *each);
     } else {
-      report.add(a, each, compareConfigurations(each, *partners.front()));
+      report.add(a, *each, compareConfigurations(a.view(), *each, b.view(), *partners.front()));
       partners.pop_front();
     }
   }
-  for (const DocumentConfiguration& each : b.list) {
-    const auto& left = unpaired[each.elementName];
-    if (!left.empty() && each.number >= left.front()->number) report.addUnpaired(b, each);
+  for (const ViewedConfiguration* const each : b.list) {
+    const auto& left = unpaired[each->elementName];
+    if (!left.empty() && each->number >= left.front()->number) report.addUnpaired(b, *each);
   }
   return report.finish(json);
 }

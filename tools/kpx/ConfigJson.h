@@ -29,7 +29,7 @@ namespace kpx::tool {
 /// The selected configurations as JSON, with the XML around all of them. What cannot be kept (a
 /// comment or a foreign element or attribute inside a configuration) raises a Failure with its
 /// place.
-std::string jsonOf(Configurations& configurations);
+std::string jsonOf(const Configurations& configurations);
 
 /// The XML that a JSON stands for, and what in it a person may have mistyped: keys and values that
 /// the suite would not read or not write so.

@@ -1,6 +1,5 @@
 #include <algorithm>
 
-#include "kpx/settings/ConfigParts.h"
 #include "tools/kpx/ConfigJson.h"
 #include "tools/kpx/Exit.h"
 
@@ -47,8 +46,7 @@ std::size_t firstDifference(std::u16string_view a, std::u16string_view b) {
 }
 
 std::string sentenceOf(const Configurations& configurations, std::size_t offset, const char* kind) {
-  const int line =
-      PlaceCounter(configurations.document.GetDoc()).at(static_cast<int>(offset)).first;
+  const int line = PlaceCounter(configurations.document.text()).at(static_cast<int>(offset)).first;
   return configurations.source + ":" + std::to_string(line) +
          ": the JSON keeps the content but not its spelling: --to xml gives a file that first "
          "differs here, by " +
@@ -68,20 +66,20 @@ std::string differenceFromJson(const std::string& json, Configurations& configur
   if (selection.none() && again == bytes) return {};
   CMarkup fresh;
   fresh.SetDoc(decodeMarkupBytes(again).text);
-  const std::u16string_view was = configurations.document.GetDoc();
+  const std::u16string_view was = configurations.document.text();
   const std::u16string_view becomes = fresh.GetDoc();
   if (selection.none()) {
     const std::size_t at = firstDifference(was, becomes);
     return at == was.npos ? sentenceOf(configurations, 0, "other bytes of the encoding")
                           : sentenceOf(configurations, at, kindOf(was, becomes, at));
   }
-  const std::vector<ConfigParts> parts = configPartsOf(fresh);
-  for (std::size_t i = 0; i < parts.size() && i < configurations.list.size(); ++i) {
-    const DocumentConfiguration& each = configurations.list[i];
-    const auto begin = static_cast<std::size_t>(each.offset);
-    const auto old = was.substr(begin, static_cast<std::size_t>(each.length));
-    const auto now = becomes.substr(static_cast<std::size_t>(parts[i].element.offset),
-                                    static_cast<std::size_t>(parts[i].length));
+  const ConfigView parts(fresh);
+  const std::size_t count = std::min(parts.configurations().size(), configurations.list.size());
+  for (std::size_t i = 0; i < count; ++i) {
+    const ViewedConfiguration& each = *configurations.list[i];
+    const auto begin = static_cast<std::size_t>(each.element.begin);
+    const auto old = configurations.view().markupOf(each.element);
+    const auto now = parts.markupOf(parts.configurations()[i].element);
     const std::size_t at = firstDifference(old, now);
     if (at != old.npos) return sentenceOf(configurations, begin + at, kindOf(old, now, at));
   }

@@ -5,7 +5,7 @@
 #include <iterator>
 #include <string_view>
 
-#include "kpx/settings/ConfigParts.h"
+#include "kpx/settings/document/ConfigAttributes.h"
 #include "kpx/text/CString.h"
 
 namespace kpx::tool {

@@ -6,7 +6,7 @@
 #include <span>
 #include <vector>
 
-#include "kpx/settings/ConfigParts.h"
+#include "kpx/settings/document/ConfigCheck.h"
 #include "kpx/text/NumberText.h"
 #include "kpx/xml/Encoding.h"
 #include "tools/kpx/ConfigJson.h"
@@ -291,10 +291,11 @@ class Reader {
   CMarkup requireReadable() {
     CMarkup document;
     document.SetDoc(CString(out_));
-    const std::vector<ConfigParts> parts = configPartsOf(document);
-    const bool found = std::ranges::equal(parts, elements_, [](const auto& a, const auto& b) {
-      return a.elementName == b.name && a.element.offset == b.offset;
-    });
+    const ConfigView view(document);
+    const auto isSame = [](const ViewedConfiguration& a, const PlacedElement& b) {
+      return a.elementName == b.name.view() && a.element.begin == b.offset;
+    };
+    const bool found = std::ranges::equal(view.configurations(), elements_, isSame);
     if (found && document.IsWellFormed()) return document;
     throw Failure(Exit::input,
                   source_ + (elements_.size() > 1
@@ -308,7 +309,7 @@ class Reader {
   void noteValues(CMarkup& document, XmlFromJson& result) {
     constexpr std::size_t mostNotes = 5;
     const Problems<ConfigFinding> findings =
-        validateConfigurations(document, {{}, mostNotes, &isTypingError});
+        validateConfigurations(ConfigView(document), {{}, mostNotes, &isTypingError});
     result.noteCount = findings.count;
     for (const ConfigFinding& finding : findings) {
       const auto behind =

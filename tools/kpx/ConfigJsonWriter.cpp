@@ -4,7 +4,6 @@
 #include <span>
 #include <vector>
 
-#include "kpx/settings/ConfigParts.h"
 #include "kpx/text/NumberText.h"
 #include "kpx/text/Utf.h"
 #include "tools/kpx/ConfigJson.h"
@@ -72,29 +71,28 @@ void appendOneLine(std::string& out, const Json& json) {
 
 class Writer {
  public:
-  explicit Writer(Configurations& configurations) : configurations_(configurations) {}
+  explicit Writer(const Configurations& configurations)
+      : configurations_(configurations), view_(configurations.view()) {}
 
   std::string write() {
-    const std::vector<ConfigParts> parts = configPartsOf(configurations_.document);
     out_ = "{\n";
     appendHead();
     out_ += "  \"configurations\": [";
     auto selected = configurations_.list.begin();
     std::u16string before;
     int end = 0;
-    int number = 0;
-    for (const ConfigParts& each : parts) {
-      const bool skipped = selected == configurations_.list.end() || selected->number != ++number;
-      appendAround(before, end, each.element.offset, skipped);
-      end = each.element.offset + each.length;
+    for (const ViewedConfiguration& each : view_.configurations()) {
+      const bool skipped = selected == configurations_.list.end() || *selected != &each;
+      appendAround(before, end, each.element.begin, skipped);
+      end = each.element.end;
       if (skipped) continue;
       if (selected != configurations_.list.begin()) out_ += ',';
-      appendConfiguration(*selected, each, before);
+      appendConfiguration(each, before, selected == configurations_.list.begin());
       before.clear();
       ++selected;
     }
     out_ += "\n  ]";
-    appendAround(before, end, configurations_.document.GetDoc().GetLength(), false);
+    appendAround(before, end, configurations_.document.text().GetLength(), false);
     if (before != usualLineEnd) {
       out_ += ",\n  \"after\": ";
       appendOneLine(out_, jsonOfText(before));
@@ -106,9 +104,9 @@ class Writer {
   void appendHead() {
     out_ += std::string("  \"format\": \"") + jsonFormatName +
             "\",\n  \"version\": " + std::to_string(jsonFormatVersion) + ",\n";
-    const MarkupEncoding& storage = configurations_.storage;
+    const MarkupEncoding& storage = configurations_.document.storage();
     if (storage.codePage != CodePage::utf8) {
-      out_ += "  \"encoding\": " + Json(configurations_.encoding).dump() + ",\n";
+      out_ += "  \"encoding\": " + Json(configurations_.encoding()).dump() + ",\n";
     }
     if (storage.mark) out_ += "  \"byte_order_mark\": true,\n";
   }
@@ -116,29 +114,29 @@ class Writer {
   /// Keeps what stands between two configurations; where one is left out, not the line end
   /// before it.
   void appendAround(std::u16string& around, int begin, int end, bool skipped) {
-    const std::u16string_view text = configurations_.document.GetDoc().view().substr(
-        static_cast<std::size_t>(begin), static_cast<std::size_t>(end - begin));
+    const std::u16string_view text =
+        view_.text().substr(static_cast<std::size_t>(begin), static_cast<std::size_t>(end - begin));
     const bool blank = text.find_first_not_of(u" \t\r\n") == text.npos;
     if (!(skipped && blank)) around += text;
   }
 
-  void appendConfiguration(const DocumentConfiguration& configuration, const ConfigParts& parts,
-                           std::u16string_view before) {
+  void appendConfiguration(const ViewedConfiguration& parts, std::u16string_view before,
+                           bool isFirst) {
     if (!parts.foreign.empty()) {
-      refuse(parts.foreign[0].offset, shown(parts.foreign[0].what));
+      refuse(parts.foreign[0].offset, shown(view_.describe(parts.foreign[0])));
     }
-    const bool isFirst = &configuration == configurations_.list.data();
-    Json head{{"class", nameOf(configuration)}, {"element", shown(parts.elementName)}};
+    Json head{{"class", nameOf(parts)}, {"element", shown(parts.elementName)}};
     if (before != (isFirst ? usualDeclaration : usualLineEnd)) {
       head["before"] = jsonOfText(CString(before));
     }
     addFields(head, configurationFields, parts.element, u"");
     Json classRecord = nullptr;
-    if (parts.keyedClass) {
+    if (parts.keyedClass.exists()) {
       classRecord = Json::object();
-      addFields(classRecord, classFields, *parts.keyedClass, usualClassName(parts.elementName));
+      addFields(classRecord, classFields, parts.keyedClass, usualClassName(parts.elementName));
     }
-    if (!parts.keyedClass || !classRecord.empty()) head["class_record"] = std::move(classRecord);
+    if (!parts.keyedClass.exists() || !classRecord.empty())
+      head["class_record"] = std::move(classRecord);
 
     out_ += "\n    {";
     for (auto member = head.begin(); member != head.end(); ++member) {
@@ -147,7 +145,7 @@ class Writer {
       out_ += ',';
     }
     out_ += "\n      \"settings\": [";
-    for (const ConfigColumnParts& column : parts.columns) {
+    for (const ConfigColumn& column : parts.columns) {
       if (&column != parts.columns.data()) out_ += ',';
       out_ += "\n        ";
       appendOneLine(out_, jsonOfColumn(column));
@@ -155,13 +153,13 @@ class Writer {
     out_ += parts.columns.empty() ? "]\n    }" : "\n      ]\n    }";
   }
 
-  Json jsonOfColumn(const ConfigColumnParts& parts) {
+  Json jsonOfColumn(const ConfigColumn& parts) {
     // Key and value first: they are what a person looks for.
     Json column{{"key", nullptr}, {"value", nullptr}};
     Json valueRecord = nullptr;
-    if (parts.value) {
+    if (parts.value.exists()) {
       valueRecord = Json::object();
-      addFields(valueRecord, valueFields, *parts.value, {});
+      addFields(valueRecord, valueFields, parts.value, {});
       column["value"] = std::move(valueRecord["value"]);
       valueRecord.erase("value");
     }
@@ -170,7 +168,8 @@ class Writer {
     for (const char* const optional : {"caption", "category"}) {
       if (column[optional] == Json("")) column.erase(optional);
     }
-    if (!parts.value || !valueRecord.empty()) column["value_record"] = std::move(valueRecord);
+    if (!parts.value.exists() || !valueRecord.empty())
+      column["value_record"] = std::move(valueRecord);
     return column;
   }
 
@@ -180,15 +179,14 @@ class Writer {
                  const CString& usualName) {
     constexpr std::size_t most = std::size(columnFields);
     std::array<std::optional<CString>, most> texts;
-    AttributeReader attribute = element.attributes;
-    for (attribute.rewind(); attribute.next();) {
+    for (AttributeReader attribute = view_.attributesOf(element); attribute.next();) {
       const auto field = std::ranges::find(fields, attribute.name(), &JsonField::attribute);
       if (field == fields.end()) {
-        refuse(element.offset, "the attribute '" + shownName(CString(attribute.name())) + "'");
+        refuse(element.begin, "the attribute '" + shownName(CString(attribute.name())) + "'");
       }
       std::optional<CString>& text = texts[static_cast<std::size_t>(field - fields.begin())];
       if (text) {
-        refuse(element.offset, "a second attribute '" + shownName(CString(attribute.name())) + "'");
+        refuse(element.begin, "a second attribute '" + shownName(CString(attribute.name())) + "'");
       }
       text = attribute.value();
     }
@@ -206,7 +204,7 @@ class Writer {
   }
 
   [[noreturn]] void refuse(int offset, const std::string& what) {
-    const auto [line, column] = PlaceCounter(configurations_.document.GetDoc()).at(offset);
+    const auto [line, column] = PlaceCounter(view_.text()).at(offset);
     throw Failure(Exit::input,
                   placeOf(configurations_.source,
                           {line, column,
@@ -214,12 +212,13 @@ class Writer {
                                   "converted; CSV and INI leave it out"}));
   }
 
-  Configurations& configurations_;
+  const Configurations& configurations_;
+  const ConfigView& view_;
   std::string out_;
 };
 
 }  // namespace
 
-std::string jsonOf(Configurations& configurations) { return Writer(configurations).write(); }
+std::string jsonOf(const Configurations& configurations) { return Writer(configurations).write(); }
 
 }  // namespace kpx::tool

@@ -35,21 +35,25 @@ const char* typeName(ValueKind kind) {
 }
 
 /// The setting that the class of a configuration has under the key; nullptr if there is none.
-const SettingAccess* accessOf(const DocumentConfiguration& configuration, const CString& key) {
+const SettingAccess* accessOf(const ViewedConfiguration& configuration, const CString& key) {
   return configuration.settingsClass ? configuration.settingsClass->findKey(key) : nullptr;
 }
 
+/// Whether the configuration has a column of this key, in the document.
+bool hasColumn(const Request& request, const ViewedConfiguration& configuration,
+               const CString& key) {
+  return std::ranges::any_of(configuration.columns, [&](const ConfigColumn& column) {
+    return request.configurations.view().keyOf(column) == key;
+  });
+}
+
 /// Says what the value should have been.
-std::string badValue(const Request& request, const EditResult& result) {
-  std::string sentence =
-      request.source + ": '" + request.key + "' cannot become '" + request.options.value + "'";
-  for (const DocumentConfiguration& configuration : request.configurations.list) {
-    if (configuration.number != result.number) continue;
-    if (const SettingAccess* access = accessOf(configuration, CString::fromUtf8(request.key))) {
-      sentence += std::string(", it takes ") + typeName(access->setting->kind);
-    }
-  }
-  return sentence + ": this " + describe(result.check.problem);
+std::string badValue(const Request& request, const DocumentResult& result,
+                     const DocumentChange& done) {
+  const SettingDef& setting = *request.configurations.document.findSetting(
+      done.configuration, CString::fromUtf8(request.key));
+  return request.source + ": '" + request.key + "' cannot become '" + request.options.value +
+         "', it takes " + typeName(setting.kind) + ": this " + describe(result.problem);
 }
 
 /// Where the key stands, or where it could be added.
@@ -57,11 +61,12 @@ std::string candidates(const Request& request) {
   const CString key = CString::fromUtf8(request.key);
   CandidateList places(request.configurations.document);
   CandidateList owners(request.configurations.document);
-  for (const DocumentConfiguration& configuration : request.configurations.list) {
-    if (!accessOf(configuration, key)) continue;
-    owners.add(configuration, configuration.offset);
-    for (const DocumentSetting& setting : configuration.settings) {
-      if (setting.key == key) places.add(configuration, setting.offset);
+  const ConfigView& view = request.configurations.view();
+  for (const ViewedConfiguration* const each : request.configurations.list) {
+    if (!accessOf(*each, key)) continue;
+    owners.add(*each, each->element.begin);
+    for (const ConfigColumn& column : each->columns) {
+      if (view.keyOf(column) == key) places.add(*each, column.column.begin);
     }
   }
   return places.count() > 0 ? "stands in " + places.sentence()
@@ -71,11 +76,9 @@ std::string candidates(const Request& request) {
 /// Why a key that a class knows has no value to change, and what could be done.
 std::string notInFile(const Request& request) {
   const CString key = CString::fromUtf8(request.key);
-  for (const DocumentConfiguration& configuration : request.configurations.list) {
-    if (accessOf(configuration, key) &&
-        std::ranges::find(configuration.settings, key, &DocumentSetting::key) !=
-            configuration.settings.end()) {
-      return "stands in " + labelOf(configuration) + " without a value; --add gives it one";
+  for (const ViewedConfiguration* const each : request.configurations.list) {
+    if (accessOf(*each, key) && hasColumn(request, *each, key)) {
+      return "stands in " + labelOf(*each) + " without a value; --add gives it one";
     }
   }
   return whyAbsent(request.configurations, key);
@@ -83,54 +86,53 @@ std::string notInFile(const Request& request) {
 
 [[noreturn]] void failUnknownClass(const Request& request) {
   const CString key = CString::fromUtf8(request.key);
-  for (const DocumentConfiguration& each : request.configurations.list) {
-    if (!each.settingsClass &&
-        std::ranges::find(each.settings, key, &DocumentSetting::key) != each.settings.end()) {
+  for (const ViewedConfiguration* const each : request.configurations.list) {
+    if (!each->settingsClass && hasColumn(request, *each, key)) {
       throw Failure(Exit::usage, request.source + ": '" + request.key + "' stands in " +
-                                     labelOf(each) +
+                                     labelOf(*each) +
                                      ", a class that is not known, so its value cannot be checked");
     }
   }
   throw Failure(Exit::no, request.source + ": '" + request.key +
                               "' is not in this file, and the class of " +
-                              labelOf(request.configurations.list.front()) + " is not known");
+                              labelOf(*request.configurations.list.front()) + " is not known");
 }
 
-[[noreturn]] void failEdit(const Request& request, const EditResult& result) {
+[[noreturn]] void failChange(const Request& request, const DocumentResult& result,
+                             const DocumentChange& done) {
   const std::string subject = request.source + ": '" + request.key + "' ";
   switch (result.outcome) {
-    case EditOutcome::badValue:
-      throw Failure(Exit::usage, badValue(request, result));
-    case EditOutcome::severalCandidates:
+    case DocumentOutcome::badValue:
+      throw Failure(Exit::usage, badValue(request, result, done));
+    case DocumentOutcome::severalColumns:
       throw Failure(Exit::usage, subject + candidates(request));
-    case EditOutcome::unknownClass:
+    case DocumentOutcome::unknownClass:
       failUnknownClass(request);
-    case EditOutcome::notInFile:
+    case DocumentOutcome::notStored:
       throw Failure(Exit::no, subject + notInFile(request));
-    case EditOutcome::refused:
+    case DocumentOutcome::refused:
       throw Failure(
           Exit::notWritten,
           subject + "does not fit into the document" +
               (request.options.add ? ", or there is no CFGClass element to hold it" : ""));
-    case EditOutcome::unknownKey: {
+    case DocumentOutcome::unknownKey: {
       const CString key = CString::fromUtf8(request.key);
       if (isOfUnknownClass(request.configurations, key)) failUnknownClass(request);
       throw Failure(Exit::no, subject + whyAbsent(request.configurations, key));
     }
     default:
-      throw Failure(Exit::no, subject + describe(result.outcome));
+      throw Failure(Exit::no, subject + shown(describe(result)));
   }
 }
 
-/// The document in the bytes of its encoding, with the promise that what was not changed has the
-/// bytes it had.
-std::string encode(const Configurations& read) {
-  EncodedText encoded = encodeMarkupText(read.document.GetDoc(), read.storage);
-  if (!encoded.usable || encoded.losses > 0) {
-    throw Failure(Exit::notWritten, read.source + ": the value cannot be written in the encoding " +
-                                        read.encoding + "; nothing was changed");
+/// The document as bytes. `problem` is what is told when that cannot be.
+std::string bytesOf(Configurations& read, Exit code, const std::string& problem) {
+  std::string bytes;
+  if (!read.document.write(bytes).ok()) {
+    throw Failure(code, read.source + ": " + problem + " the encoding " + read.encoding() +
+                            "; nothing was changed");
   }
-  return std::move(encoded.bytes);
+  return bytes;
 }
 
 }  // namespace
@@ -146,36 +148,35 @@ Exit setValue(const std::string& file, const std::string& key, const Selection& 
   FileChange change(file, options.dryRun ? std::nullopt : std::optional<ChangeWait>(options.wait));
   const Input& input = change.input();
   Configurations read = configurationsOf(input, selection);
-  if (encode(read) != input.bytes()) {
-    throw Failure(Exit::input, input.name + ": would not keep every other byte in the encoding " +
-                                   read.encoding + "; nothing was changed");
+  const char* const otherBytes = "would not keep every other byte in";
+  if (bytesOf(read, Exit::input, otherBytes) != input.bytes()) {
+    throw Failure(Exit::input, input.name + ": " + otherBytes + " the encoding " + read.encoding() +
+                                   "; nothing was changed");
   }
 
-  const EditResult result =
-      setValueInDocument(read.document, choiceOf(selection), given(key), given(options.value),
-                         options.add ? MissingKey::add : MissingKey::refuse);
-  const bool added = result.outcome == EditOutcome::added;
-  const bool changed = added || result.outcome == EditOutcome::changed;
-  if (!changed && result.outcome != EditOutcome::unchanged) {
-    failEdit({input.name, key, options, read}, result);
-  }
-
-  const std::string bytes = encode(read);
+  DocumentChange done;
+  const DocumentResult result =
+      read.document.change(choiceOf(selection), given(key), given(options.value),
+                           options.add ? MissingKey::add : MissingKey::refuse, done);
+  if (!result.ok()) failChange({input.name, key, options, read}, result, done);
+  const bool added = done.isAdded;
+  const bool changed = done.isChanged;
+  const std::string bytes = bytesOf(read, Exit::notWritten, "the value cannot be written in");
   const bool write = changed && !options.dryRun && !toOutput;
   if (options.backup) change.keepOld();
   if (write) change.write(bytes);
 
   const std::string sentence = shownOnOneLine(given(key)) + ": " +
-                               (added ? "added as " : shownOnOneLine(result.oldValue) + " -> ") +
-                               shownOnOneLine(result.newValue) +
+                               (added ? "added as " : shownOnOneLine(done.oldValue) + " -> ") +
+                               shownOnOneLine(done.newValue) +
                                (!changed         ? " (unchanged)"
                                 : options.dryRun ? " (not written)"
                                                  : "");
-  if (textAsDouble(given(options.value)) != textAsDouble(result.newValue)) {
-    complain(key + ": " + options.value + " is stored as " + shownOnOneLine(result.newValue) +
+  if (textAsDouble(given(options.value)) != textAsDouble(done.newValue)) {
+    complain(key + ": " + options.value + " is stored as " + shownOnOneLine(done.newValue) +
              ", with the decimals of this setting");
   }
-  if (changed && result.newValue.FindOneOf(u"\r\n") >= 0) {
+  if (changed && done.newValue.FindOneOf(u"\r\n") >= 0) {
     complain(key + ": the value holds a line break, which other programs turn into a blank");
   }
   if (toOutput && !options.dryRun) {
@@ -183,10 +184,10 @@ Exit setValue(const std::string& file, const std::string& key, const Selection& 
     complain(sentence);
   } else if (json) {
     printJson(Json{{"file", input.name},
-                   {"index", result.number},
+                   {"index", done.configuration + 1},
                    {"key", key},
-                   {"old", added ? Json(nullptr) : Json(shown(result.oldValue))},
-                   {"new", shown(result.newValue)},
+                   {"old", added ? Json(nullptr) : Json(shown(done.oldValue))},
+                   {"new", shown(done.newValue)},
                    {"written", write}});
   } else {
     print(sentence + "\n");

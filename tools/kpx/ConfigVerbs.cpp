@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "kpx/settings/ConfigFile.h"
+#include "kpx/settings/document/ConfigCheck.h"
 #include "tools/kpx/ConfigAbsent.h"
 #include "tools/kpx/ConfigConvert.h"
 #include "tools/kpx/ConfigDiff.h"
@@ -38,7 +38,8 @@ Exit defaults(const Arguments& arguments) {
     throw Failure(Exit::usage, "there is no class '" + arguments.file + "'" +
                                    nearClass(arguments.file) + "; kpx classes list shows them");
   }
-  const CString text = defaultsAsXml(*known);
+  const ConfigDocument document = documentOfDefaults(*known);
+  const CString& text = document.text();
   if (arguments.json) {
     printJson(Json{{"class", shown(known->name)}, {"xml", shown(text)}});
   } else {
@@ -50,7 +51,7 @@ Exit defaults(const Arguments& arguments) {
 // --- show -----------------------------------------------------------------------------------
 
 /// The default of each key of a configuration's class; empty for an unknown class.
-std::map<CString, CString> defaultsOf(const DocumentConfiguration& configuration) {
+std::map<CString, CString> defaultsOf(const ViewedConfiguration& configuration) {
   std::map<CString, CString> values;
   if (configuration.settingsClass) {
     if (const std::unique_ptr<CFGConfig> object = configuration.settingsClass->create()) {
@@ -61,25 +62,27 @@ std::map<CString, CString> defaultsOf(const DocumentConfiguration& configuration
 }
 
 /// Adds one configuration of a file, as lines and as JSON.
-void showConfiguration(const DocumentConfiguration& configuration, const Arguments& arguments,
-                       CString heading, CString& text, Json& settings) {
+void showConfiguration(const ConfigView& view, const ViewedConfiguration& configuration,
+                       const Arguments& arguments, CString heading, CString& text, Json& settings) {
   const std::map<CString, CString> defaultValues = defaultsOf(configuration);
   if (!arguments.onlyChanged) text += std::exchange(heading, {});
-  for (const DocumentSetting& setting : configuration.settings) {
-    const auto found = defaultValues.find(setting.key);
-    const bool changed = found == defaultValues.end() || found->second != setting.value;
+  for (const ConfigColumn& column : configuration.columns) {
+    const CString key = view.keyOf(column);
+    const CString value = view.valueOf(column);
+    const auto found = defaultValues.find(key);
+    const bool changed = found == defaultValues.end() || found->second != value;
     if (arguments.onlyChanged && !changed) continue;
-    Json entry{{"key", shown(setting.key)}, {"value", shown(setting.value)}};
+    Json entry{{"key", shown(key)}, {"value", shown(value)}};
     entry["default"] = found == defaultValues.end() ? Json(nullptr) : Json(shown(found->second));
     settings.push_back(std::move(entry));
     text += std::exchange(heading, {});  // only above something
-    text.AppendFormat(u"%-28s %s", CString::fromUtf8(shownOnOneLine(setting.key)),
-                      CString::fromUtf8(shownOnOneLine(setting.value)));
+    text.AppendFormat(u"%-28s %s", CString::fromUtf8(shownOnOneLine(key)),
+                      CString::fromUtf8(shownOnOneLine(value)));
     if (found == defaultValues.end()) {
       text += configuration.settingsClass ? u"   (unknown key)" : u"";
     } else if (changed) {
-      const std::string value = shownOnOneLine(found->second);
-      text.AppendFormat(u"   (default %S)", value.empty() ? "\"\"" : value.c_str());
+      const std::string usual = shownOnOneLine(found->second);
+      text.AppendFormat(u"   (default %S)", usual.empty() ? "\"\"" : usual.c_str());
     }
     text += u'\n';
   }
@@ -88,9 +91,11 @@ void showConfiguration(const DocumentConfiguration& configuration, const Argumen
 void showFile(const std::string& file, const Arguments& arguments, CString& text, Json& report) {
   const Configurations configurations = readConfigurations(file, arguments.selection);
   const bool isOneOfSeveral = arguments.files.size() > 1;
-  PlaceCounter places(configurations.document.GetDoc());
-  for (const DocumentConfiguration& configuration : configurations.list) {
-    const int line = places.at(configuration.offset).first;
+  PlaceCounter places(configurations.document.text());
+  const ConfigView& view = configurations.view();
+  for (const ViewedConfiguration* const each : configurations.list) {
+    const ViewedConfiguration& configuration = *each;
+    const int line = places.at(configuration.element.begin).first;
     CString heading(text.IsEmpty() ? u"" : u"\n");
     heading.AppendFormat(u"[%S]", onOneLine(nameOf(configuration)));
     if (isOneOfSeveral) heading.AppendFormat(u"   (%S)", onOneLine(configurations.source));
@@ -98,13 +103,13 @@ void showFile(const std::string& file, const Arguments& arguments, CString& text
       heading.AppendFormat(u"   (--index %d, line %d)", configuration.number, line);
     }
     Json settings = Json::array();
-    showConfiguration(configuration, arguments, heading + u'\n', text, settings);
+    showConfiguration(view, configuration, arguments, heading + u'\n', text, settings);
     Json entry;
     if (isOneOfSeveral) entry["file"] = configurations.source;
     entry.update({{"class", nameOf(configuration)},
                   {"index", configuration.number},
                   {"line", line},
-                  {"name", shown(configuration.name)},
+                  {"name", shown(view.nameOf(configuration))},
                   {"element", shown(configuration.elementName)},
                   {"known", configuration.settingsClass != nullptr},
                   {"settings", std::move(settings)}});
@@ -129,47 +134,61 @@ Exit show(const Arguments& arguments) {
 
 // --- get ------------------------------------------------------------------------------------
 
-/// What the suite reads under a key: of a repeated one the last.
-const DocumentSetting* findSetting(const DocumentConfiguration& configuration, const CString& key) {
-  const auto& settings = configuration.settings;
-  const auto found = std::find_if(settings.rbegin(), settings.rend(),
-                                  [&](const DocumentSetting& each) { return each.key == key; });
-  return found == settings.rend() ? nullptr : &*found;
+/// The columns that a configuration has under a key; programs read the last.
+std::vector<const ConfigColumn*> columnsOf(const ConfigView& view,
+                                           const ViewedConfiguration& configuration,
+                                           const CString& key) {
+  std::vector<const ConfigColumn*> columns;
+  for (const ConfigColumn& column : configuration.columns) {
+    if (view.keyOf(column) == key) columns.push_back(&column);
+  }
+  return columns;
+}
+
+/// Whether programs take what stands under a key of a class into their objects.
+bool isRead(const SettingsClass& settingsClass, const CString& key) {
+  const std::unique_ptr<CFGConfig> object = settingsClass.create();
+  return object && object->Class.find(key.view());
 }
 
 Exit get(const Arguments& arguments) {
   const Configurations configurations = readConfigurations(arguments.file, arguments.selection);
+  const ConfigView& view = configurations.view();
   const CString key = CString::fromUtf8(arguments.key);
-  const DocumentSetting* found = nullptr;
-  const DocumentConfiguration* owner = nullptr;
+  const std::string subject = configurations.source + ": '" + arguments.key + "' ";
+  std::vector<const ConfigColumn*> found;
+  const ViewedConfiguration* owner = nullptr;
   CandidateList candidates(configurations.document);
-  for (const DocumentConfiguration& configuration : configurations.list) {
-    if (const DocumentSetting* setting = findSetting(configuration, key)) {
-      found = setting;
-      owner = &configuration;
-      candidates.add(configuration, setting->offset);
-    }
+  for (const ViewedConfiguration* const each : configurations.list) {
+    std::vector<const ConfigColumn*> columns = columnsOf(view, *each, key);
+    if (columns.empty()) continue;
+    candidates.add(*each, columns.back()->column.begin);
+    found = std::move(columns);
+    owner = each;
   }
-  if (!found) {
-    throw Failure(Exit::no, configurations.source + ": '" + arguments.key + "' " +
-                                whyAbsent(configurations, key) +
+  if (found.empty()) {
+    throw Failure(Exit::no, subject + whyAbsent(configurations, key) +
                                 (arguments.selection.none() ? "" : " (in what is selected)"));
   }
   if (candidates.count() > 1) {
-    throw Failure(Exit::usage, configurations.source + ": '" + arguments.key + "' stands in " +
-                                   candidates.sentence());
+    throw Failure(Exit::usage, subject + "stands in " + candidates.sentence());
   }
-  if (std::ranges::count(owner->settings, key, &DocumentSetting::key) > 1) {
-    complain(configurations.source + ": '" + arguments.key + "' stands in " + labelOf(*owner) +
+  if (found.size() > 1) {
+    complain(subject + "stands in " + labelOf(*owner) +
              " more than once; this is the last, which programs read");
   }
+  const SettingsClass* const known = owner->settingsClass;
+  if (known && known->findKey(key) && !isRead(*known, key)) {
+    complain(subject + "stands in the file, but programs pass over it in reading");
+  }
+  const CString value = view.valueOf(*found.back());
   if (arguments.json) {
     printJson(Json{{"class", nameOf(*owner)},
                    {"index", owner->number},
                    {"key", arguments.key},
-                   {"value", shown(found->value)}});
+                   {"value", shown(value)}});
   } else {
-    print(shown(found->value) + "\n");
+    print(shown(value) + "\n");
   }
   return Exit::success;
 }
@@ -183,23 +202,23 @@ Exit diff(const Arguments& arguments) {
 // --- validate -------------------------------------------------------------------------------
 
 Exit validateFile(const std::string& file, const Arguments& arguments, Json& report) {
-  Configurations configurations = readConfigurations(file, arguments.selection);
-  PlaceCounter places(configurations.document.GetDoc());
+  const Configurations configurations = readConfigurations(file, arguments.selection);
+  PlaceCounter places(configurations.document.text());
   Exit exit = Exit::success;
   auto owner = configurations.list.begin();
   const Problems<ConfigFinding> findings = validateConfigurations(
-      configurations.document,
+      configurations.view(),
       {choiceOf(arguments.selection), arguments.all ? noProblemLimit : usualProblemLimit, nullptr});
   for (const ConfigFinding& finding : findings) {
     // Findings come in the order of the document, as the configurations do.
-    while (owner != configurations.list.end() && finding.offset >= owner->offset + owner->length) {
+    while (owner != configurations.list.end() && finding.offset >= (*owner)->element.end) {
       ++owner;
     }
     if (owner == configurations.list.end()) break;
-    if (finding.offset < owner->offset) continue;
+    if (finding.offset < (*owner)->element.begin) continue;
     exit = Exit::no;
     const auto [line, column] = places.at(finding.offset);
-    const std::string subject = labelOf(configurations, *owner) +
+    const std::string subject = labelOf(configurations, **owner) +
                                 (finding.key.IsEmpty() ? "" : "." + shownName(finding.key));
     const std::string sentence = subject + " " + shown(describe(finding));
     if (!arguments.json) printLine(placeOf(configurations.source, {line, column, sentence}));
@@ -208,7 +227,7 @@ Exit validateFile(const std::string& file, const Arguments& arguments, Json& rep
     entry.update({{"line", line},
                   {"column", column},
                   {"class", shown(finding.className)},
-                  {"index", owner->number},
+                  {"index", (*owner)->number},
                   {"key", shown(finding.key)},
                   {"value", shown(finding.value)},
                   {"message", onOneLine(sentence)}});

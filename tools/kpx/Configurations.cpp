@@ -20,11 +20,11 @@ void requireConfiguration(const SettingsClass& settingsClass) {
 }
 
 /// The classes that a file holds, each once, for a message.
-std::string namesOf(const std::vector<DocumentConfiguration>& list) {
+std::string namesOf(const std::vector<const ViewedConfiguration*>& list) {
   constexpr std::size_t mostNames = 10;
   std::vector<std::string> names;
-  for (const DocumentConfiguration& each : list) {
-    std::string name = labelOf(each);
+  for (const ViewedConfiguration* const each : list) {
+    std::string name = labelOf(*each);
     if (std::ranges::find(names, name) != names.end()) continue;
     if (names.size() == mostNames) {
       names.emplace_back("...");
@@ -46,7 +46,8 @@ bool looksLikeJson(std::string_view bytes) {
 
 /// Leaves the selected ones.
 void select(Configurations& all, const Selection& selection) {
-  all.count = static_cast<int>(all.list.size());
+  for (const ViewedConfiguration& each : all.view().configurations()) all.list.push_back(&each);
+  all.count = all.document.count();
   if (all.list.empty()) throw Failure(Exit::input, all.source + ": holds no configuration");
   const ConfigurationChoice choice = choiceOf(selection);
   if (choice.number > all.count) {
@@ -55,7 +56,7 @@ void select(Configurations& all, const Selection& selection) {
                                 ", none with the number " + std::to_string(choice.number));
   }
   if (choice.number > 0) {
-    const DocumentConfiguration& meant = all.list[static_cast<std::size_t>(choice.number) - 1];
+    const ViewedConfiguration& meant = all.view().at(choice.number - 1);
     if (!choice.includes(meant)) {
       throw Failure(Exit::no, all.source + ": configuration " + std::to_string(choice.number) +
                                   " is of the class " + labelOf(meant) + ", not " +
@@ -63,7 +64,7 @@ void select(Configurations& all, const Selection& selection) {
     }
   }
   const std::string names = namesOf(all.list);
-  std::erase_if(all.list, [&](const auto& each) { return !choice.includes(each); });
+  std::erase_if(all.list, [&](const auto* each) { return !choice.includes(*each); });
   if (all.list.empty()) {
     throw Failure(Exit::no, all.source + ": holds no configuration of the class " +
                                 selection.className + ", but of " + names +
@@ -89,15 +90,14 @@ ConfigurationChoice choiceOf(const Selection& selection) {
   return {name, selection.index};
 }
 
-CString defaultsAsXml(const SettingsClass& settingsClass) {
+ConfigDocument documentOfDefaults(const SettingsClass& settingsClass) {
   requireConfiguration(settingsClass);
-  const std::unique_ptr<CFGConfig> object = settingsClass.create();
-  CMarkup document;
-  document.SetDoc(u"<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n");
-  if (!object || object->serializeXML(&document) == 0) {
+  ConfigDocument document;
+  std::string unused;
+  if (!document.add(settingsClass).ok() || !document.write(unused).ok()) {
     throw Failure(Exit::notWritten, "'" + shown(settingsClass.name) + "' cannot be written");
   }
-  return document.TakeDoc();
+  return document;
 }
 
 const SettingsClass* findClassOf(const std::string& name) {
@@ -112,9 +112,11 @@ Configurations configurationsOf(const Input& input, const Selection& selection) 
                                    ": is JSON, not XML; kpx config convert --to xml makes XML of "
                                    "what --to json wrote");
   }
-  ReadDocument read = requireWellFormed(input);
-  Configurations result{input.name, std::move(read.document), read.encoding, read.storage, {}, 0};
-  result.list = findConfigurations(result.document);
+  if (input.bytes().empty()) throw Failure(Exit::input, input.name + ": is empty");
+  Configurations result{input.name, {}, {}, 0};
+  if (const DocumentResult read = result.document.read(input.bytes()); !read.ok()) {
+    throw Failure(Exit::input, placeOf(input.name, {read.line, read.column, shown(read.detail)}));
+  }
   select(result, selection);
   return result;
 }
@@ -130,38 +132,36 @@ Configurations readConfigurations(const std::string& fileOrClass, const Selectio
       throw Failure(failure.code(), failure.what() + near);
     }
   }
-  Configurations result{fileOrClass, {}, "UTF-8", {}, {}, 0};
-  result.document.SetDoc(defaultsAsXml(*known));
-  result.list = findConfigurations(result.document);
+  Configurations result{fileOrClass, documentOfDefaults(*known), {}, 0};
   select(result, selection);
   return result;
 }
 
 namespace {
 
-CString fullName(const DocumentConfiguration& configuration) {
-  return configuration.settingsClass ? CString(configuration.settingsClass->name)
+CString fullName(const ViewedConfiguration& configuration) {
+  return configuration.settingsClass ? configuration.settingsClass->name
                                      : configuration.elementName;
 }
 
 }  // namespace
 
-std::string nameOf(const DocumentConfiguration& configuration) {
+std::string nameOf(const ViewedConfiguration& configuration) {
   return shown(fullName(configuration));
 }
 
-std::string labelOf(const DocumentConfiguration& configuration) {
+std::string labelOf(const ViewedConfiguration& configuration) {
   return shownName(fullName(configuration));
 }
 
 std::string labelOf(const Configurations& configurations,
-                    const DocumentConfiguration& configuration) {
+                    const ViewedConfiguration& configuration) {
   std::string name = labelOf(configuration);
   if (configurations.count != 1) name += " (" + std::to_string(configuration.number) + ")";
   return name;
 }
 
-void CandidateList::add(const DocumentConfiguration& configuration, int offset) {
+void CandidateList::add(const ViewedConfiguration& configuration, int offset) {
   ++count_;
   if (owners_.empty() || owners_.back().number != configuration.number) {
     owners_.push_back({labelOf(configuration), configuration.number, {}, 0});

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "kpx/settings/ConfigFile.h"
+#include "kpx/settings/document/ConfigDocument.h"
 #include "tools/kpx/Input.h"
 #include "tools/kpx/Output.h"
 
@@ -28,11 +28,12 @@ ConfigurationChoice choiceOf(const Selection& selection);
 /// The configurations of a file, or the defaults of a class.
 struct Configurations {
   std::string source;  // as messages name it
-  CMarkup document;
-  std::string encoding;
-  MarkupEncoding storage;
-  std::vector<DocumentConfiguration> list;  // the selected ones, in the order of the document
-  int count = 0;                            // how many there are in the file
+  ConfigDocument document;
+  std::vector<const ViewedConfiguration*> list;  // the selected ones, in the order of the document
+  int count = 0;                                 // how many there are in the file
+
+  const ConfigView& view() const noexcept { return document.view(); }
+  std::string encoding() const { return shown(encodingName(document.storage().codePage)); }
 };
 
 /// The class of the catalogue that a name of a class or of its element means; nullptr if none.
@@ -43,25 +44,24 @@ const SettingsClass* findClassOf(const std::string& name);
 Configurations readConfigurations(const std::string& fileOrClass, const Selection& selection = {});
 Configurations configurationsOf(const Input& input, const Selection& selection = {});
 
-/// The XML of a new object of the class, as a document of its own. Raises a Failure (wrong usage)
-/// for a class whose objects are no configurations.
-CString defaultsAsXml(const SettingsClass& settingsClass);
+/// A new object of the class as a document of its own. Raises a Failure (wrong usage) for a class
+/// whose objects are no configurations.
+ConfigDocument documentOfDefaults(const SettingsClass& settingsClass);
 
 /// The name of a configuration as data: its class, or its element if the class is unknown.
-std::string nameOf(const DocumentConfiguration& configuration);
+std::string nameOf(const ViewedConfiguration& configuration);
 
 /// The same as messages call it.
-std::string labelOf(const DocumentConfiguration& configuration);
+std::string labelOf(const ViewedConfiguration& configuration);
 /// The same, with its number in a file that holds several: "CFGHeader (2)".
-std::string labelOf(const Configurations& configurations,
-                    const DocumentConfiguration& configuration);
+std::string labelOf(const Configurations& configurations, const ViewedConfiguration& configuration);
 
 /// Places in a document where more than one is possible, for a message: "NAME (--index 2, line 17)"
 /// one after the other. Places are added in the order of the document.
 class CandidateList {
  public:
-  explicit CandidateList(const CMarkup& document) : places_(document.GetDoc()) {}
-  void add(const DocumentConfiguration& configuration, int offset);
+  explicit CandidateList(const ConfigDocument& document) : places_(document.text()) {}
+  void add(const ViewedConfiguration& configuration, int offset);
   int count() const noexcept { return count_; }
   /// The places, and what tells them apart: "…; choose one with --class or --index".
   std::string sentence() const;

@@ -26,6 +26,9 @@ std::int32_t codeOf(DocumentOutcome outcome) noexcept {
     case DocumentOutcome::locked:
       return KPX_C_CHANGED;
     case DocumentOutcome::refused:
+    case DocumentOutcome::noConfiguration:
+    case DocumentOutcome::unknownClass:
+    case DocumentOutcome::notStored:
       return KPX_C_REFUSED;
     case DocumentOutcome::unknownKey:
       return KPX_C_UNKNOWN_KEY;

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "kpx/report/Error.h"
-#include "kpx/settings/ConfigDocument.h"
+#include "kpx/settings/document/ConfigDocument.h"
 #include "kpx/text/CString.h"
 #include "kpx_c.h"
 

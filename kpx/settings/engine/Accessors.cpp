@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "kpx/report/Error.h"
+#include "kpx/settings/engine/ValueText.h"
 #include "kpx/support/TextStore.h"
-#include "kpx/text/NumberText.h"
 
 namespace kpx {
 
@@ -60,13 +60,12 @@ int storeText(Owner& owner, const SettingDef& setting, Write&& write) {
 
 template <class Owner>
 int storeInteger(Owner& owner, const SettingDef& setting, std::int32_t value) {
-  return storeText(owner, setting, [&](CString& text) { longAsTextInto(text, value); });
+  return storeText(owner, setting, [&](CString& text) { integerTextInto(text, value); });
 }
 
 template <class Owner>
 int storeReal(Owner& owner, const SettingDef& setting, double value) {
-  return storeText(owner, setting,
-                   [&](CString& text) { doubleAsTextInto(text, value, setting.decimals, u'.'); });
+  return storeText(owner, setting, [&](CString& text) { realTextInto(text, value, setting); });
 }
 
 template <class Owner>
@@ -78,24 +77,17 @@ int storeTextValue(Owner& owner, const SettingDef& setting, const CString& value
 }  // namespace
 
 std::int32_t getInteger(const Columns& columns, const SettingDef& setting) {
-  return guardedGetter<std::int32_t>(setting, [&] {
-    const CString* const text = storedText(columns, setting);
-    return text ? textAsLong(*text) : setting.missingInteger;
-  });
+  return guardedGetter<std::int32_t>(
+      setting, [&] { return integerOf(storedText(columns, setting), setting); });
 }
 
 double getReal(const Columns& columns, const SettingDef& setting) {
-  return guardedGetter<double>(setting, [&] {
-    const CString* const text = storedText(columns, setting);
-    return text ? textAsDouble(*text) : setting.missingReal;
-  });
+  return guardedGetter<double>(setting,
+                               [&] { return realOf(storedText(columns, setting), setting); });
 }
 
 CString getText(const Columns& columns, const SettingDef& setting) {
-  return guardedGetter<CString>(setting, [&] {
-    const CString* const text = storedText(columns, setting);
-    return text ? *text : CString();
-  });
+  return guardedGetter<CString>(setting, [&] { return textOf(storedText(columns, setting)); });
 }
 
 int setInteger(CFGConfig& config, const SettingDef& setting, std::int32_t value) {

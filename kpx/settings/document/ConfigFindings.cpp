@@ -1,4 +1,4 @@
-#include "kpx/settings/ConfigFile.h"
+#include "kpx/settings/document/ConfigCheck.h"
 
 namespace kpx {
 namespace {

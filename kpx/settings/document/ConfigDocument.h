@@ -15,7 +15,8 @@
 #include "kpx/platform/FileOrigin.h"
 #include "kpx/report/Export.h"
 #include "kpx/settings/Catalogue.h"
-#include "kpx/settings/ConfigFile.h"
+#include "kpx/settings/document/ConfigEdit.h"
+#include "kpx/settings/document/ConfigView.h"
 #include "kpx/settings/ValueCheck.h"
 #include "kpx/text/CString.h"
 #include "kpx/xml/CMarkup.h"
@@ -38,7 +39,11 @@ enum class DocumentOutcome : std::uint8_t {
   wrongType,       // the setting is not of this type
   badValue,        // the setting does not take this value
   badStoredValue,  // the stored value is none of its type
-  severalColumns,  // the key stands twice in the configuration: it is not clear which to change
+  severalColumns,  // the key stands twice: it is not clear which to change
+  // Of changes that look for their configuration:
+  noConfiguration,  // the document has none that is meant
+  unknownClass,     // it has, but the catalogue does not know it, so no value can be checked
+  notStored,        // the class knows the key, but the document has no value under it
 };
 
 struct DocumentResult {
@@ -54,15 +59,31 @@ struct DocumentResult {
 /// The outcome as the end of a sentence, with its detail: "is not a whole number".
 KPX_API CString describe(const DocumentResult& result);
 
+/// What becomes of a key that the class knows and the document lacks.
+enum class MissingKey : std::uint8_t {
+  refuse,
+  add,  // behind the others, with the caption, group and type that a new object gives it
+};
+
+/// What `ConfigDocument::change` has done.
+struct DocumentChange {
+  int configuration = -1;  // the one that was meant, counted from 0; -1 without any
+  bool isAdded = false;    // the document had no value under the key
+  bool isChanged = false;  // it has another one now
+  CString oldValue;
+  CString newValue;  // as it is stored: reals with the decimals of their setting
+};
+
 /// A document whose settings are read and changed by configuration and key, for programs that know
 /// them only by name. Whatever else stands in the document stays as it is, unit by unit, and so
 /// does its encoding.
 ///
 /// Configurations are counted from 0 in the document's order; every function requires a number
 /// that there is, and those of settings one of a known class. Keys are those of the class; an older
-/// key means the setting that took its place. A getter answers what every module reads: of a key
-/// that the document lacks the default, of one that stands twice the last. Only the few keys that
-/// objects get from their setters alone, and pass over in reading, are read here.
+/// key means the setting that took its place. A getter answers what an object answers that has
+/// loaded the configuration: of a key that the document lacks the default, of one that stands twice
+/// the last. That holds for the few keys, too, that a new object lacks and reading passes over:
+/// what stands in the document under them counts for nobody.
 ///
 /// Reading from several threads is safe while nobody changes the document.
 class KPX_API ConfigDocument {
@@ -94,6 +115,13 @@ class KPX_API ConfigDocument {
   /// The same into bytes, which stay as they are after a failure.
   DocumentResult write(std::string& bytes);
 
+  /// The document as it was read or written last, without later changes, and its configurations:
+  /// for what else a program wants to know of it.
+  const CString& text() const noexcept { return content_->document.GetDoc(); }
+  const ConfigView& view() const noexcept { return content_->view; }
+  /// How its bytes are stored.
+  const MarkupEncoding& storage() const noexcept { return storage_; }
+
   // --- configurations -------------------------------------------------------------------------
 
   int count() const noexcept { return static_cast<int>(held_.size()); }
@@ -106,6 +134,9 @@ class KPX_API ConfigDocument {
   /// Adds a new object of the class as the last configuration; the class has to be that of
   /// configurations.
   DocumentResult add(const SettingsClass& settingsClass);
+  /// A new object of the configuration's class that has read the document as it was read or written
+  /// last; nullptr if the class is unknown, or the configuration was added since.
+  std::unique_ptr<CFGConfig> object(int configuration) const;
 
   // --- settings -------------------------------------------------------------------------------
 
@@ -135,44 +166,60 @@ class KPX_API ConfigDocument {
   /// Into all types; of numbers the whole text has to be one, see `checkValueText`.
   DocumentResult setText(int configuration, std::u16string_view key, std::u16string_view value);
 
+  /// Changes one value of the only configuration that can be meant. An older key is that column of
+  /// the document here, and is not added. `done` tells of what was meant also after a failure.
+  DocumentResult change(const ConfigurationChoice& choice, const CString& key, const CString& text,
+                        MissingKey missingKey, DocumentChange& done);
+
  private:
-  /// What the document has, or will have, under a key.
-  struct Setting {
-    CString value;
-    int columns = 0;       // in the document, with a value
-    int emptyColumns = 0;  // and without one
-    bool isChanged = false;
-  };
   /// A class of which the document has configurations, once for all of them.
   struct Known {
     const SettingsClass* settingsClass = nullptr;
     std::unique_ptr<CFGConfig> defaults;
-    KeyedCollection<const SettingDef*> keys;
+    std::vector<const SettingDef*> settings;  // of each key
+    KeyedCollection<int> numbers;             // of the keys, in this order; then of the older keys
+  };
+  /// The columns that the document has under a key of the class.
+  struct Stored {
+    int number = 0;        // of the key, see `Known`
+    int last = 0;          // of the columns: what reading takes
+    int columns = 0;       // with a value
+    int emptyColumns = 0;  // and without one
   };
   struct Held {
     CString name;
     const Known* known = nullptr;  // nullptr: its class is not known
-    bool hasClass = false;         // it has the element that columns stand in
-    KeyedCollection<Setting> settings;
+    std::vector<Stored> stored;    // by number
   };
+  struct Candidates;
   using Classes = std::map<const SettingsClass*, std::unique_ptr<Known>>;
 
   const Held& at(int configuration) const noexcept {
     return held_[static_cast<std::size_t>(configuration)];
   }
-  Held& at(int configuration) noexcept { return held_[static_cast<std::size_t>(configuration)]; }
   static const Known& knownClass(Classes& classes, const SettingsClass& settingsClass);
-  static const CString* textOf(const Held& held, const SettingDef& setting) noexcept;
-  static DocumentResult checkStored(const Held& held, const SettingDef& setting);
-  static DocumentResult store(Held& held, const SettingDef& setting, ValueCheck&& check);
+  static std::vector<Held> heldOf(Classes& classes, const ConfigView& view);
+  static Held heldOf(Classes& classes, const ConfigView& view,
+                     const ViewedConfiguration& configuration);
+  const Stored* findStored(int configuration, std::u16string_view key) const noexcept;
+  bool isAdded(int configuration) const noexcept { return configuration >= view().count(); }
+  bool hasText(int configuration, const SettingDef& setting, CString& text) const;
+  DocumentResult checkStored(const SettingDef& setting, const CString* text) const;
+  DocumentResult store(int configuration, const CString& key, ValueCheck&& check);
+  Candidates lookFor(const ConfigurationChoice& choice, const CString& key) const;
   bool writeChanges();
 
-  CMarkup document_;
+  struct Content {
+    CMarkup document;
+    ConfigView view;
+  };
+  std::unique_ptr<Content> content_;
   MarkupEncoding storage_;
   FileOrigin origin_;
   std::size_t respelled_ = 0;  // bytes that cannot be written back
   Classes classes_;
   std::vector<Held> held_;
+  ConfigEdit edit_;
 };
 
 }  // namespace kpx

@@ -1,4 +1,4 @@
-#include "kpx/settings/internal/DefaultColumns.h"
+#include "kpx/settings/document/internal/DefaultColumns.h"
 
 namespace kpx::detail {
 
