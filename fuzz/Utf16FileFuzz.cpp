@@ -11,8 +11,6 @@ using namespace kpx;
 
 namespace {
 
-constexpr FileResult notFound{FileStatus::notFound, 0};
-
 /// One file in memory, whatever it is called.
 class MemoryFile final : public FileSystem {
  public:
