@@ -1,6 +1,6 @@
 #include "kpx/capi/internal/Answer.h"
 #include "kpx/settings/Catalogue.h"
-#include "kpx/support/TextStore.h"
+#include "kpx/support/texts/TextStore.h"
 
 using namespace kpx;        // NOLINT(google-build-using-namespace): the functions are global
 using namespace kpx::capi;  // NOLINT(google-build-using-namespace)

@@ -4,7 +4,7 @@
 #include "kpx/context/Folders.h"
 #include "kpx/context/TextStart.h"
 #include "kpx/settings/Catalogue.h"
-#include "kpx/support/TextStore.h"
+#include "kpx/support/texts/TextStore.h"
 
 using namespace kpx;        // NOLINT(google-build-using-namespace): the functions are global
 using namespace kpx::capi;  // NOLINT(google-build-using-namespace)

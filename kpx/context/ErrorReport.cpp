@@ -17,7 +17,7 @@
 #include "kpx/platform/ExclusiveFile.h"
 #include "kpx/platform/MessageBox.h"
 #include "kpx/platform/Registry.h"
-#include "kpx/support/TextTemplate.h"
+#include "kpx/support/texts/TextTemplate.h"
 #include "kpx/text/Formatter.h"
 #include "kpx/text/TextTools.h"
 

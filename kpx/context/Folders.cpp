@@ -11,7 +11,7 @@
 #include "kpx/platform/FileSystem.h"
 #include "kpx/platform/Folders.h"
 #include "kpx/report/Error.h"
-#include "kpx/support/CIniEx.h"
+#include "kpx/support/ini/CIniEx.h"
 #include "kpx/text/TextTools.h"
 
 namespace kpx {

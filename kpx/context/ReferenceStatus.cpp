@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "kpx/report/Error.h"
-#include "kpx/support/TextStore.h"
+#include "kpx/support/texts/TextStore.h"
 
 namespace kpx {
 namespace {

@@ -10,9 +10,9 @@
 #include "kpx/report/Error.h"
 #include "kpx/report/Trace.h"
 #include "kpx/settings/CFGProjectSettingsIntern.h"
-#include "kpx/support/internal/ZipNames.h"
-#include "kpx/support/LanguageFile.h"
-#include "kpx/support/TextStore.h"
+#include "kpx/support/texts/LanguageFile.h"
+#include "kpx/support/texts/TextStore.h"
+#include "kpx/support/zip/internal/ZipNames.h"
 #include "kpx/text/TextTools.h"
 
 namespace kpx {

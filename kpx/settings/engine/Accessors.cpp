@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "kpx/report/Error.h"
-#include "kpx/support/TextStore.h"
+#include "kpx/support/texts/TextStore.h"
 #include "kpx/text/NumberText.h"
 
 namespace kpx {
