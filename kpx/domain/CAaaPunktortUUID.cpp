@@ -1,7 +1,7 @@
 #include "kpx/domain/CAaaPunktortUUID.h"
 
 #include "kpx/report/Error.h"
-#include "kpx/text/internal/HexDigit.h"
+#include "kpx/text/HexDigit.h"
 
 namespace kpx {
 namespace {

@@ -6,11 +6,11 @@
 #include <optional>
 #include <utility>
 
+#include "kpx/support/files/StoredText.h"
 #include "kpx/support/ini/internal/IniLine.h"
-#include "kpx/support/ini/internal/IniText.h"
 #include "kpx/text/CaseFold.h"
-#include "kpx/text/internal/Utf8Sequence.h"
 #include "kpx/text/Utf.h"
+#include "kpx/text/Utf8Sequence.h"
 
 namespace kpx {
 namespace {

@@ -1,7 +1,7 @@
 #include "kpx/support/texts/TextTemplate.h"
 
 #include "kpx/support/texts/TextStore.h"
-#include "kpx/text/internal/PrintDirective.h"
+#include "kpx/text/PrintDirective.h"
 
 namespace kpx {
 namespace {

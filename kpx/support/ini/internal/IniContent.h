@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
+#include "kpx/support/files/StoredText.h"
 #include "kpx/support/ini/CIniEx.h"
-#include "kpx/support/ini/internal/IniText.h"
 #include "kpx/support/ini/internal/NameIndex.h"
 
 namespace kpx {

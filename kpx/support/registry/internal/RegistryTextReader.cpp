@@ -3,10 +3,10 @@
 #include <utility>
 #include <vector>
 
-#include "kpx/support/ini/internal/IniText.h"
+#include "kpx/support/files/StoredText.h"
 #include "kpx/text/CaseFold.h"
 #include "kpx/text/CodePage.h"
-#include "kpx/text/internal/HexDigit.h"
+#include "kpx/text/HexDigit.h"
 
 namespace kpx::detail {
 namespace {

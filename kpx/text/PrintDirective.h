@@ -1,6 +1,6 @@
 #pragma once
 
-#include "kpx/text/internal/LengthModifier.h"
+#include "kpx/text/LengthModifier.h"
 
 namespace kpx::detail {
 

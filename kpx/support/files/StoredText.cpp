@@ -1,14 +1,14 @@
-#include "kpx/support/ini/internal/IniText.h"
+#include "kpx/support/files/StoredText.h"
 
 #include <algorithm>
 #include <bit>
 #include <cstring>
 
 #include "kpx/text/ByteOrderMark.h"
-#include "kpx/text/internal/UnitKernels.h"
-#include "kpx/text/internal/Utf8Sequence.h"
 #include "kpx/text/SingleByte.h"
+#include "kpx/text/UnitKernels.h"
 #include "kpx/text/Utf.h"
+#include "kpx/text/Utf8Sequence.h"
 
 namespace kpx::detail {
 namespace {
