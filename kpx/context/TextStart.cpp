@@ -12,7 +12,7 @@
 #include "kpx/settings/CFGProjectSettingsIntern.h"
 #include "kpx/support/texts/LanguageFile.h"
 #include "kpx/support/texts/TextStore.h"
-#include "kpx/support/zip/internal/ZipNames.h"
+#include "kpx/text/PortableName.h"
 #include "kpx/text/TextTools.h"
 
 namespace kpx {
@@ -67,11 +67,8 @@ CString languageFileName(const CString& language) {
     CString name = language.Mid(open + 1);
     name.Remove(u']');
     name.Trim();
-    // What may not leave the folder of an archive may not leave this one.
-    CString path;
-    const bool staysInside =
-        name.FindOneOf(u"/\\") < 0 && detail::zipEntryPath(name, path) == ZipStatus::done;
-    return staysInside ? name : CString();
+    // A setting must not lead out of the folder of the language files.
+    return portableNameProblem(name) == NameProblem::none ? name : CString();
   });
 }
 

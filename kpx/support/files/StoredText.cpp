@@ -25,8 +25,8 @@ bool isSwapped(int codePage) noexcept {
   return (codePage == CodePage::utf16LittleEndian) != (std::endian::native == std::endian::little);
 }
 
-/// The mark, as far as INI files have one: four bytes that could be UTF-32 are UTF-16 here.
-IniEncoding encodingOf(std::string_view bytes) noexcept {
+/// The mark, as far as such files have one: four bytes that could be UTF-32 are UTF-16 here.
+StoredEncoding encodingOf(std::string_view bytes) noexcept {
   for (const int codePage :
        {CodePage::utf8, CodePage::utf16LittleEndian, CodePage::utf16BigEndian}) {
     if (bytes.starts_with(markOf(codePage))) return {codePage, true};
@@ -88,8 +88,8 @@ bool isUtf8BeyondAscii(std::string_view bytes) {
 
 }  // namespace
 
-IniText decodeIni(std::string_view bytes) {
-  IniText result;
+StoredText decodeStored(std::string_view bytes) {
+  StoredText result;
   result.encoding = encodingOf(bytes);
   int& codePage = result.encoding.codePage;
   const std::size_t mark = result.encoding.mark ? markOf(codePage).size() : 0;
@@ -118,7 +118,7 @@ IniText decodeIni(std::string_view bytes) {
 
 namespace {
 
-std::string encodeUtf16(std::u16string_view text, IniEncoding& encoding) {
+std::string encodeUtf16(std::u16string_view text, StoredEncoding& encoding) {
   // Without a mark the first character has to tell the order of the bytes.
   if (text.empty() || text.front() == 0 || text.front() > 0xFF) encoding.mark = true;
   std::string bytes(encoding.mark ? markOf(encoding.codePage) : std::string_view());
@@ -132,7 +132,7 @@ std::string encodeUtf16(std::u16string_view text, IniEncoding& encoding) {
   return bytes;
 }
 
-std::string encodeUtf8(std::u16string_view text, IniEncoding& encoding) {
+std::string encodeUtf8(std::u16string_view text, StoredEncoding& encoding) {
   std::string bytes(encoding.mark ? markOf(CodePage::utf8) : std::string_view());
   appendEscapedUtf8(text, bytes);
   return bytes;
@@ -140,7 +140,7 @@ std::string encodeUtf8(std::u16string_view text, IniEncoding& encoding) {
 
 }  // namespace
 
-std::string encodeIni(std::u16string_view text, IniEncoding& encoding) {
+std::string encodeStored(std::u16string_view text, StoredEncoding& encoding) {
   if (isUtf16(encoding.codePage)) return encodeUtf16(text, encoding);
   std::string bytes;
   if (encoding.codePage == CodePage::windows1252) {
@@ -148,7 +148,7 @@ std::string encodeIni(std::u16string_view text, IniEncoding& encoding) {
     if (!held || isUtf8BeyondAscii(bytes)) encoding = {CodePage::utf8, !held};
   }
   if (encoding.codePage == CodePage::utf8) bytes = encodeUtf8(text, encoding);
-  if (!encoding.mark && encodingOf(bytes) != IniEncoding()) {
+  if (!encoding.mark && encodingOf(bytes) != StoredEncoding()) {
     // The text itself begins as a mark or as UTF-16 would.
     encoding = {CodePage::utf8, true};
     bytes = encodeUtf8(text, encoding);

@@ -47,7 +47,7 @@ int CIniEx::SaveFile(const CString& path) { return SaveFile(path, SaveMode::over
 
 int CIniEx::SaveFile(const CString& path, SaveMode mode) {
   return Guarded("CIniEx::SaveFile", 0, [&] {
-    detail::IniEncoding encoding;
+    detail::StoredEncoding encoding;
     const std::string bytes = encoded(encoding);
     const auto write = [&](OutputFile& file) { return file.write(bytes); };
     if (!content_->origin.replace(path, write, mode)) return 0;
@@ -73,7 +73,7 @@ FileResult CIniEx::ChangeFile(const CString& path, const std::function<bool(CIni
           } catch (...) {
             thrown = std::current_exception();
           }
-          detail::IniEncoding encoding;
+          detail::StoredEncoding encoding;
           now = isChanged ? ini.encoded(encoding) : std::string(old);
           return {};
         },
@@ -96,7 +96,7 @@ int CIniEx::readBytes(std::string_view bytes) {
 
 std::unique_ptr<CIniEx::Content> CIniEx::contentOf(std::string_view bytes) {
   if (bytes.size() >= static_cast<std::size_t>(INT_MAX)) return nullptr;
-  detail::IniText decoded = detail::decodeIni(bytes);
+  detail::StoredText decoded = detail::decodeStored(bytes);
   auto content = std::make_unique<Content>();
   content->text = std::make_shared<const std::u16string>(std::move(decoded.text));
   content->encoding = decoded.encoding;
@@ -106,13 +106,13 @@ std::unique_ptr<CIniEx::Content> CIniEx::contentOf(std::string_view bytes) {
 }
 
 std::string CIniEx::fileBytes() const {
-  detail::IniEncoding encoding;
+  detail::StoredEncoding encoding;
   return encoded(encoding);
 }
 
-std::string CIniEx::encoded(detail::IniEncoding& encoding) const {
+std::string CIniEx::encoded(detail::StoredEncoding& encoding) const {
   encoding = content_->encoding;
-  std::string bytes = detail::encodeIni(content_->written(), encoding);
+  std::string bytes = detail::encodeStored(content_->written(), encoding);
   if (encoding.codePage == content_->encoding.codePage) bytes += content_->halfUnit;
   return bytes;
 }

@@ -15,7 +15,7 @@
 namespace kpx {
 
 namespace detail {
-struct IniEncoding;
+struct StoredEncoding;
 }
 
 /// An entry of the catalogue of key types.
@@ -180,7 +180,7 @@ class KPX_API CIniEx {
   /// The content of a file; nullptr for too many bytes.
   static std::unique_ptr<Content> contentOf(std::string_view bytes);
   /// The bytes that are saved, in the encoding that can hold them.
-  std::string encoded(detail::IniEncoding& encoding) const;
+  std::string encoded(detail::StoredEncoding& encoding) const;
   /// The section or key of that name that counts, or nullptr.
   CSection* findSection(std::u16string_view name) const noexcept;
   KEY_STRUCT* findKey(std::u16string_view section, std::u16string_view key) const noexcept;

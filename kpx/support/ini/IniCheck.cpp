@@ -17,7 +17,7 @@ namespace {
 
 using detail::IniLine;
 using detail::IniLineKind;
-using detail::IniText;
+using detail::StoredText;
 
 struct LessNoCase {
   bool operator()(std::u16string_view a, std::u16string_view b) const noexcept {
@@ -59,7 +59,7 @@ class Checker {
 
  public:
   Checker(std::string_view bytes, std::size_t limit)
-      : bytes_(bytes), ini_(detail::decodeIni(bytes)), problems_(limit) {}
+      : bytes_(bytes), ini_(detail::decodeStored(bytes)), problems_(limit) {}
 
   Problems<IniProblem> check() {
     if (!ini_.encoding.mark && isUtf16()) report(IniProblemKind::noMark, 0);
@@ -152,7 +152,7 @@ class Checker {
       // A byte is a unit there.
       const std::size_t utf8 = findUtf8(bytes_.substr(offset_, content.size()));
       if (utf8 != content.npos) report(IniProblemKind::mixedEncodings, offset_ + utf8);
-    } else if (ini_.firstInvalid != IniText::none && !isUtf16()) {
+    } else if (ini_.firstInvalid != StoredText::none && !isUtf16()) {
       const std::size_t byte = findByte(content);
       if (byte != content.npos) report(IniProblemKind::notInEncoding, offset_ + byte);
     }
@@ -178,7 +178,7 @@ class Checker {
   }
 
   std::string_view bytes_;
-  IniText ini_;
+  StoredText ini_;
   ProblemCollector<IniProblem> problems_;
   SeenNames sections_;
   SeenNames keys_;
@@ -245,7 +245,7 @@ CString describe(const IniProblem& problem) {
 }
 
 CString iniEncodingName(std::string_view bytes) {
-  switch (detail::decodeIni(bytes).encoding.codePage) {
+  switch (detail::decodeStored(bytes).encoding.codePage) {
     case CodePage::utf16LittleEndian:
       return u"UTF-16LE";
     case CodePage::utf16BigEndian:

@@ -15,7 +15,7 @@ namespace kpx {
 struct CIniEx::Content {
   // What was read; entries that nobody changed are parts of it. Copies share it.
   std::shared_ptr<const std::u16string> text;
-  detail::IniEncoding encoding;
+  detail::StoredEncoding encoding;
   FileOrigin origin;
   std::string halfUnit;
   std::u16string lineEnd = u"\r\n";

@@ -69,13 +69,13 @@ bool RegistryTextReader::passHex(int maxDigits, std::uint32_t& number) noexcept 
 // --- the whole text ---------------------------------------------------------------------------
 
 bool RegistryTextReader::decode(std::string_view bytes) {
-  IniText decoded = decodeIni(bytes);
+  StoredText decoded = decodeStored(bytes);
   text_ = std::move(decoded.text);
   if (decoded.encoding.codePage == CodePage::windows1252) {
     problem_ = {0, u"the text is neither UTF-16 nor UTF-8"};
     return false;
   }
-  if (decoded.firstInvalid != IniText::none || !decoded.halfUnit.empty()) {
+  if (decoded.firstInvalid != StoredText::none || !decoded.halfUnit.empty()) {
     problem_ = {0, u"the file holds bytes that are no text in its encoding"};
     return false;
   }

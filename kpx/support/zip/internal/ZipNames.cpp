@@ -8,6 +8,7 @@
 #include "kpx/support/zip/internal/CodePage437.h"
 #include "kpx/support/zip/internal/ZipFormat.h"
 #include "kpx/text/CaseFold.h"
+#include "kpx/text/PortableName.h"
 #include "kpx/text/TextTools.h"
 #include "kpx/text/Utf.h"
 
@@ -37,32 +38,22 @@ bool isAsciiLetter(char16_t unit) noexcept {
   return foldCase(unit) >= u'a' && foldCase(unit) <= u'z';
 }
 
-bool isBadCharacter(char16_t unit) noexcept {
-  return unit < 0x20 || unit == 0x7F || View(u"<>:\"|?*").find(unit) != View::npos;
-}
-
-bool isPortNumber(char16_t unit) noexcept {
-  return (unit >= u'1' && unit <= u'9') || unit == u'\u00B9' || unit == u'\u00B2' ||
-         unit == u'\u00B3';
-}
-
-// Devices stay devices with any extension: NUL.txt.
-bool isReserved(View part) noexcept {
-  const View base = withoutTrailingBlanks(part.substr(0, part.find(u'.')));
-  for (const View device : {u"con", u"prn", u"aux", u"nul", u"conin$", u"conout$"}) {
-    if (compareTextNoCase(base, device) == 0) return true;
-  }
-  if (base.size() != 4 || !isPortNumber(base.back())) return false;
-  return compareTextNoCase(base.substr(0, 3), u"com") == 0 ||
-         compareTextNoCase(base.substr(0, 3), u"lpt") == 0;
-}
-
 ZipStatus checkPart(View part) noexcept {
-  if (part == u"..") return ZipStatus::parentStep;
-  if (std::any_of(part.begin(), part.end(), isBadCharacter)) return ZipStatus::badCharacter;
-  // ".. " would be a step to the parent where trailing blanks are dropped.
-  if (part.back() == u'.' || part.back() == u' ') return ZipStatus::trailingUnit;
-  return isReserved(part) ? ZipStatus::reservedName : ZipStatus::done;
+  switch (portableNameProblem(part)) {
+    case NameProblem::empty:
+      return ZipStatus::emptyName;
+    case NameProblem::parentStep:
+      return ZipStatus::parentStep;
+    case NameProblem::badCharacter:
+      return ZipStatus::badCharacter;
+    case NameProblem::trailingUnit:
+      return ZipStatus::trailingUnit;
+    case NameProblem::reserved:
+      return ZipStatus::reservedName;
+    case NameProblem::none:
+      break;
+  }
+  return ZipStatus::done;
 }
 
 }  // namespace
