@@ -6,6 +6,7 @@
 #include "kpx/context/ApplicationContext.h"
 #include "kpx/context/Folders.h"
 #include "kpx/context/internal/SettingsValue.h"
+#include "kpx/context/Operations.h"
 #include "kpx/platform/FileSystem.h"
 #include "kpx/report/Error.h"
 #include "kpx/report/Trace.h"
@@ -56,12 +57,12 @@ CString nameInFolder(const CString& folder, const CString& name) {
 }  // namespace
 
 CString chosenLanguage() {
-  return Guarded("chosenLanguage", CString(),
+  return Guarded("chosenLanguage"_context, CString(),
                  [] { return detail::readSettingsValue({}, u"Language").text; });
 }
 
 CString languageFileName(const CString& language) {
-  return Guarded("languageFileName", CString(), [&] {
+  return Guarded("languageFileName"_context, CString(), [&] {
     const int open = language.Find(u'[');
     if (open < 0) return CString();
     CString name = language.Mid(open + 1);
@@ -73,7 +74,7 @@ CString languageFileName(const CString& language) {
 }
 
 std::vector<CString> languageFiles(const CString& language) {
-  return Guarded("languageFiles", std::vector<CString>(), [&] {
+  return Guarded("languageFiles"_context, std::vector<CString>(), [&] {
     const CString chosen = CString(language).Trim();
     std::vector<CString> files;
     if (chosen.IsEmpty() || chosen == german) return files;
@@ -87,7 +88,7 @@ std::vector<CString> languageFiles(const CString& language) {
 }
 
 CString textFolder() {
-  return Guarded("textFolder", CString(), [] {
+  return Guarded("textFolder"_context, CString(), [] {
     const CString programs = kpxGetProgPath();
     // Without a program folder, the current folder is nobody's place for texts.
     return programs.IsEmpty() ? CString() : joinPath(programs, u"MLT");
@@ -95,7 +96,7 @@ CString textFolder() {
 }
 
 CString languageFilePath(const CString& name) {
-  return Guarded("languageFilePath", CString(), [&] {
+  return Guarded("languageFilePath"_context, CString(), [&] {
     const CString folder = textFolder();
     if (folder.IsEmpty() || name.IsEmpty()) return CString();
     return joinPath(folder, nameInFolder(folder, name));
@@ -104,7 +105,7 @@ CString languageFilePath(const CString& name) {
 
 void useProjectWording(bool isAlkis) {
   if (!isAlkis) return;
-  Guarded("useProjectWording", [] {
+  Guarded("useProjectWording"_context, [] {
     const GuardWatch watch;
     for (const Wording& wording : alkisWording) AddMLT(wording.id, CString(wording.text));
     watch.passOn();
@@ -112,7 +113,7 @@ void useProjectWording(bool isAlkis) {
 }
 
 int initTexts(const CString& language) {
-  return Guarded("InitMLT", 0, [&] {
+  return Guarded("InitMLT"_context, 0, [&] {
     const GuardWatch watch;
     fillTexts(language);
     watch.passOn();
@@ -122,7 +123,7 @@ int initTexts(const CString& language) {
 
 int InitMLT() {
   const TraceScope trace("InitMLT");
-  return Guarded("InitMLT", 0, [] {
+  return Guarded("InitMLT"_context, 0, [] {
     const GuardWatch watch;
     fillTexts(chosenLanguage());
     watch.passOn();

@@ -6,6 +6,7 @@
 #include "kpx/platform/FileTimes.h"
 #include "kpx/report/Error.h"
 #include "kpx/report/Exceptions.h"
+#include "kpx/support/Operations.h"
 #include "kpx/text/TextTools.h"
 
 namespace kpx {
@@ -50,15 +51,17 @@ TIME CKpxBaseObjectsUtil::Double2TimeEx(double value) noexcept { return timeOfDo
 void CKpxBaseObjectsUtil::correctTimeSeconds(TIME& time) noexcept { kpx::correctTimeSeconds(time); }
 
 CString CKpxBaseObjectsUtil::Date2Str(const TIME& time) {
-  return Guarded("CKpxBaseObjectsUtil::Date2Str", CString(), [&] { return dateText(time); });
+  return Guarded("CKpxBaseObjectsUtil::Date2Str"_support, CString(),
+                 [&] { return dateText(time); });
 }
 
 CString CKpxBaseObjectsUtil::Time2Str(const TIME& time) {
-  return Guarded("CKpxBaseObjectsUtil::Time2Str", CString(), [&] { return clockText(time); });
+  return Guarded("CKpxBaseObjectsUtil::Time2Str"_support, CString(),
+                 [&] { return clockText(time); });
 }
 
 CString CKpxBaseObjectsUtil::TimeDouble2Str(double value) {
-  return Guarded("CKpxBaseObjectsUtil::TimeDouble2Str", CString(),
+  return Guarded("CKpxBaseObjectsUtil::TimeDouble2Str"_support, CString(),
                  [&] { return timeDoubleText(value); });
 }
 
@@ -71,39 +74,39 @@ double CKpxBaseObjectsUtil::Str2TimeDouble(const CString& text) noexcept {
 }
 
 void CKpxBaseObjectsUtil::GetTimestamp(TIME* time) noexcept {
-  Guarded("CKpxBaseObjectsUtil::GetTimestamp(TIME*)", [&] {
+  Guarded("CKpxBaseObjectsUtil::GetTimestamp(TIME*)"_support, [&] {
     if (!time) throw InvalidArgException();
     *time = packTime(currentClock().localNow());
   });
 }
 
 double CKpxBaseObjectsUtil::GetTimestamp() noexcept {
-  return Guarded("CKpxBaseObjectsUtil::GetTimestamp()", 0.0,
+  return Guarded("CKpxBaseObjectsUtil::GetTimestamp()"_support, 0.0,
                  [] { return doubleOfTime(packTime(currentClock().localNow())); });
 }
 
 double CKpxBaseObjectsUtil::LocalTimeDouble2UTCTimeDouble(double value) {
-  return Guarded("CKpxBaseObjectsUtil::LocalTimeDouble2UTCTimeDouble", value,
+  return Guarded("CKpxBaseObjectsUtil::LocalTimeDouble2UTCTimeDouble"_support, value,
                  [&] { return convertZone(value, &Clock::localToUtc); });
 }
 
 double CKpxBaseObjectsUtil::UTCTimeDouble2LocalTimeDouble(double value) {
-  return Guarded("CKpxBaseObjectsUtil::UTCTimeDouble2LocalTimeDouble", value,
+  return Guarded("CKpxBaseObjectsUtil::UTCTimeDouble2LocalTimeDouble"_support, value,
                  [&] { return convertZone(value, &Clock::utcToLocal); });
 }
 
 double CKpxBaseObjectsUtil::GetCreationFileTime(const CString& path) noexcept {
-  return Guarded("CKpxBaseObjectsUtil::GetCreationFileTime", 0.0,
+  return Guarded("CKpxBaseObjectsUtil::GetCreationFileTime"_support, 0.0,
                  [&] { return localFileTime(path, &FileTimes::created); });
 }
 
 double CKpxBaseObjectsUtil::GetLastAccessFileTime(const CString& path) noexcept {
-  return Guarded("CKpxBaseObjectsUtil::GetLastAccessFileTime", 0.0,
+  return Guarded("CKpxBaseObjectsUtil::GetLastAccessFileTime"_support, 0.0,
                  [&] { return localFileTime(path, &FileTimes::accessed); });
 }
 
 double CKpxBaseObjectsUtil::GetLastWriteFileTime(const CString& path) noexcept {
-  return Guarded("CKpxBaseObjectsUtil::GetLastWriteFileTime", 0.0,
+  return Guarded("CKpxBaseObjectsUtil::GetLastWriteFileTime"_support, 0.0,
                  [&] { return localFileTime(path, &FileTimes::written); });
 }
 
@@ -116,32 +119,32 @@ double CKpxBaseObjectsUtil::OleDate2TimeDouble(double days) noexcept {
 }
 
 CString CKpxBaseObjectsUtil::TrimLeft(const CString& text) {
-  return Guarded("CKpxBaseObjectsUtil::TrimLeft", CString(),
+  return Guarded("CKpxBaseObjectsUtil::TrimLeft"_support, CString(),
                  [&] { return CString(withoutLeadingBlanks(text)); });
 }
 
 CString CKpxBaseObjectsUtil::TrimRight(const CString& text) {
-  return Guarded("CKpxBaseObjectsUtil::TrimRight", CString(),
+  return Guarded("CKpxBaseObjectsUtil::TrimRight"_support, CString(),
                  [&] { return CString(withoutTrailingBlanks(text)); });
 }
 
 CString CKpxBaseObjectsUtil::Trim(const CString& text) {
-  return Guarded("CKpxBaseObjectsUtil::Trim", CString(),
+  return Guarded("CKpxBaseObjectsUtil::Trim"_support, CString(),
                  [&] { return CString(withoutBlanks(text)); });
 }
 
 CString CKpxBaseObjectsUtil::CatPathFile(const CString& folder, const CString& file) {
-  return Guarded("CKpxBaseObjectsUtil::CatPathFile", CString(),
+  return Guarded("CKpxBaseObjectsUtil::CatPathFile"_support, CString(),
                  [&] { return joinPath(folder, file); });
 }
 
 CString CKpxBaseObjectsUtil::CutSystemPath(const CString& path) {
-  return Guarded("CKpxBaseObjectsUtil::CutSystemPath", CString(),
+  return Guarded("CKpxBaseObjectsUtil::CutSystemPath"_support, CString(),
                  [&] { return pathBelow(path, folderOf(systemFolder)); });
 }
 
 CString CKpxBaseObjectsUtil::CutProjectPath(const CString& path) {
-  return Guarded("CKpxBaseObjectsUtil::CutProjectPath", CString(),
+  return Guarded("CKpxBaseObjectsUtil::CutProjectPath"_support, CString(),
                  [&] { return pathBelow(path, folderOf(projectFolder)); });
 }
 

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "kpx/report/Error.h"
+#include "kpx/support/Operations.h"
 #include "kpx/text/ByteOrderMark.h"
 #include "kpx/text/CodePage.h"
 #include "kpx/text/SingleByte.h"
@@ -25,7 +26,7 @@ CUtf16StdioFile::~CUtf16StdioFile() { Close(); }
 // --- opening and closing ----------------------------------------------------------------------
 
 int CUtf16StdioFile::Open(const CString& path, std::uint32_t flags, FileResult* exception) {
-  const int opened = Guarded("CUtf16StdioFile::Open", 0, [&] {
+  const int opened = Guarded("CUtf16StdioFile::Open"_support, 0, [&] {
     if (!Close()) return 0;
     problem_ = notOpen;
     problem_ = openFile(path, flags);
@@ -78,7 +79,7 @@ int CUtf16StdioFile::Close() {
     problem_ = {};
     return 1;
   }
-  const int closed = Guarded("CUtf16StdioFile::Close", 0, [&] {
+  const int closed = Guarded("CUtf16StdioFile::Close"_support, 0, [&] {
     FileResult result = writePending();
     if (update_) {
       const FileResult atEnd = update_->close();
@@ -186,7 +187,7 @@ int CUtf16StdioFile::ReadString(CString& text) {
   text.Empty();
   problem_ = notOpen;
   if (!canRead_ || !IsOpen()) return 0;
-  return Guarded("CUtf16StdioFile::ReadString(CString&)", 0, [&] {
+  return Guarded("CUtf16StdioFile::ReadString(CString&)"_support, 0, [&] {
     problem_ = writePending();
     if (!problem_) return 0;
     const bool read =
@@ -200,32 +201,33 @@ template <class Unit>
 Unit* CUtf16StdioFile::readInto(Unit* buffer, unsigned size) {
   problem_ = notOpen;
   if (!buffer || size < 2 || !canRead_ || !IsOpen()) return nullptr;
-  return Guarded("CUtf16StdioFile::ReadString(char16_t*)", static_cast<Unit*>(nullptr), [&] {
-    problem_ = writePending();
-    if (!problem_) return static_cast<Unit*>(nullptr);
-    CString text;
-    const std::uint64_t start = position_;
-    const bool read =
-        isUnicode_ ? ReadUnicodeString(text, size - 1) : ReadANSIString(text, size - 1, true);
-    if (!read) return static_cast<Unit*>(nullptr);
-    if constexpr (sizeof(Unit) == sizeof(char16_t)) {
-      *std::copy(text.begin(), text.end(), buffer) = 0;
-    } else {
-      // A character that the buffer would cut in halves comes whole with the next call.
-      const int last = text.GetLength() - 1;
-      const bool isCut = position_ - start == text.view().size() * unitBytes();
-      if (isCut && last > 0 && isHighSurrogate(text[last]) && hasMore() &&
-          isLowSurrogate(accumulator_[next_])) {
-        accumulator_.replace(0, next_, 1, text[last]);
-        next_ = 0;
-        position_ -= unitBytes();
-        text.Truncate(last);
-      }
-      const std::wstring wide = text.wide();
-      *std::copy(wide.begin(), wide.end(), buffer) = 0;
-    }
-    return buffer;
-  });
+  return Guarded(
+      "CUtf16StdioFile::ReadString(char16_t*)"_support, static_cast<Unit*>(nullptr), [&] {
+        problem_ = writePending();
+        if (!problem_) return static_cast<Unit*>(nullptr);
+        CString text;
+        const std::uint64_t start = position_;
+        const bool read =
+            isUnicode_ ? ReadUnicodeString(text, size - 1) : ReadANSIString(text, size - 1, true);
+        if (!read) return static_cast<Unit*>(nullptr);
+        if constexpr (sizeof(Unit) == sizeof(char16_t)) {
+          *std::copy(text.begin(), text.end(), buffer) = 0;
+        } else {
+          // A character that the buffer would cut in halves comes whole with the next call.
+          const int last = text.GetLength() - 1;
+          const bool isCut = position_ - start == text.view().size() * unitBytes();
+          if (isCut && last > 0 && isHighSurrogate(text[last]) && hasMore() &&
+              isLowSurrogate(accumulator_[next_])) {
+            accumulator_.replace(0, next_, 1, text[last]);
+            next_ = 0;
+            position_ -= unitBytes();
+            text.Truncate(last);
+          }
+          const std::wstring wide = text.wide();
+          *std::copy(wide.begin(), wide.end(), buffer) = 0;
+        }
+        return buffer;
+      });
 }
 
 char16_t* CUtf16StdioFile::ReadString(char16_t* buffer, unsigned size) {
@@ -286,7 +288,7 @@ FileResult CUtf16StdioFile::WriteANSIString(std::u16string_view text) {
 int CUtf16StdioFile::WriteString(const CString& text) {
   problem_ = notOpen;
   if (!canWrite_ || !update_) return 0;
-  return Guarded("CUtf16StdioFile::WriteString", 0, [&] {
+  return Guarded("CUtf16StdioFile::WriteString"_support, 0, [&] {
     // Until the text is in the buffer, a failure of the memory has lost it.
     const bool hadLost = std::exchange(hasLost_, true);
     problem_ = isUnicode_ ? WriteUnicodeString(text) : WriteANSIString(text);
@@ -298,7 +300,7 @@ int CUtf16StdioFile::WriteString(const CString& text) {
 std::int64_t CUtf16StdioFile::Seek(std::int64_t offset, std::uint32_t from) {
   problem_ = notOpen;
   if (!IsOpen()) return -1;
-  return Guarded("CUtf16StdioFile::Seek", std::int64_t{-1}, [&]() -> std::int64_t {
+  return Guarded("CUtf16StdioFile::Seek"_support, std::int64_t{-1}, [&]() -> std::int64_t {
     problem_ = writePending();
     if (!problem_) return -1;
     std::uint64_t base = from == current ? position_ : 0;

@@ -10,6 +10,7 @@
 #include "kpx/report/Exceptions.h"
 #include "kpx/support/ini/internal/IniContent.h"
 #include "kpx/support/ini/internal/IniLine.h"
+#include "kpx/support/Operations.h"
 
 namespace kpx {
 
@@ -29,7 +30,7 @@ CIniEx::~CIniEx() = default;
 // --- files ----------------------------------------------------------------------------------
 
 int CIniEx::ReadFile(const CString& path) {
-  return Guarded("CIniEx::ReadFile", 0, [&] {
+  return Guarded("CIniEx::ReadFile"_support, 0, [&] {
     FileOrigin origin;
     FileBytes bytes;
     const FileResult result = origin.read(path, bytes);
@@ -46,7 +47,7 @@ int CIniEx::ReadFile(const CString& path) {
 int CIniEx::SaveFile(const CString& path) { return SaveFile(path, SaveMode::overwrite); }
 
 int CIniEx::SaveFile(const CString& path, SaveMode mode) {
-  return Guarded("CIniEx::SaveFile", 0, [&] {
+  return Guarded("CIniEx::SaveFile"_support, 0, [&] {
     detail::StoredEncoding encoding;
     const std::string bytes = encoded(encoding);
     const auto write = [&](OutputFile& file) { return file.write(bytes); };
@@ -60,33 +61,34 @@ int CIniEx::SaveFile(const CString& path, SaveMode mode) {
 FileResult CIniEx::ChangeFile(const CString& path, const std::function<bool(CIniEx&)>& change,
                               std::chrono::milliseconds patience) {
   std::exception_ptr thrown;
-  const FileResult result = Guarded("CIniEx::ChangeFile", FileResult{FileStatus::noMemory, 0}, [&] {
-    const FileResult changed = fileSystem().changeFile(
-        path,
-        [&](std::string_view old, const FileVersion&, std::string& now) -> FileResult {
-          CIniEx ini;
-          ini.content_ = contentOf(old);
-          if (!ini.content_) return {FileStatus::tooLarge, 0};
-          bool isChanged = false;
-          try {
-            isChanged = change(ini);
-          } catch (...) {
-            thrown = std::current_exception();
-          }
-          detail::StoredEncoding encoding;
-          now = isChanged ? ini.encoded(encoding) : std::string(old);
-          return {};
-        },
-        patience);
-    if (changed.status == FileStatus::noMemory) throw std::bad_alloc();
-    return changed;
-  });
+  const FileResult result =
+      Guarded("CIniEx::ChangeFile"_support, FileResult{FileStatus::noMemory, 0}, [&] {
+        const FileResult changed = fileSystem().changeFile(
+            path,
+            [&](std::string_view old, const FileVersion&, std::string& now) -> FileResult {
+              CIniEx ini;
+              ini.content_ = contentOf(old);
+              if (!ini.content_) return {FileStatus::tooLarge, 0};
+              bool isChanged = false;
+              try {
+                isChanged = change(ini);
+              } catch (...) {
+                thrown = std::current_exception();
+              }
+              detail::StoredEncoding encoding;
+              now = isChanged ? ini.encoded(encoding) : std::string(old);
+              return {};
+            },
+            patience);
+        if (changed.status == FileStatus::noMemory) throw std::bad_alloc();
+        return changed;
+      });
   if (thrown) std::rethrow_exception(thrown);
   return result;
 }
 
 int CIniEx::readBytes(std::string_view bytes) {
-  return Guarded("CIniEx::readBytes", 0, [&] {
+  return Guarded("CIniEx::readBytes"_support, 0, [&] {
     std::unique_ptr<Content> content = contentOf(bytes);
     if (!content) return 0;
     content_ = std::move(content);
@@ -118,7 +120,7 @@ std::string CIniEx::encoded(detail::StoredEncoding& encoding) const {
 }
 
 void CIniEx::ClearMemory() noexcept {
-  Guarded("CIniEx::ClearMemory", [&] { content_ = std::make_unique<Content>(); });
+  Guarded("CIniEx::ClearMemory"_support, [&] { content_ = std::make_unique<Content>(); });
 }
 
 // --- reading --------------------------------------------------------------------------------
@@ -147,11 +149,12 @@ KEY_STRUCT* CIniEx::findKey(std::u16string_view section, std::u16string_view key
 }
 
 int CIniEx::GetKeyData(const CString& section, const CString& key) const {
-  return Guarded("CIniEx::GetKeyData", 0, [&] { return findKey(section, key) != nullptr ? 1 : 0; });
+  return Guarded("CIniEx::GetKeyData"_support, 0,
+                 [&] { return findKey(section, key) != nullptr ? 1 : 0; });
 }
 
 int CIniEx::GetKeyData(const CString& section, const CString& key, CString& value) const {
-  return Guarded("CIniEx::GetKeyData", 0, [&] {
+  return Guarded("CIniEx::GetKeyData"_support, 0, [&] {
     const KEY_STRUCT* const found = findKey(section, key);
     if (found == nullptr) return 0;
     detail::decodeIniValue(found->entry_.value(), value);
@@ -167,7 +170,7 @@ int CIniEx::GetKeyData(const CString& section, const CString& key, CString& valu
 
 int CIniEx::GetKeyData(const CString& section, const CString& key, CString& value, CString& comment,
                        CString& type) const {
-  return Guarded("CIniEx::GetKeyData", 0, [&] {
+  return Guarded("CIniEx::GetKeyData"_support, 0, [&] {
     const KEY_STRUCT* const found = findKey(section, key);
     if (found == nullptr) return 0;
     CString text = found->value();
@@ -180,14 +183,14 @@ int CIniEx::GetKeyData(const CString& section, const CString& key, CString& valu
 }
 
 int CIniEx::GetSection(const CString& name, CSection*& section) const {
-  return Guarded("CIniEx::GetSection", 0, [&] {
+  return Guarded("CIniEx::GetSection"_support, 0, [&] {
     section = findSection(name);
     return section != nullptr ? 1 : 0;
   });
 }
 
 int CIniEx::GetSectionAll(CObArray& sections) const {
-  return Guarded("CIniEx::GetSectionAll", 0, [&] {
+  return Guarded("CIniEx::GetSectionAll"_support, 0, [&] {
     CObArray all;
     all.reserve(content_->sections.size());
     for (const auto& section : content_->sections) {
@@ -201,7 +204,7 @@ int CIniEx::GetSectionAll(CObArray& sections) const {
 // --- the catalogue of key types -------------------------------------------------------------
 
 int CIniEx::AddKeyTypeSection(const CString& name) {
-  return Guarded("CIniEx::AddKeyTypeSection", 0, [&] {
+  return Guarded("CIniEx::AddKeyTypeSection"_support, 0, [&] {
     keyTypesName_ = name;
     keyTypes_.clear();
     return 1;
@@ -210,7 +213,7 @@ int CIniEx::AddKeyTypeSection(const CString& name) {
 
 int CIniEx::AddKeyToKeyTypeSection(const CString& key, const CString& type, const CString& text,
                                    int& index) {
-  return Guarded("CIniEx::AddKeyToKeyTypeSection", 0, [&] {
+  return Guarded("CIniEx::AddKeyToKeyTypeSection"_support, 0, [&] {
     KEYTYPE_STRUCT entry{key, type, text};
     std::size_t at = 0;
     while (at < keyTypes_.size() && keyTypes_[at].Key != key) ++at;
@@ -225,7 +228,7 @@ int CIniEx::AddKeyToKeyTypeSection(const CString& key, const CString& type, cons
 }
 
 int CIniEx::GetDataFromKeyTypeSection(const CString& key, KEYTYPE_STRUCT& entry) const {
-  return Guarded("CIniEx::GetDataFromKeyTypeSection", 0, [&] {
+  return Guarded("CIniEx::GetDataFromKeyTypeSection"_support, 0, [&] {
     for (const KEYTYPE_STRUCT& each : keyTypes_) {
       if (each.Key != key) continue;
       entry = each;
@@ -236,7 +239,7 @@ int CIniEx::GetDataFromKeyTypeSection(const CString& key, KEYTYPE_STRUCT& entry)
 }
 
 int CIniEx::DeleteIndexFromKeyTypeSection(int index) {
-  return Guarded("CIniEx::DeleteIndexFromKeyTypeSection", 0, [&] {
+  return Guarded("CIniEx::DeleteIndexFromKeyTypeSection"_support, 0, [&] {
     if (index < 0 || static_cast<std::size_t>(index) >= keyTypes_.size()) return 0;
     keyTypes_.erase(keyTypes_.begin() + index);
     return 1;
@@ -246,7 +249,7 @@ int CIniEx::DeleteIndexFromKeyTypeSection(int index) {
 // --- lines ----------------------------------------------------------------------------------
 
 bool CIniEx::GetToken(const CString& line, char16_t delimiter, CString& left, CString& right) {
-  return Guarded("CIniEx::GetToken", false, [&] {
+  return Guarded("CIniEx::GetToken"_support, false, [&] {
     const std::size_t at = detail::findOutsideQuotes(line, delimiter);
     if (at == std::u16string_view::npos) return false;
     // The line may be one of the two outputs.
@@ -258,7 +261,7 @@ bool CIniEx::GetToken(const CString& line, char16_t delimiter, CString& left, CS
 }
 
 bool CIniEx::BracketsContents(const CString& line, CString& name) {
-  return Guarded("CIniEx::BracketsContents", false, [&] {
+  return Guarded("CIniEx::BracketsContents"_support, false, [&] {
     std::u16string_view found;
     if (!detail::sectionName(line, found)) return false;
     name = CString(found);
@@ -267,11 +270,11 @@ bool CIniEx::BracketsContents(const CString& line, CString& name) {
 }
 
 void CIniEx::ReplaceTo0xD_0xA(CString& value) {
-  Guarded("CIniEx::ReplaceTo0xD_0xA", [&] { value = detail::encodeIniValue(value); });
+  Guarded("CIniEx::ReplaceTo0xD_0xA"_support, [&] { value = detail::encodeIniValue(value); });
 }
 
 void CIniEx::ReplaceFrom0xD_0xA(CString& value) {
-  Guarded("CIniEx::ReplaceFrom0xD_0xA", [&] {
+  Guarded("CIniEx::ReplaceFrom0xD_0xA"_support, [&] {
     CString decoded;
     detail::decodeIniValue(value, decoded);
     value = std::move(decoded);

@@ -5,6 +5,7 @@
 #include "kpx/support/ini/CIniEx.h"
 #include "kpx/support/ini/internal/IniContent.h"
 #include "kpx/support/ini/internal/IniLine.h"
+#include "kpx/support/Operations.h"
 
 // Changing an INI file in memory: everything is checked and built first, then put in place.
 
@@ -73,7 +74,7 @@ int CIniEx::AddNewSection(const CString& name) {
 }
 
 int CIniEx::AddNewSection(const CString& name, const CString& comment, int& index) {
-  return Guarded("CIniEx::AddNewSection", 0, [&] {
+  return Guarded("CIniEx::AddNewSection"_support, 0, [&] {
     index = GetIndexForSection(name);
     if (index >= 0) return 0;
     const auto lines = storedComment(comment, content_->lineEnd);
@@ -102,7 +103,7 @@ int CIniEx::AddNewKey(const CString& section, const CString& key, const CString&
 
 int CIniEx::AddNewKey(const CString& section, const CString& key, const CString& value,
                       const CString& comment, const CString& type, int& index) {
-  return Guarded("CIniEx::AddNewKey", 0, [&] {
+  return Guarded("CIniEx::AddNewKey"_support, 0, [&] {
     index = -1;
     CSection* const holder = findSection(section);
     if (holder == nullptr) return 0;
@@ -136,7 +137,7 @@ int CIniEx::UpdateKey(const CString& section, const CString& key, const CString&
 
 int CIniEx::updateKey(const CString& section, const CString& key, const CString& value,
                       const CString* comment, const CString* type) {
-  return Guarded("CIniEx::UpdateKey", 0, [&] {
+  return Guarded("CIniEx::UpdateKey"_support, 0, [&] {
     KEY_STRUCT* const found = findKey(section, key);
     if (found == nullptr) return 0;
     IniEntry changed = found->entry_.clone();
@@ -159,7 +160,7 @@ int CIniEx::updateKey(const CString& section, const CString& key, const CString&
 }
 
 int CIniEx::UpdateSection(const CString& name, const CString& newName, const CString& comment) {
-  return Guarded("CIniEx::UpdateSection", 0, [&] {
+  return Guarded("CIniEx::UpdateSection"_support, 0, [&] {
     CSection* const found = findSection(name);
     if (found == nullptr || name.IsEmpty() || newName.IsEmpty()) return 0;
     const bool renamed = name != newName;
@@ -190,7 +191,7 @@ int CIniEx::UpdateSection(const CString& name, const CString& newName, const CSt
 }
 
 int CIniEx::DeleteKey(const CString& section, const CString& key) {
-  return Guarded("CIniEx::DeleteKey", 0, [&] {
+  return Guarded("CIniEx::DeleteKey"_support, 0, [&] {
     CSection* const holder = findSection(section);
     const std::size_t found =
         holder != nullptr ? holder->find(key) : detail::NameIndex<CSection>::none;
@@ -201,7 +202,7 @@ int CIniEx::DeleteKey(const CString& section, const CString& key) {
 }
 
 int CIniEx::DeleteSection(const CString& name) {
-  return Guarded("CIniEx::DeleteSection", 0, [&] {
+  return Guarded("CIniEx::DeleteSection"_support, 0, [&] {
     CSection* const found = findSection(name);
     if (found == nullptr) return 0;
     found->header_.setState(IniEntry::removed);
@@ -211,7 +212,7 @@ int CIniEx::DeleteSection(const CString& name) {
 }
 
 int CIniEx::DeleteKeyfromSection(const CString& section, const CString& key) {
-  return Guarded("CIniEx::DeleteKeyfromSection", 0, [&] {
+  return Guarded("CIniEx::DeleteKeyfromSection"_support, 0, [&] {
     if (DeleteKey(section, key) == 0) return 0;
     findSection(section)->eraseRemoved();
     return 1;
@@ -219,7 +220,7 @@ int CIniEx::DeleteKeyfromSection(const CString& section, const CString& key) {
 }
 
 int CIniEx::DeleteSectionfromSections(const CString& name) {
-  return Guarded("CIniEx::DeleteSectionfromSections", 0, [&] {
+  return Guarded("CIniEx::DeleteSectionfromSections"_support, 0, [&] {
     if (DeleteSection(name) == 0) return 0;
     content_->eraseSections();
     return 1;

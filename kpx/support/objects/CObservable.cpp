@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "kpx/report/Error.h"
+#include "kpx/support/Operations.h"
 
 namespace kpx {
 
@@ -29,7 +30,7 @@ class CObservable::Walk {
 };
 
 void CObservable::addObserver(IObserver* observer) {
-  Guarded("CObservable::addObserver", [&] {
+  Guarded("CObservable::addObserver"_support, [&] {
     observers_.push_back({observer, false});
     ++count_;
   });
@@ -59,7 +60,7 @@ void CObservable::deleteObservers() noexcept {
 
 void CObservable::notifyObservers() {
   if (changed_ == 0) return;
-  Reported("CObservable::notifyObservers", [&] {
+  Reported("CObservable::notifyObservers"_support, [&] {
     const Walk walk(*this);
     const std::size_t registered = observers_.size();
     for (std::size_t i = 0; i < registered; ++i) {

@@ -4,6 +4,7 @@
 
 #include "kpx/platform/RandomBytes.h"
 #include "kpx/report/Error.h"
+#include "kpx/support/Operations.h"
 
 namespace kpx {
 namespace {
@@ -27,7 +28,7 @@ bool makeGuid(Guid& guid) noexcept {
 }  // namespace
 
 CString MakeUuidString(const Guid* guid) {
-  return Guarded("MakeUuidString", CString(), [&] {
+  return Guarded("MakeUuidString"_support, CString(), [&] {
     Guid made;
     if (!guid) {
       if (!makeGuid(made)) return CString();

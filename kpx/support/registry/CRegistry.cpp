@@ -4,6 +4,7 @@
 
 #include "kpx/support/objects/Archive.h"
 #include "kpx/support/objects/CObject.h"
+#include "kpx/support/Operations.h"
 
 namespace kpx {
 namespace {
@@ -43,14 +44,14 @@ int CRegistry::onOpenKey(OperationNumber operation, Body&& body) {
 
 int CRegistry::Open(HKEY root, const CString& subkey) {
   key_.reset();
-  return onRoot("CRegistry::Open", root, [&](RegistryRoot where) {
+  return onRoot("CRegistry::Open"_support, root, [&](RegistryRoot where) {
     return registry().open(where, subkey, RegistryAccess::readWrite, key_);
   });
 }
 
 int CRegistry::OpenReadOnly(HKEY root, const CString& subkey) {
   key_.reset();
-  return onRoot("CRegistry::OpenReadOnly", root, [&](RegistryRoot where) {
+  return onRoot("CRegistry::OpenReadOnly"_support, root, [&](RegistryRoot where) {
     return registry().open(where, subkey, RegistryAccess::read, key_);
   });
 }
@@ -59,7 +60,7 @@ void CRegistry::Close() noexcept { key_.reset(); }
 
 int CRegistry::CreateKey(HKEY root, const CString& subkey, std::uint32_t access) {
   key_.reset();
-  return onRoot("CRegistry::CreateKey", root, [&](RegistryRoot where) {
+  return onRoot("CRegistry::CreateKey"_support, root, [&](RegistryRoot where) {
     const RegistryAccess wanted =
         (access & writeRights) != 0 ? RegistryAccess::readWrite : RegistryAccess::read;
     return registry().create(where, subkey, wanted, key_);
@@ -67,40 +68,41 @@ int CRegistry::CreateKey(HKEY root, const CString& subkey, std::uint32_t access)
 }
 
 int CRegistry::DeleteKey(HKEY root, const CString& subkey) {
-  return onRoot("CRegistry::DeleteKey", root,
+  return onRoot("CRegistry::DeleteKey"_support, root,
                 [&](RegistryRoot where) { return registry().remove(where, subkey); });
 }
 
 int CRegistry::VerifyKey(HKEY root, const CString& subkey) {
-  return onRoot("CRegistry::VerifyKey", root, [&](RegistryRoot where) {
+  return onRoot("CRegistry::VerifyKey"_support, root, [&](RegistryRoot where) {
     std::unique_ptr<RegistryKey> key;
     return registry().open(where, subkey, RegistryAccess::read, key);
   });
 }
 
 int CRegistry::ReadKeyKeys(std::vector<CString>& names) {
-  return onOpenKey("CRegistry::ReadKeyKeys", [&](RegistryKey& key) { return key.keyNames(names); });
+  return onOpenKey("CRegistry::ReadKeyKeys"_support,
+                   [&](RegistryKey& key) { return key.keyNames(names); });
 }
 
 int CRegistry::ReadKeyValues(std::vector<CString>& names) {
-  return onOpenKey("CRegistry::ReadKeyValues",
+  return onOpenKey("CRegistry::ReadKeyValues"_support,
                    [&](RegistryKey& key) { return key.valueNames(names); });
 }
 
 int CRegistry::VerifyValue(const CString& name) {
-  return onOpenKey("CRegistry::VerifyValue", [&](RegistryKey& key) {
+  return onOpenKey("CRegistry::VerifyValue"_support, [&](RegistryKey& key) {
     RegistryValue value;
     return key.read(name, value);
   });
 }
 
 int CRegistry::DeleteValue(const CString& name) {
-  return onOpenKey("CRegistry::DeleteValue",
+  return onOpenKey("CRegistry::DeleteValue"_support,
                    [&](RegistryKey& key) { return key.removeValue(name); });
 }
 
 int CRegistry::ReadString(const CString& name, CString& text) {
-  return onOpenKey("CRegistry::ReadString", [&](RegistryKey& key) {
+  return onOpenKey("CRegistry::ReadString"_support, [&](RegistryKey& key) {
     RegistryValue value;
     const RegistryResult result = key.read(name, value);
     return !result || value.asText(text) ? result : RegistryResult{RegistryStatus::wrongType};
@@ -108,12 +110,12 @@ int CRegistry::ReadString(const CString& name, CString& text) {
 }
 
 int CRegistry::WriteString(const CString& name, const CString& text) {
-  return onOpenKey("CRegistry::WriteString",
+  return onOpenKey("CRegistry::WriteString"_support,
                    [&](RegistryKey& key) { return key.write(name, RegistryValue::ofText(text)); });
 }
 
 int CRegistry::ReadDWORD(const CString& name, std::uint32_t& value) {
-  return onOpenKey("CRegistry::ReadDWORD", [&](RegistryKey& key) {
+  return onOpenKey("CRegistry::ReadDWORD"_support, [&](RegistryKey& key) {
     RegistryValue stored;
     const RegistryResult result = key.read(name, stored);
     return !result || stored.asNumber(value) ? result : RegistryResult{RegistryStatus::wrongType};
@@ -121,13 +123,13 @@ int CRegistry::ReadDWORD(const CString& name, std::uint32_t& value) {
 }
 
 int CRegistry::WriteDWORD(const CString& name, std::uint32_t value) {
-  return onOpenKey("CRegistry::WriteDWORD", [&](RegistryKey& key) {
+  return onOpenKey("CRegistry::WriteDWORD"_support, [&](RegistryKey& key) {
     return key.write(name, RegistryValue::ofNumber(value));
   });
 }
 
 int CRegistry::Read(const CString& name, CObject& object) {
-  return onOpenKey("CRegistry::Read(CObject&)", [&](RegistryKey& key) {
+  return onOpenKey("CRegistry::Read(CObject&)"_support, [&](RegistryKey& key) {
     RegistryValue value;
     const RegistryResult result = key.read(name, value);
     if (!result) return result;
@@ -139,7 +141,7 @@ int CRegistry::Read(const CString& name, CObject& object) {
 }
 
 int CRegistry::Write(const CString& name, CObject& object) {
-  return onOpenKey("CRegistry::Write(CObject&)", [&](RegistryKey& key) {
+  return onOpenKey("CRegistry::Write(CObject&)"_support, [&](RegistryKey& key) {
     RegistryValue value{RegistryType::binary, {}};
     CArchive archive(&value.bytes);
     object.Serialize(archive);
@@ -148,7 +150,7 @@ int CRegistry::Write(const CString& name, CObject& object) {
 }
 
 int CRegistry::Read(const CString& name, CWnd* window) {
-  return onOpenKey("CRegistry::Read(CWnd*)", [&](RegistryKey& key) {
+  return onOpenKey("CRegistry::Read(CWnd*)"_support, [&](RegistryKey& key) {
     RegistryValue value;
     WindowPlacement placement;
     WindowPlacementHandler* const windows = windowPlacementHandler();
@@ -163,7 +165,7 @@ int CRegistry::Read(const CString& name, CWnd* window) {
 }
 
 int CRegistry::Write(const CString& name, const CWnd* window) {
-  return onOpenKey("CRegistry::Write(const CWnd*)", [&](RegistryKey& key) {
+  return onOpenKey("CRegistry::Write(const CWnd*)"_support, [&](RegistryKey& key) {
     WindowPlacement placement;
     WindowPlacementHandler* const windows = windowPlacementHandler();
     if (!windows || !window || !windows->get(*window, placement)) return noKey;

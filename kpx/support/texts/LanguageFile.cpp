@@ -8,6 +8,7 @@
 #include "kpx/report/Error.h"
 #include "kpx/report/Exceptions.h"
 #include "kpx/support/objects/Archive.h"
+#include "kpx/support/Operations.h"
 #include "kpx/support/texts/internal/BuiltInTexts.h"
 
 namespace kpx {
@@ -93,7 +94,7 @@ int LoadMLTFile(const CString& path) {
 LanguageFileResult readLanguageFile(std::string_view bytes, TextList& list) {
   list = TextList();
   LanguageFileResult result;
-  result.hasFailed = !Guarded("readLanguageFile", false, [&] {
+  result.hasFailed = !Guarded("readLanguageFile"_support, false, [&] {
     readInto(list, bytes, result);
     return true;
   });

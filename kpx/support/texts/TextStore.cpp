@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "kpx/report/Error.h"
+#include "kpx/support/Operations.h"
 #include "kpx/support/texts/internal/BuiltInTexts.h"
 
 namespace kpx {
@@ -55,7 +56,7 @@ std::u16string_view storedText(std::int32_t id) noexcept {
 }
 
 void AddMLT(std::int32_t id, const CString& text) {
-  Guarded("AddMLT", [&] {
+  Guarded("AddMLT"_support, [&] {
     CString copy = text;  // `text` may be a part of the store
     detail::textPlace(id) = std::move(copy);
   });

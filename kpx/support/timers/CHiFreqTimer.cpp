@@ -5,6 +5,7 @@
 
 #include "kpx/platform/Clock.h"
 #include "kpx/report/Error.h"
+#include "kpx/support/Operations.h"
 
 namespace kpx {
 namespace {
@@ -36,7 +37,7 @@ void CHiFreqTimer::stopTimer() noexcept {
   running_ = false;
   otherPlainStarts_ += allPlainStarts;
   otherNestedStarts_ += allNestedStarts;
-  Guarded("CHiFreqTimer::stopTimer", [&] {
+  Guarded("CHiFreqTimer::stopTimer"_support, [&] {
     constexpr double millisecondsPerSecond = 1000.0;
     samples_.push_back(static_cast<double>(ticks) * millisecondsPerSecond /
                        static_cast<double>(currentClock().counterFrequency()));

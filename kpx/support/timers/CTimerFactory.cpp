@@ -7,6 +7,7 @@
 #include "kpx/platform/FileSystem.h"
 #include "kpx/platform/MessageBox.h"
 #include "kpx/report/Error.h"
+#include "kpx/support/Operations.h"
 #include "kpx/support/timers/TimerReport.h"
 #include "kpx/text/NumberText.h"
 #include "kpx/text/TimeValue.h"
@@ -48,7 +49,7 @@ CHiFreqTimer* CTimerFactory::find(const CString& name) const noexcept {
 
 CHiFreqTimer* CTimerFactory::getTimer(const CString& name) noexcept {
   if (CHiFreqTimer* const found = find(name)) return found;
-  return Guarded("CTimerFactory::getTimer", static_cast<CHiFreqTimer*>(nullptr), [&] {
+  return Guarded("CTimerFactory::getTimer"_support, static_cast<CHiFreqTimer*>(nullptr), [&] {
     const int number = static_cast<int>(timers_.size()) + 1;
     NamedTimer added{name, std::make_unique<CHiFreqTimer>(number)};
     timers_.push_back(std::move(added));
@@ -65,7 +66,7 @@ CHiFreqTimer* CTimerFactory::getTimer(const CString& name) noexcept {
 CHiFreqTimer* CTimerFactory::getTimerChecked(const CString& name) {
   CHiFreqTimer* const found = find(name);
   if (found == nullptr) {
-    Guarded("CTimerFactory::getTimerChecked", [&] {
+    Guarded("CTimerFactory::getTimerChecked"_support, [&] {
       showMessageBox({u"Timer not found: " + name, u"Error", MessageBoxStyle::error});
     });
   }
@@ -77,7 +78,7 @@ int CTimerFactory::isTimerPresent(const CString& name) const noexcept {
 }
 
 CString CTimerFactory::getTimerName(const CHiFreqTimer* timer) const {
-  return Guarded("CTimerFactory::getTimerName", CString(), [&] { return nameOf(timer); });
+  return Guarded("CTimerFactory::getTimerName"_support, CString(), [&] { return nameOf(timer); });
 }
 
 CString CTimerFactory::nameOf(const CHiFreqTimer* timer) const {
@@ -113,11 +114,13 @@ std::vector<const CTimerFactory::NamedTimer*> CTimerFactory::inOrder(timerSortTy
 }
 
 CString CTimerFactory::report(timerDestType kind, timerSortType sort) const {
-  return Guarded("CTimerFactory::report", CString(), [&] { return reportText(kind, sort); });
+  return Guarded("CTimerFactory::report"_support, CString(),
+                 [&] { return reportText(kind, sort); });
 }
 
 CString CTimerFactory::sampleReport(timerDestType kind, const CHiFreqTimer& timer) const {
-  return Guarded("CTimerFactory::sampleReport", CString(), [&] { return sampleText(kind, timer); });
+  return Guarded("CTimerFactory::sampleReport"_support, CString(),
+                 [&] { return sampleText(kind, timer); });
 }
 
 // Files are made of the texts themselves: a report that could not be made must replace none.
@@ -172,18 +175,18 @@ CString CTimerFactory::sampleText(timerDestType kind, const CHiFreqTimer& timer)
 }
 
 int CTimerFactory::dump(const CString& path, timerSortType sort, timerFileMode mode) const {
-  return Guarded("CTimerFactory::dump", 0,
+  return Guarded("CTimerFactory::dump"_support, 0,
                  [&] { return writeReport(path, reportText(timerDestType::text, sort), mode); });
 }
 
 int CTimerFactory::dumpCsv(const CString& path, timerSortType sort, timerFileMode mode) const {
-  return Guarded("CTimerFactory::dumpCsv", 0,
+  return Guarded("CTimerFactory::dumpCsv"_support, 0,
                  [&] { return writeReport(path, reportText(timerDestType::csv, sort), mode); });
 }
 
 int CTimerFactory::dumpSamples(const CHiFreqTimer* timer, const CString& path,
                                timerFileMode mode) const {
-  return Guarded("CTimerFactory::dumpSamples", 0, [&] {
+  return Guarded("CTimerFactory::dumpSamples"_support, 0, [&] {
     if (timer == nullptr) return 0;
     return writeReport(path, sampleText(timerDestType::text, *timer), mode);
   });
@@ -195,7 +198,7 @@ int CTimerFactory::dumpSamples(const CString& name, const CString& path, timerFi
 
 int CTimerFactory::dumpSamplesCsv(const CHiFreqTimer* timer, const CString& path,
                                   timerFileMode mode) const {
-  return Guarded("CTimerFactory::dumpSamplesCsv", 0, [&] {
+  return Guarded("CTimerFactory::dumpSamplesCsv"_support, 0, [&] {
     if (timer == nullptr) return 0;
     return writeReport(path, sampleText(timerDestType::csv, *timer), mode);
   });

@@ -6,6 +6,7 @@
 
 #include "kpx/report/Error.h"
 #include "kpx/report/Exceptions.h"
+#include "kpx/support/Operations.h"
 #include "kpx/text/TextTools.h"
 
 namespace kpx {
@@ -197,7 +198,7 @@ UnzipResult unzip(const CString& archive, const CString& folder, const UnzipOpti
 }
 
 void kpxUnzip(const CString& archive, const CString& folder) {
-  Guarded("kpxUnzip", [&] {
+  Guarded("kpxUnzip"_support, [&] {
     // Callers have no other way to learn that something is missing.
     if (!unzip(archive, folder).complete()) throw FileException();
   });

@@ -6,6 +6,7 @@
 
 #include "kpx/report/Error.h"
 #include "kpx/support/objects/CObservable.h"
+#include "kpx/support/Operations.h"
 
 namespace kpx {
 namespace {
@@ -118,7 +119,7 @@ TEST_F(ObserverTest, ExceptionEndsTheNotificationIsReportedAndKeepsTheMark) {
   const ErrorSink earlier = setErrorSink([](int number) noexcept { reported = number; });
   EXPECT_THROW(notify(), std::runtime_error);
   setErrorSink(earlier);
-  EXPECT_EQ(operationOf(reported), "CObservable::notifyObservers");
+  EXPECT_EQ(reported, "CObservable::notifyObservers"_support.value());
   EXPECT_EQ(subject.hasChanged(), 1);
   EXPECT_EQ(notify(), "b");
 }
