@@ -6,7 +6,7 @@
 
 #include <string>
 
-#include "kpx/support/CIniEx.h"
+#include "kpx/support/ini/CIniEx.h"
 
 namespace {
 

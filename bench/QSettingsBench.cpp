@@ -14,7 +14,7 @@
 
 #include "kpx/settings/Catalogue.h"
 #include "kpx/settings/CFGProjectSettings.h"
-#include "kpx/support/TextStore.h"
+#include "kpx/support/texts/TextStore.h"
 #include "kpx/xml/CMarkup.h"
 
 namespace {

@@ -12,7 +12,7 @@
 
 #include "bench/PugixmlCopy.h"
 #include "kpx/settings/CFGGeneralSettings.h"
-#include "kpx/support/TextStore.h"
+#include "kpx/support/texts/TextStore.h"
 #include "kpx/text/NumberText.h"
 #include "kpx/xml/CMarkup.h"
 

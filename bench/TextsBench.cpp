@@ -11,9 +11,9 @@
 #include <unordered_map>
 #include <vector>
 
-#include "kpx/support/internal/BuiltInTexts.h"
-#include "kpx/support/LanguageFile.h"
-#include "kpx/support/TextStore.h"
+#include "kpx/support/texts/internal/BuiltInTexts.h"
+#include "kpx/support/texts/LanguageFile.h"
+#include "kpx/support/texts/TextStore.h"
 
 namespace kpx {
 namespace {

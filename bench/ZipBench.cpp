@@ -11,10 +11,10 @@
 #include <string>
 #include <vector>
 
-#include "kpx/support/MemZip.h"
-#include "kpx/support/Unzip.h"
+#include "kpx/support/zip/MemZip.h"
+#include "kpx/support/zip/Unzip.h"
 #include "kpx/text/CString.h"
-#include "tests/support/ZipBuilder.h"
+#include "tests/support/zip/ZipBuilder.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 
 #include <iostream>
 
-#include "kpx/support/Unzip.h"
+#include "kpx/support/zip/Unzip.h"
 
 int main(int argc, char** argv) {
   if (argc != 3) {

@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "fuzz/Check.h"
-#include "kpx/support/CIniEx.h"
-#include "kpx/support/IniCheck.h"
+#include "kpx/support/ini/CIniEx.h"
+#include "kpx/support/ini/IniCheck.h"
 
 using namespace kpx;
 

@@ -6,11 +6,11 @@
 #include "fuzz/Check.h"
 #include "kpx/platform/FileSystem.h"
 #include "kpx/report/Exceptions.h"
-#include "kpx/support/internal/BuiltInTexts.h"
-#include "kpx/support/LanguageFile.h"
-#include "kpx/support/TextCheck.h"
-#include "kpx/support/TextStore.h"
-#include "kpx/support/TextTable.h"
+#include "kpx/support/texts/internal/BuiltInTexts.h"
+#include "kpx/support/texts/LanguageFile.h"
+#include "kpx/support/texts/TextCheck.h"
+#include "kpx/support/texts/TextStore.h"
+#include "kpx/support/texts/TextTable.h"
 
 using namespace kpx;
 

@@ -2,8 +2,8 @@
 #include <vector>
 
 #include "fuzz/Check.h"
-#include "kpx/support/RegistrySnapshot.h"
-#include "kpx/support/RegistryText.h"
+#include "kpx/support/registry/RegistrySnapshot.h"
+#include "kpx/support/registry/RegistryText.h"
 
 using namespace kpx;
 

@@ -6,8 +6,8 @@
 #include "fuzz/Check.h"
 #include "kpx/platform/WindowPlacement.h"
 #include "kpx/report/Exceptions.h"
-#include "kpx/support/Archive.h"
-#include "kpx/support/CObject.h"
+#include "kpx/support/objects/Archive.h"
+#include "kpx/support/objects/CObject.h"
 
 using namespace kpx;
 

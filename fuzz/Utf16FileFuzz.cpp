@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "fuzz/Check.h"
-#include "kpx/support/CUtf16StdioFile.h"
+#include "kpx/support/files/CUtf16StdioFile.h"
 
 using namespace kpx;
 

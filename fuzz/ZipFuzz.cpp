@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "fuzz/Check.h"
-#include "kpx/support/Unzip.h"
+#include "kpx/support/zip/Unzip.h"
 
 using namespace kpx;
 

@@ -1,6 +1,7 @@
 #include "kpx/capi/internal/Answer.h"
+#include "kpx/capi/Operations.h"
 #include "kpx/settings/Catalogue.h"
-#include "kpx/support/TextStore.h"
+#include "kpx/support/texts/TextStore.h"
 
 using namespace kpx;        // NOLINT(google-build-using-namespace): the functions are global
 using namespace kpx::capi;  // NOLINT(google-build-using-namespace)
@@ -102,7 +103,7 @@ CString currentText(CString stored) {
 // --- configurations ----------------------------------------------------------------------------
 
 int32_t kpx_c_count(const kpx_c_document* document, int32_t* count) {
-  return answer("kpx_c_count", [&] {
+  return answer("kpx_c_count"_capi, [&] {
     if (count) *count = 0;
     if (!isDocument(document)) return failDocument();
     if (!count) return failArgument();
@@ -113,7 +114,7 @@ int32_t kpx_c_count(const kpx_c_document* document, int32_t* count) {
 
 int32_t kpx_c_find(const kpx_c_document* document, const kpx_c_unit* className,
                    int32_t classNameLength, int32_t index, int32_t* configuration) {
-  return answer("kpx_c_find", [&] {
+  return answer("kpx_c_find"_capi, [&] {
     if (configuration) *configuration = -1;
     if (!isDocument(document)) return failDocument();
     const TextArgument name(className, classNameLength);
@@ -129,7 +130,7 @@ int32_t kpx_c_find(const kpx_c_document* document, const kpx_c_unit* className,
 
 int32_t kpx_c_configuration_class(const kpx_c_document* document, int32_t configuration,
                                   const kpx_c_unit** name, int32_t* length) {
-  return answer("kpx_c_configuration_class", [&] {
+  return answer("kpx_c_configuration_class"_capi, [&] {
     if (name) *name = nullptr;
     if (length) *length = 0;
     if (!name || !length) return failArgument();
@@ -140,7 +141,7 @@ int32_t kpx_c_configuration_class(const kpx_c_document* document, int32_t config
 
 int32_t kpx_c_add(kpx_c_document* document, const kpx_c_unit* className, int32_t classNameLength,
                   int32_t* configuration) {
-  return answer("kpx_c_add", [&] {
+  return answer("kpx_c_add"_capi, [&] {
     if (configuration) *configuration = -1;
     if (!isDocument(document)) return failDocument();
     const TextArgument name(className, classNameLength);
@@ -157,7 +158,7 @@ int32_t kpx_c_add(kpx_c_document* document, const kpx_c_unit* className, int32_t
 // --- which settings there are ------------------------------------------------------------------
 
 int32_t kpx_c_key_count(const kpx_c_document* document, int32_t configuration, int32_t* count) {
-  return answer("kpx_c_key_count", [&] {
+  return answer("kpx_c_key_count"_capi, [&] {
     if (count) *count = 0;
     if (!count) return failArgument();
     if (const std::int32_t code = checkConfiguration(document, configuration)) return code;
@@ -168,7 +169,7 @@ int32_t kpx_c_key_count(const kpx_c_document* document, int32_t configuration, i
 
 int32_t kpx_c_key(const kpx_c_document* document, int32_t configuration, int32_t number,
                   const kpx_c_unit** key, int32_t* length) {
-  return answer("kpx_c_key", [&] {
+  return answer("kpx_c_key"_capi, [&] {
     if (key) *key = nullptr;
     if (length) *length = 0;
     if (!key || !length) return failArgument();
@@ -180,7 +181,7 @@ int32_t kpx_c_key(const kpx_c_document* document, int32_t configuration, int32_t
 
 int32_t kpx_c_type(const kpx_c_document* document, int32_t configuration, const kpx_c_unit* key,
                    int32_t keyLength, int32_t* type, int32_t* typeCode) {
-  return answer("kpx_c_type", [&] {
+  return answer("kpx_c_type"_capi, [&] {
     if (type) *type = 0;
     if (typeCode) *typeCode = 0;
     if (!type) return failArgument();
@@ -194,7 +195,7 @@ int32_t kpx_c_type(const kpx_c_document* document, int32_t configuration, const 
 
 int32_t kpx_c_caption(const kpx_c_document* document, int32_t configuration, const kpx_c_unit* key,
                       int32_t keyLength, kpx_c_unit* buffer, int32_t capacity, int32_t* length) {
-  return answer("kpx_c_caption", [&] {
+  return answer("kpx_c_caption"_capi, [&] {
     if (!clearBuffer(buffer, capacity, length)) return failArgument();
     return atDefinition({document, configuration, key, keyLength}, [&](const SettingDef& setting) {
       return store(currentText(setting.caption.get()), buffer, capacity, length);
@@ -204,7 +205,7 @@ int32_t kpx_c_caption(const kpx_c_document* document, int32_t configuration, con
 
 int32_t kpx_c_group(const kpx_c_document* document, int32_t configuration, const kpx_c_unit* key,
                     int32_t keyLength, kpx_c_unit* buffer, int32_t capacity, int32_t* length) {
-  return answer("kpx_c_group", [&] {
+  return answer("kpx_c_group"_capi, [&] {
     if (!clearBuffer(buffer, capacity, length)) return failArgument();
     return atDefinition({document, configuration, key, keyLength}, [&](const SettingDef& setting) {
       return store(currentText(setting.group.get()), buffer, capacity, length);
@@ -216,7 +217,7 @@ int32_t kpx_c_group(const kpx_c_document* document, int32_t configuration, const
 
 int32_t kpx_c_is_stored(const kpx_c_document* document, int32_t configuration,
                         const kpx_c_unit* key, int32_t keyLength, int32_t* isStored) {
-  return answer("kpx_c_is_stored", [&] {
+  return answer("kpx_c_is_stored"_capi, [&] {
     if (isStored) *isStored = 0;
     if (!isStored) return failArgument();
     return atDefinition({document, configuration, key, keyLength}, [&](const SettingDef& setting) {
@@ -228,7 +229,7 @@ int32_t kpx_c_is_stored(const kpx_c_document* document, int32_t configuration,
 
 int32_t kpx_c_get_int32(const kpx_c_document* document, int32_t configuration,
                         const kpx_c_unit* key, int32_t keyLength, int32_t* value) {
-  return answer("kpx_c_get_int32", [&] {
+  return answer("kpx_c_get_int32"_capi, [&] {
     if (!value) return failArgument();
     *value = 0;
     return atSetting({document, configuration, key, keyLength}, [&](std::u16string_view name) {
@@ -239,7 +240,7 @@ int32_t kpx_c_get_int32(const kpx_c_document* document, int32_t configuration,
 
 int32_t kpx_c_get_double(const kpx_c_document* document, int32_t configuration,
                          const kpx_c_unit* key, int32_t keyLength, double* value) {
-  return answer("kpx_c_get_double", [&] {
+  return answer("kpx_c_get_double"_capi, [&] {
     if (!value) return failArgument();
     *value = 0;
     return atSetting({document, configuration, key, keyLength}, [&](std::u16string_view name) {
@@ -250,7 +251,7 @@ int32_t kpx_c_get_double(const kpx_c_document* document, int32_t configuration,
 
 int32_t kpx_c_get_text(const kpx_c_document* document, int32_t configuration, const kpx_c_unit* key,
                        int32_t keyLength, kpx_c_unit* buffer, int32_t capacity, int32_t* length) {
-  return answer("kpx_c_get_text", [&] {
+  return answer("kpx_c_get_text"_capi, [&] {
     if (!clearBuffer(buffer, capacity, length)) return failArgument();
     CString value;
     const std::int32_t code =
@@ -263,7 +264,7 @@ int32_t kpx_c_get_text(const kpx_c_document* document, int32_t configuration, co
 
 int32_t kpx_c_set_int32(kpx_c_document* document, int32_t configuration, const kpx_c_unit* key,
                         int32_t keyLength, int32_t value) {
-  return answer("kpx_c_set_int32", [&] {
+  return answer("kpx_c_set_int32"_capi, [&] {
     return atSetting({document, configuration, key, keyLength}, [&](std::u16string_view name) {
       return document->document.setInteger(configuration, name, value);
     });
@@ -272,7 +273,7 @@ int32_t kpx_c_set_int32(kpx_c_document* document, int32_t configuration, const k
 
 int32_t kpx_c_set_double(kpx_c_document* document, int32_t configuration, const kpx_c_unit* key,
                          int32_t keyLength, double value) {
-  return answer("kpx_c_set_double", [&] {
+  return answer("kpx_c_set_double"_capi, [&] {
     return atSetting({document, configuration, key, keyLength}, [&](std::u16string_view name) {
       return document->document.setReal(configuration, name, value);
     });
@@ -281,7 +282,7 @@ int32_t kpx_c_set_double(kpx_c_document* document, int32_t configuration, const 
 
 int32_t kpx_c_set_text(kpx_c_document* document, int32_t configuration, const kpx_c_unit* key,
                        int32_t keyLength, const kpx_c_unit* value, int32_t valueLength) {
-  return answer("kpx_c_set_text", [&] {
+  return answer("kpx_c_set_text"_capi, [&] {
     const TextArgument text(value, valueLength);
     if (!text.isValid) return failArgument();
     return atSetting({document, configuration, key, keyLength}, [&](std::u16string_view name) {

@@ -3,6 +3,7 @@
 #include <string>
 #include <utility>
 
+#include "kpx/capi/Operations.h"
 #include "kpx/capi/internal/Answer.h"
 
 using namespace kpx;        // NOLINT(google-build-using-namespace): the functions are global
@@ -16,7 +17,7 @@ constexpr std::int64_t largestDocument = std::int64_t{1} << 34;
 }  // namespace
 
 int32_t kpx_c_new(const kpx_c_unit* rootName, int32_t rootNameLength, kpx_c_document** document) {
-  return answer("kpx_c_new", [&] {
+  return answer("kpx_c_new"_capi, [&] {
     if (document) *document = nullptr;
     const TextArgument root(rootName, rootNameLength);
     if (!document || !root.isValid) return failArgument();
@@ -31,7 +32,7 @@ int32_t kpx_c_new(const kpx_c_unit* rootName, int32_t rootNameLength, kpx_c_docu
 }
 
 int32_t kpx_c_open(const kpx_c_unit* path, int32_t pathLength, kpx_c_document** document) {
-  return answer("kpx_c_open", [&] {
+  return answer("kpx_c_open"_capi, [&] {
     if (document) *document = nullptr;
     const TextArgument file(path, pathLength);
     if (!document || !file.isValid) return failArgument();
@@ -45,7 +46,7 @@ int32_t kpx_c_open(const kpx_c_unit* path, int32_t pathLength, kpx_c_document** 
 }
 
 int32_t kpx_c_open_bytes(const void* bytes, int64_t byteCount, kpx_c_document** document) {
-  return answer("kpx_c_open_bytes", [&] {
+  return answer("kpx_c_open_bytes"_capi, [&] {
     if (document) *document = nullptr;
     if (!document || byteCount < 0 || byteCount > largestDocument || (byteCount > 0 && !bytes)) {
       return failArgument();
@@ -61,7 +62,7 @@ int32_t kpx_c_open_bytes(const void* bytes, int64_t byteCount, kpx_c_document** 
 }
 
 int32_t kpx_c_save(kpx_c_document* document, const kpx_c_unit* path, int32_t pathLength) {
-  return answer("kpx_c_save", [&] {
+  return answer("kpx_c_save"_capi, [&] {
     if (!isDocument(document)) return failDocument();
     const TextArgument file(path, pathLength);
     if (!file.isValid) return failArgument();
@@ -72,7 +73,7 @@ int32_t kpx_c_save(kpx_c_document* document, const kpx_c_unit* path, int32_t pat
 
 int32_t kpx_c_save_bytes(kpx_c_document* document, void* buffer, int64_t capacity,
                          int64_t* byteCount) {
-  return answer("kpx_c_save_bytes", [&] {
+  return answer("kpx_c_save_bytes"_capi, [&] {
     if (byteCount) *byteCount = 0;
     if (!isDocument(document)) return failDocument();
     if (!byteCount || capacity < 0 || (capacity > 0 && !buffer)) return failArgument();
@@ -87,7 +88,7 @@ int32_t kpx_c_save_bytes(kpx_c_document* document, void* buffer, int64_t capacit
 }
 
 int32_t kpx_c_close(kpx_c_document* document) {
-  return answer("kpx_c_close", [&] {
+  return answer("kpx_c_close"_capi, [&] {
     if (!document) return KPX_C_OK;
     if (!isDocument(document)) return failDocument();
     // So that a second close is told apart, as long as nobody else was given the memory.

@@ -4,21 +4,23 @@
 
 #include "kpx/config/internal/ElementReader.h"
 #include "kpx/config/internal/ElementWriter.h"
+#include "kpx/config/Operations.h"
 #include "kpx/report/Error.h"
 #include "kpx/report/Exceptions.h"
 
 namespace kpx {
 
 CString CFGClass::GetElementName() const {
-  return Guarded("CFGClass::GetElementName", CString(), [] { return CString(u"CFGClass"); });
+  return Guarded("CFGClass::GetElementName"_config, CString(), [] { return CString(u"CFGClass"); });
 }
 
 int CFGClass::serializeXML(CMarkup* document) const {
-  return Guarded("CFGClass::serializeXML", 0, [&] { return detail::addElement(document, *this); });
+  return Guarded("CFGClass::serializeXML"_config, 0,
+                 [&] { return detail::addElement(document, *this); });
 }
 
 int CFGClass::loadByXML(CMarkup* document) {
-  return Guarded("CFGClass::loadByXML", 0, [&] {
+  return Guarded("CFGClass::loadByXML"_config, 0, [&] {
     detail::ElementReader reader(document, *this);
     if (!reader.matches()) return 0;
     reader.header(*this);
@@ -78,7 +80,7 @@ void detail::appendElement(ElementWriter& writer, const CFGClass& object) {
   writer.open();
   writer.reserveColumns(object.Cols.size());
   for (const auto& entry : object.Cols) {
-    appendPart("CFGCol::serializeXML", writer, entry.value);
+    appendPart("CFGCol::serializeXML"_config, writer, entry.value);
   }
   writer.close(object);
 }

@@ -2,20 +2,22 @@
 
 #include "kpx/config/internal/ElementReader.h"
 #include "kpx/config/internal/ElementWriter.h"
+#include "kpx/config/Operations.h"
 #include "kpx/report/Error.h"
 
 namespace kpx {
 
 CString CFGCol::GetElementName() const {
-  return Guarded("CFGCol::GetElementName", CString(), [] { return CString(u"CFGCol"); });
+  return Guarded("CFGCol::GetElementName"_config, CString(), [] { return CString(u"CFGCol"); });
 }
 
 int CFGCol::serializeXML(CMarkup* document) const {
-  return Guarded("CFGCol::serializeXML", 0, [&] { return detail::addElement(document, *this); });
+  return Guarded("CFGCol::serializeXML"_config, 0,
+                 [&] { return detail::addElement(document, *this); });
 }
 
 int CFGCol::loadByXML(CMarkup* document) {
-  return Guarded("CFGCol::loadByXML", 0, [&] {
+  return Guarded("CFGCol::loadByXML"_config, 0, [&] {
     detail::ElementReader reader(document, *this);
     if (!reader.matches()) return 0;
     reader.header(*this);
@@ -50,7 +52,7 @@ void detail::appendElement(ElementWriter& writer, const CFGCol& column) {
   writer.attribute(u" Default=\"", column.Default);
   writer.attribute(u" Unit=\"", column.Unit);
   writer.open();
-  appendPart("CFGValue::serializeXML", writer, column.Value);
+  appendPart("CFGValue::serializeXML"_config, writer, column.Value);
   writer.close(column);
 }
 

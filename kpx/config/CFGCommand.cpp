@@ -2,21 +2,23 @@
 
 #include "kpx/config/internal/ElementReader.h"
 #include "kpx/config/internal/ElementWriter.h"
+#include "kpx/config/Operations.h"
 #include "kpx/report/Error.h"
 
 namespace kpx {
 
 CString CFGCommand::GetElementName() const {
-  return Guarded("CFGCommand::GetElementName", CString(), [] { return CString(u"CFGCommand"); });
+  return Guarded("CFGCommand::GetElementName"_config, CString(),
+                 [] { return CString(u"CFGCommand"); });
 }
 
 int CFGCommand::serializeXML(CMarkup* document) const {
-  return Guarded("CFGCommand::serializeXML", 0,
+  return Guarded("CFGCommand::serializeXML"_config, 0,
                  [&] { return detail::addElement(document, *this); });
 }
 
 int CFGCommand::loadByXML(CMarkup* document) {
-  return Guarded("CFGCommand::loadByXML", 0, [&] {
+  return Guarded("CFGCommand::loadByXML"_config, 0, [&] {
     detail::ElementReader reader(document, *this);
     if (!reader.matches()) return 0;
     reader.header(*this);

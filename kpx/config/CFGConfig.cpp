@@ -4,12 +4,13 @@
 
 #include "kpx/config/internal/ElementReader.h"
 #include "kpx/config/internal/ElementWriter.h"
+#include "kpx/config/Operations.h"
 #include "kpx/report/Error.h"
 
 namespace kpx {
 
 CString CFGConfig::GetElementName() const {
-  return Guarded("CFGConfig::GetElementName", CString(), [&] {
+  return Guarded("CFGConfig::GetElementName"_config, CString(), [&] {
     constexpr std::u16string_view prefix = u"CFGConfig";
     if (Class.Name.StartsWith(prefix)) return Class.Name;
     CString name(prefix);
@@ -19,11 +20,12 @@ CString CFGConfig::GetElementName() const {
 }
 
 int CFGConfig::serializeXML(CMarkup* document) const {
-  return Guarded("CFGConfig::serializeXML", 0, [&] { return detail::addElement(document, *this); });
+  return Guarded("CFGConfig::serializeXML"_config, 0,
+                 [&] { return detail::addElement(document, *this); });
 }
 
 int CFGConfig::loadByXML(CMarkup* document) {
-  return Guarded("CFGConfig::loadByXML", 0, [&] {
+  return Guarded("CFGConfig::loadByXML"_config, 0, [&] {
     detail::ElementReader reader(document, *this);
     if (!reader.matches()) return 0;
     reader.header(*this);
@@ -40,13 +42,13 @@ void CFGConfig::ResetPos() {}
 void CFGConfig::AddSetting(const CString& value, const CString& key, const CString& groupText,
                            std::int32_t type, const CString& caption, std::int32_t param1,
                            std::int32_t prec, std::int32_t param5) {
-  Guarded("CFGConfig::AddSetting", [&] {
+  Guarded("CFGConfig::AddSetting"_config, [&] {
     Class.AddCol(CFGCol(value, key, groupText, type, caption, param1, prec, param5));
   });
 }
 
 void CFGConfig::AddColumn(const CFGCol& column) {
-  Guarded("CFGConfig::AddColumn", [&] { Class.AddCol(column); });
+  Guarded("CFGConfig::AddColumn"_config, [&] { Class.AddCol(column); });
 }
 
 void detail::appendElement(ElementWriter& writer, const CFGConfig& object) {
@@ -54,7 +56,7 @@ void detail::appendElement(ElementWriter& writer, const CFGConfig& object) {
   writer.attribute(u" Name=\"", object.Name);
   writer.attribute(u" ClassID=\"", object.ClassID);
   writer.open();
-  appendPart("CFGClass::serializeXML", writer, object.Class);
+  appendPart("CFGClass::serializeXML"_config, writer, object.Class);
   writer.close(object);
 }
 

@@ -1,5 +1,6 @@
 #include "kpx/config/CFGHeader.h"
 
+#include "kpx/config/Operations.h"
 #include "kpx/report/Error.h"
 
 namespace kpx {
@@ -32,7 +33,7 @@ CFGHeader::CFGHeader() {
 }
 
 void CFGHeader::ResetPos() {
-  Guarded("CFGHeader::ResetPos", [&] {
+  Guarded("CFGHeader::ResetPos"_config, [&] {
     Class.SetKeyCount(0);
     Class.SetKeyAt(0, classKey.text());
     Class.SetKeyAt(1, descriptionKey.text());

@@ -2,20 +2,22 @@
 
 #include "kpx/config/internal/ElementReader.h"
 #include "kpx/config/internal/ElementWriter.h"
+#include "kpx/config/Operations.h"
 #include "kpx/report/Error.h"
 
 namespace kpx {
 
 CString CFGRange::GetElementName() const {
-  return Guarded("CFGRange::GetElementName", CString(), [] { return CString(u"CFGRange"); });
+  return Guarded("CFGRange::GetElementName"_config, CString(), [] { return CString(u"CFGRange"); });
 }
 
 int CFGRange::serializeXML(CMarkup* document) const {
-  return Guarded("CFGRange::serializeXML", 0, [&] { return detail::addElement(document, *this); });
+  return Guarded("CFGRange::serializeXML"_config, 0,
+                 [&] { return detail::addElement(document, *this); });
 }
 
 int CFGRange::loadByXML(CMarkup* document) {
-  return Guarded("CFGRange::loadByXML", 0, [&] {
+  return Guarded("CFGRange::loadByXML"_config, 0, [&] {
     detail::ElementReader reader(document, *this);
     if (!reader.matches()) return 0;
     reader.header(*this);

@@ -2,25 +2,29 @@
 
 #include "kpx/config/internal/ElementReader.h"
 #include "kpx/config/internal/ElementWriter.h"
+#include "kpx/config/Operations.h"
 #include "kpx/report/Error.h"
 
 namespace kpx {
 
 CString CFGRow::GetElementName() const {
-  return Guarded("CFGRow::GetElementName", CString(), [] { return CString(u"CFGRow"); });
+  return Guarded("CFGRow::GetElementName"_config, CString(), [] { return CString(u"CFGRow"); });
 }
 
 int CFGRow::serializeXML(CMarkup* document) const {
-  return Guarded("CFGRow::serializeXML", 0, [&] { return detail::addElement(document, *this); });
+  return Guarded("CFGRow::serializeXML"_config, 0,
+                 [&] { return detail::addElement(document, *this); });
 }
 
 int CFGRow::loadByXML(CMarkup* document) {
-  return Guarded("CFGRow::loadByXML", 0, [&] { return detail::readHeaderOnly(document, *this); });
+  return Guarded("CFGRow::loadByXML"_config, 0,
+                 [&] { return detail::readHeaderOnly(document, *this); });
 }
 
 void CFGRow::AddCell(const CString& value, const CString& key, const CString& category,
                      std::int32_t type, const CString& caption) {
-  Guarded("CFGRow::AddCell", [&] { Cells.set(key, CFGCol(value, key, category, type, caption)); });
+  Guarded("CFGRow::AddCell"_config,
+          [&] { Cells.set(key, CFGCol(value, key, category, type, caption)); });
 }
 
 bool CFGRow::FindCol(const CString& key, CFGCol& cell) const {

@@ -2,32 +2,35 @@
 
 #include "kpx/config/internal/ElementReader.h"
 #include "kpx/config/internal/ElementWriter.h"
+#include "kpx/config/Operations.h"
 #include "kpx/report/Error.h"
 
 namespace kpx {
 
 CString CFGTable::GetElementName() const {
-  return Guarded("CFGTable::GetElementName", CString(), [] { return CString(u"CFGTable"); });
+  return Guarded("CFGTable::GetElementName"_config, CString(), [] { return CString(u"CFGTable"); });
 }
 
 int CFGTable::serializeXML(CMarkup* document) const {
-  return Guarded("CFGTable::serializeXML", 0, [&] { return detail::addElement(document, *this); });
+  return Guarded("CFGTable::serializeXML"_config, 0,
+                 [&] { return detail::addElement(document, *this); });
 }
 
 int CFGTable::loadByXML(CMarkup* document) {
-  return Guarded("CFGTable::loadByXML", 0, [&] { return detail::readHeaderOnly(document, *this); });
+  return Guarded("CFGTable::loadByXML"_config, 0,
+                 [&] { return detail::readHeaderOnly(document, *this); });
 }
 
 void CFGTable::ResetPos() {}
 
 void CFGTable::AddColDef(const CString& value, const CString& key, const CString& category,
                          std::int32_t type, const CString& caption) {
-  Guarded("CFGTable::AddColDef",
+  Guarded("CFGTable::AddColDef"_config,
           [&] { Class.AddCol(CFGCol(value, key, category, type, caption)); });
 }
 
 void CFGTable::AddColumn(const CFGCol& column) {
-  Guarded("CFGTable::AddColumn", [&] { Class.AddCol(column); });
+  Guarded("CFGTable::AddColumn"_config, [&] { Class.AddCol(column); });
 }
 
 bool CFGTable::FindCol(const CString& key, CFGRow& row) const {

@@ -2,20 +2,22 @@
 
 #include "kpx/config/internal/ElementReader.h"
 #include "kpx/config/internal/ElementWriter.h"
+#include "kpx/config/Operations.h"
 #include "kpx/report/Error.h"
 
 namespace kpx {
 
 CString CFGValue::GetElementName() const {
-  return Guarded("CFGValue::GetElementName", CString(), [] { return CString(u"CFGValue"); });
+  return Guarded("CFGValue::GetElementName"_config, CString(), [] { return CString(u"CFGValue"); });
 }
 
 int CFGValue::serializeXML(CMarkup* document) const {
-  return Guarded("CFGValue::serializeXML", 0, [&] { return detail::addElement(document, *this); });
+  return Guarded("CFGValue::serializeXML"_config, 0,
+                 [&] { return detail::addElement(document, *this); });
 }
 
 int CFGValue::loadByXML(CMarkup* document) {
-  return Guarded("CFGValue::loadByXML", 0, [&] {
+  return Guarded("CFGValue::loadByXML"_config, 0, [&] {
     detail::ElementReader reader(document, *this);
     if (!reader.matches()) return 0;
     reader.header(*this);

@@ -4,12 +4,13 @@
 
 #include "kpx/config/internal/ElementReader.h"
 #include "kpx/config/internal/ElementWriter.h"
+#include "kpx/config/Operations.h"
 #include "kpx/report/Error.h"
 
 namespace kpx {
 
 CJob::CJob(const CJob& other) : CJob() {
-  Guarded("CJob::CJob", [&] {
+  Guarded("CJob::CJob"_config, [&] {
     CJob copy;
     copy = other;
     *this = std::move(copy);
@@ -17,15 +18,16 @@ CJob::CJob(const CJob& other) : CJob() {
 }
 
 CString CJob::GetElementName() const {
-  return Guarded("CJob::GetElementName", CString(), [] { return CString(u"CJob"); });
+  return Guarded("CJob::GetElementName"_config, CString(), [] { return CString(u"CJob"); });
 }
 
 int CJob::serializeXML(CMarkup* document) const {
-  return Guarded("CJob::serializeXML", 0, [&] { return detail::addElement(document, *this); });
+  return Guarded("CJob::serializeXML"_config, 0,
+                 [&] { return detail::addElement(document, *this); });
 }
 
 int CJob::loadByXML(CMarkup* document) {
-  return Guarded("CJob::loadByXML", 0, [&] {
+  return Guarded("CJob::loadByXML"_config, 0, [&] {
     detail::ElementReader reader(document, *this);
     if (!reader.matches()) return 0;
     reader.header(*this);

@@ -4,12 +4,13 @@
 
 #include "kpx/config/internal/ElementReader.h"
 #include "kpx/config/internal/ElementWriter.h"
+#include "kpx/config/Operations.h"
 #include "kpx/report/Error.h"
 
 namespace kpx {
 
 CProject::CProject(const CProject& other) : CProject() {
-  Guarded("CProject::CProject", [&] {
+  Guarded("CProject::CProject"_config, [&] {
     CProject copy;
     copy = other;
     *this = std::move(copy);
@@ -17,15 +18,16 @@ CProject::CProject(const CProject& other) : CProject() {
 }
 
 CString CProject::GetElementName() const {
-  return Guarded("CProject::GetElementName", CString(), [] { return CString(u"CProject"); });
+  return Guarded("CProject::GetElementName"_config, CString(), [] { return CString(u"CProject"); });
 }
 
 int CProject::serializeXML(CMarkup* document) const {
-  return Guarded("CProject::serializeXML", 0, [&] { return detail::addElement(document, *this); });
+  return Guarded("CProject::serializeXML"_config, 0,
+                 [&] { return detail::addElement(document, *this); });
 }
 
 int CProject::loadByXML(CMarkup* document) {
-  return Guarded("CProject::loadByXML", 0, [&] {
+  return Guarded("CProject::loadByXML"_config, 0, [&] {
     detail::ElementReader reader(document, *this);
     if (!reader.matches()) return 0;
     reader.header(*this);

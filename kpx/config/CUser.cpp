@@ -4,12 +4,13 @@
 
 #include "kpx/config/internal/ElementReader.h"
 #include "kpx/config/internal/ElementWriter.h"
+#include "kpx/config/Operations.h"
 #include "kpx/report/Error.h"
 
 namespace kpx {
 
 CUser::CUser(const CUser& other) : CUser() {
-  Guarded("CUser::CUser", [&] {
+  Guarded("CUser::CUser"_config, [&] {
     CUser copy;
     copy = other;
     *this = std::move(copy);
@@ -17,15 +18,16 @@ CUser::CUser(const CUser& other) : CUser() {
 }
 
 CString CUser::GetElementName() const {
-  return Guarded("CUser::GetElementName", CString(), [] { return CString(u"CUser"); });
+  return Guarded("CUser::GetElementName"_config, CString(), [] { return CString(u"CUser"); });
 }
 
 int CUser::serializeXML(CMarkup* document) const {
-  return Guarded("CUser::serializeXML", 0, [&] { return detail::addElement(document, *this); });
+  return Guarded("CUser::serializeXML"_config, 0,
+                 [&] { return detail::addElement(document, *this); });
 }
 
 int CUser::loadByXML(CMarkup* document) {
-  return Guarded("CUser::loadByXML", 0, [&] {
+  return Guarded("CUser::loadByXML"_config, 0, [&] {
     detail::ElementReader reader(document, *this);
     if (!reader.matches()) return 0;
     reader.header(*this);

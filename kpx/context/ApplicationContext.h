@@ -24,7 +24,7 @@ class CFGSystemSettings;
 // The application sets it on its main thread, during start-up and when the project changes; nothing
 // is locked. Other threads may read while nobody sets. Until something is set, texts and records
 // are empty, numbers 0 and pointers nullptr, and no memory is used. Getters and setters that run
-// out of memory report their number (910331 to 910357, see ErrorTable.h); a getter then answers the
+// out of memory report their number (910331 to 910357, see Operations.h); a getter then answers the
 // empty value, and a setter leaves the old one.
 
 /// The name that users know the application by: the caption of message boxes and window titles.

@@ -10,7 +10,7 @@
 #include "kpx/context/Trace.h"
 #include "kpx/platform/FileSystem.h"
 #include "kpx/platform/Folders.h"
-#include "kpx/support/LanguageFile.h"
+#include "kpx/support/texts/LanguageFile.h"
 #include "kpx/text/NumberText.h"
 #include "kpx/text/TextTools.h"
 

@@ -12,12 +12,13 @@
 #include "kpx/context/internal/FoundFolder.h"
 #include "kpx/context/internal/LogLine.h"
 #include "kpx/context/internal/ReportTemplates.h"
+#include "kpx/context/Operations.h"
 #include "kpx/context/Switches.h"
 #include "kpx/platform/Environment.h"
 #include "kpx/platform/ExclusiveFile.h"
 #include "kpx/platform/MessageBox.h"
 #include "kpx/platform/Registry.h"
-#include "kpx/support/TextTemplate.h"
+#include "kpx/support/texts/TextTemplate.h"
 #include "kpx/text/Formatter.h"
 #include "kpx/text/TextTools.h"
 
@@ -128,7 +129,7 @@ milliseconds setLogPatience(milliseconds wanted) noexcept {
 }
 
 int detail::messageBox(std::int32_t style, const TextArg& format, const FormatArgs& args) {
-  return Guarded("utlMessageBox", MessageBoxAnswer::none, [&] {
+  return Guarded("utlMessageBox"_context, MessageBoxAnswer::none, [&] {
     MessageBoxRequest request;
     const TextUnits units(format);
     if (appendFormatted(request.text.units(), units, args) < 0) request.text.Assign(units.view());
@@ -140,16 +141,17 @@ int detail::messageBox(std::int32_t style, const TextArg& format, const FormatAr
 }
 
 void kpxShowSoccetErrorMessage(const CString& text, std::int32_t code) {
-  Guarded("kpxShowSoccetErrorMessage",
+  Guarded("kpxShowSoccetErrorMessage"_context,
           [&] { utlMessageBox(MessageBoxStyle::information, u"%s", systemFailure(text, code)); });
 }
 
 void kpxShowSystemErrorMessage(const CString& text) {
-  Guarded("kpxShowSystemErrorMessage", [&] { utlMessageBox(MessageBoxStyle::error, u"%s", text); });
+  Guarded("kpxShowSystemErrorMessage"_context,
+          [&] { utlMessageBox(MessageBoxStyle::error, u"%s", text); });
 }
 
 void kpxShowSystemErrorMessage(const CString& text, std::int32_t code) {
-  Guarded("kpxShowSystemErrorMessage",
+  Guarded("kpxShowSystemErrorMessage"_context,
           [&] { utlMessageBox(MessageBoxStyle::error, u"%s", systemFailure(text, code)); });
 }
 

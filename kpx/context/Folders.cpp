@@ -6,12 +6,13 @@
 #include "kpx/context/internal/ContextState.h"
 #include "kpx/context/internal/FoundFolder.h"
 #include "kpx/context/internal/SettingsValue.h"
+#include "kpx/context/Operations.h"
 #include "kpx/context/Trace.h"
 #include "kpx/platform/Environment.h"
 #include "kpx/platform/FileSystem.h"
 #include "kpx/platform/Folders.h"
 #include "kpx/report/Error.h"
-#include "kpx/support/CIniEx.h"
+#include "kpx/support/ini/CIniEx.h"
 #include "kpx/text/TextTools.h"
 
 namespace kpx {
@@ -90,7 +91,7 @@ FoundFolder detail::findSystemFolderOrIni() {
 }
 
 CString kpxGetProgPath() {
-  return Guarded("kpxGetProgPath", CString(), [] {
+  return Guarded("kpxGetProgPath"_context, CString(), [] {
     FoundFolder found = detail::findProgramFolder();
     if (!found.path.IsEmpty() && found.source != FolderSource::setByProgram) {
       detail::programFolder.keep(found.path);
@@ -100,11 +101,11 @@ CString kpxGetProgPath() {
 }
 
 void kpxSetProgPath(const CString& path) {
-  Guarded("kpxSetProgPath", [&] { detail::programFolder.set(path); });
+  Guarded("kpxSetProgPath"_context, [&] { detail::programFolder.set(path); });
 }
 
 CString kpxGetSystemPath() {
-  return Guarded("kpxGetSystemPath", CString(), [] {
+  return Guarded("kpxGetSystemPath"_context, CString(), [] {
     FoundFolder found = detail::findSystemFolder();
     if (!found.path.IsEmpty() && found.source != FolderSource::setByProgram) {
       detail::systemFolder.keep(found.path);
@@ -114,16 +115,16 @@ CString kpxGetSystemPath() {
 }
 
 void kpxSetSystemPath(const CString& path) {
-  Guarded("kpxSetSystemPath", [&] { detail::systemFolder.set(path); });
+  Guarded("kpxSetSystemPath"_context, [&] { detail::systemFolder.set(path); });
 }
 
 CString kpxGetSystemPathFromRegistryOrIniFile() {
-  return Guarded("kpxGetSystemPathFromRegistryOrIniFile", CString(),
+  return Guarded("kpxGetSystemPathFromRegistryOrIniFile"_context, CString(),
                  [] { return detail::findSystemFolderOrIni().path; });
 }
 
 CString kpxGetCurrentProjectPath() {
-  return Guarded("kpxGetCurrentProjectPath", CString(), [] {
+  return Guarded("kpxGetCurrentProjectPath"_context, CString(), [] {
     const detail::ContextState* const state = detail::contextState();
     if (!state) return CString();
     if (detail::isAbsolutePath(state->project.Path)) return state->project.Path;
@@ -133,19 +134,19 @@ CString kpxGetCurrentProjectPath() {
 }
 
 CString kpxGetComputerName() {
-  return Guarded("kpxGetComputerName", CString(), [] { return computerName(); });
+  return Guarded("kpxGetComputerName"_context, CString(), [] { return computerName(); });
 }
 CString kpxGetUserName() {
-  return Guarded("kpxGetUserName", CString(), [] { return userName(); });
+  return Guarded("kpxGetUserName"_context, CString(), [] { return userName(); });
 }
 CString kpxGetUserHomePath() {
-  return Guarded("kpxGetUserHomePath", CString(), [] { return userHomeFolder(); });
+  return Guarded("kpxGetUserHomePath"_context, CString(), [] { return userHomeFolder(); });
 }
 CString kpxGetUserAppDataPath() {
-  return Guarded("kpxGetUserAppDataPath", CString(), [] { return userDataFolder(); });
+  return Guarded("kpxGetUserAppDataPath"_context, CString(), [] { return userDataFolder(); });
 }
 CString kpxGetCommonAppDataPath() {
-  return Guarded("kpxGetCommonAppDataPath", CString(), [] { return commonDataFolder(); });
+  return Guarded("kpxGetCommonAppDataPath"_context, CString(), [] { return commonDataFolder(); });
 }
 
 std::int32_t kpxGetMemSizeMB() noexcept {
@@ -155,7 +156,7 @@ std::int32_t kpxGetMemSizeMB() noexcept {
 }
 
 std::int64_t kpxGetFileSize(const CString& path) {
-  return Guarded("kpxGetFileSize", std::int64_t{0}, [&] {
+  return Guarded("kpxGetFileSize"_context, std::int64_t{0}, [&] {
     std::unique_ptr<InputFile> file;
     return fileSystem().openInput(path, file) ? static_cast<std::int64_t>(file->size())
                                               : std::int64_t{0};

@@ -4,7 +4,7 @@
 #include "kpx/context/Switches.h"
 #include "kpx/context/Trace.h"
 #include "kpx/report/Error.h"
-#include "kpx/support/CKpxBaseObjectsUtil.h"
+#include "kpx/support/files/CKpxBaseObjectsUtil.h"
 
 // What happens when the library is loaded, and undone in reverse when it is unloaded. The low
 // layers hold pointers to whoever knows more; here they are set, and nowhere else.

@@ -8,10 +8,10 @@
 #include "kpx/context/internal/ReportTemplates.h"
 #include "kpx/platform/Clock.h"
 #include "kpx/platform/ExclusiveFile.h"
-#include "kpx/support/TextTemplate.h"
+#include "kpx/support/texts/TextTemplate.h"
 #include "kpx/text/Formatter.h"
-#include "kpx/text/internal/Utf8Sequence.h"
 #include "kpx/text/Utf.h"
+#include "kpx/text/Utf8Sequence.h"
 
 namespace kpx::detail {
 namespace {

@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "kpx/context/internal/SettingsValue.h"
+#include "kpx/context/Operations.h"
 #include "kpx/report/Error.h"
 #include "kpx/text/NumberText.h"
 
@@ -55,28 +56,28 @@ detail::SettingsValue detail::readSettingsValue(std::u16string_view subkey, cons
   return found;
 }
 
-int kpxIsTracing() { return isOn("kpxIsTracing", u"Tracing"); }
-int kpxIsTestMode() { return isOn("kpxIsTestMode", u"TestMode"); }
-int kpxShowKPXErrorMessages() { return isOn("kpxShowKPXErrorMessages", u"ErrorMessage"); }
+int kpxIsTracing() { return isOn("kpxIsTracing"_context, u"Tracing"); }
+int kpxIsTestMode() { return isOn("kpxIsTestMode"_context, u"TestMode"); }
+int kpxShowKPXErrorMessages() { return isOn("kpxShowKPXErrorMessages"_context, u"ErrorMessage"); }
 int kpxShowConnectingPointsAsHelp() {
-  return isOn("kpxShowConnectingPointsAsHelp", u"ShowConnectingPoints");
+  return isOn("kpxShowConnectingPointsAsHelp"_context, u"ShowConnectingPoints");
 }
 int kpxGetKPXSettingAskOverwriteCells() {
-  return isOn("kpxGetKPXSettingAskOverwriteCells", u"OverwriteCells");
+  return isOn("kpxGetKPXSettingAskOverwriteCells"_context, u"OverwriteCells");
 }
 
 CString kpxGetKPXSettingFromRegistry(const CString& name, const CString& missing) {
-  return Guarded("kpxGetKPXSettingFromRegistry", CString(),
+  return Guarded("kpxGetKPXSettingFromRegistry"_context, CString(),
                  [&] { return orMissing(detail::readSettingsValue({}, name), missing); });
 }
 
 CString kpxGetDataFromRegistry(const CString& subkey, const CString& name, const CString& missing) {
-  return Guarded("kpxGetDataFromRegistry", CString(),
+  return Guarded("kpxGetDataFromRegistry"_context, CString(),
                  [&] { return orMissing(detail::readSettingsValue(subkey, name), missing); });
 }
 
 int kpxSetDataToRegistry(const CString& subkey, const CString& name, const CString& text) {
-  return Guarded("kpxSetDataToRegistry", 0, [&] {
+  return Guarded("kpxSetDataToRegistry"_context, 0, [&] {
     std::unique_ptr<RegistryKey> key;
     return registry().create(RegistryRoot::currentUser, keyPath(subkey), RegistryAccess::readWrite,
                              key) &&

@@ -6,13 +6,14 @@
 #include "kpx/context/ApplicationContext.h"
 #include "kpx/context/Folders.h"
 #include "kpx/context/internal/SettingsValue.h"
+#include "kpx/context/Operations.h"
 #include "kpx/platform/FileSystem.h"
 #include "kpx/report/Error.h"
 #include "kpx/report/Trace.h"
 #include "kpx/settings/CFGProjectSettingsIntern.h"
-#include "kpx/support/internal/ZipNames.h"
-#include "kpx/support/LanguageFile.h"
-#include "kpx/support/TextStore.h"
+#include "kpx/support/texts/LanguageFile.h"
+#include "kpx/support/texts/TextStore.h"
+#include "kpx/text/PortableName.h"
 #include "kpx/text/TextTools.h"
 
 namespace kpx {
@@ -56,27 +57,24 @@ CString nameInFolder(const CString& folder, const CString& name) {
 }  // namespace
 
 CString chosenLanguage() {
-  return Guarded("chosenLanguage", CString(),
+  return Guarded("chosenLanguage"_context, CString(),
                  [] { return detail::readSettingsValue({}, u"Language").text; });
 }
 
 CString languageFileName(const CString& language) {
-  return Guarded("languageFileName", CString(), [&] {
+  return Guarded("languageFileName"_context, CString(), [&] {
     const int open = language.Find(u'[');
     if (open < 0) return CString();
     CString name = language.Mid(open + 1);
     name.Remove(u']');
     name.Trim();
-    // What may not leave the folder of an archive may not leave this one.
-    CString path;
-    const bool staysInside =
-        name.FindOneOf(u"/\\") < 0 && detail::zipEntryPath(name, path) == ZipStatus::done;
-    return staysInside ? name : CString();
+    // A setting must not lead out of the folder of the language files.
+    return portableNameProblem(name) == NameProblem::none ? name : CString();
   });
 }
 
 std::vector<CString> languageFiles(const CString& language) {
-  return Guarded("languageFiles", std::vector<CString>(), [&] {
+  return Guarded("languageFiles"_context, std::vector<CString>(), [&] {
     const CString chosen = CString(language).Trim();
     std::vector<CString> files;
     if (chosen.IsEmpty() || chosen == german) return files;
@@ -90,7 +88,7 @@ std::vector<CString> languageFiles(const CString& language) {
 }
 
 CString textFolder() {
-  return Guarded("textFolder", CString(), [] {
+  return Guarded("textFolder"_context, CString(), [] {
     const CString programs = kpxGetProgPath();
     // Without a program folder, the current folder is nobody's place for texts.
     return programs.IsEmpty() ? CString() : joinPath(programs, u"MLT");
@@ -98,7 +96,7 @@ CString textFolder() {
 }
 
 CString languageFilePath(const CString& name) {
-  return Guarded("languageFilePath", CString(), [&] {
+  return Guarded("languageFilePath"_context, CString(), [&] {
     const CString folder = textFolder();
     if (folder.IsEmpty() || name.IsEmpty()) return CString();
     return joinPath(folder, nameInFolder(folder, name));
@@ -107,7 +105,7 @@ CString languageFilePath(const CString& name) {
 
 void useProjectWording(bool isAlkis) {
   if (!isAlkis) return;
-  Guarded("useProjectWording", [] {
+  Guarded("useProjectWording"_context, [] {
     const GuardWatch watch;
     for (const Wording& wording : alkisWording) AddMLT(wording.id, CString(wording.text));
     watch.passOn();
@@ -115,7 +113,7 @@ void useProjectWording(bool isAlkis) {
 }
 
 int initTexts(const CString& language) {
-  return Guarded("InitMLT", 0, [&] {
+  return Guarded("InitMLT"_context, 0, [&] {
     const GuardWatch watch;
     fillTexts(language);
     watch.passOn();
@@ -125,7 +123,7 @@ int initTexts(const CString& language) {
 
 int InitMLT() {
   const TraceScope trace("InitMLT");
-  return Guarded("InitMLT", 0, [] {
+  return Guarded("InitMLT"_context, 0, [] {
     const GuardWatch watch;
     fillTexts(chosenLanguage());
     watch.passOn();

@@ -6,6 +6,7 @@
 #include <new>
 #include <string>
 
+#include "kpx/context/Operations.h"
 #include "kpx/platform/Clock.h"
 #include "kpx/platform/ExclusiveFile.h"
 #include "kpx/platform/Folders.h"
@@ -36,7 +37,7 @@ void traceScope(const char* name, bool entering) noexcept {
 }  // namespace
 
 CString traceFilePath() {
-  return Guarded("traceFilePath", CString(), [] {
+  return Guarded("traceFilePath"_context, CString(), [] {
     CString folder(sharedDebugFolder);
     if (folder.IsEmpty()) {
       folder = userDataFolder();

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "kpx/domain/Operations.h"
 #include "kpx/report/Error.h"
 
 namespace kpx {
@@ -18,14 +19,14 @@ CAaaAreaCalcResultCache& CAaaAreaCalcResultCache::operator=(const CAaaAreaCalcRe
 
 void CAaaAreaCalcResultCache::add(const CString& key, double result1, double result2,
                                   double result3) noexcept {
-  Guarded("CAaaAreaCalcResultCache::add", [&] {
+  Guarded("CAaaAreaCalcResultCache::add"_domain, [&] {
     results_.set(key, {result1, result2, result3, key});
   });
 }
 
 int CAaaAreaCalcResultCache::getAt(std::int32_t index, CString* key, double* result1,
                                    double* result2, double* result3) const noexcept {
-  return Guarded("CAaaAreaCalcResultCache::getAt", 0, [&] {
+  return Guarded("CAaaAreaCalcResultCache::getAt"_domain, 0, [&] {
     if (!key || !result1 || !result2 || !result3) return 0;
     if (index < 0 || static_cast<std::size_t>(index) >= results_.size()) return 0;
     const CAaaAreaCalcResult& result = results_.entryAt(static_cast<std::size_t>(index)).value;
@@ -39,12 +40,12 @@ int CAaaAreaCalcResultCache::getAt(std::int32_t index, CString* key, double* res
 }
 
 int CAaaAreaCalcResultCache::getCount() const noexcept {
-  return Guarded("CAaaAreaCalcResultCache::getCount", 0,
+  return Guarded("CAaaAreaCalcResultCache::getCount"_domain, 0,
                  [&] { return static_cast<int>(results_.size()); });
 }
 
 void CAaaAreaCalcResultCache::removeAll() noexcept {
-  Guarded("CAaaAreaCalcResultCache::removeAll", [&] { results_.clear(); });
+  Guarded("CAaaAreaCalcResultCache::removeAll"_domain, [&] { results_.clear(); });
 }
 
 }  // namespace kpx

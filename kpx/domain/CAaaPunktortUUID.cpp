@@ -1,7 +1,8 @@
 #include "kpx/domain/CAaaPunktortUUID.h"
 
+#include "kpx/domain/Operations.h"
 #include "kpx/report/Error.h"
-#include "kpx/text/internal/HexDigit.h"
+#include "kpx/text/HexDigit.h"
 
 namespace kpx {
 namespace {
@@ -35,7 +36,7 @@ bool CAaaPunktortUUID::fromText(std::u16string_view text, CAaaPunktortUUID& uuid
 }
 
 CString CAaaPunktortUUID::text() const {
-  return Guarded("CAaaPunktortUUID::text", CString(), [&] {
+  return Guarded("CAaaPunktortUUID::text"_domain, CString(), [&] {
     char16_t units[textLength];
     std::uint64_t high = high_;
     std::uint64_t low = low_;

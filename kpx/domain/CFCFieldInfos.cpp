@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "kpx/domain/Operations.h"
 #include "kpx/report/Error.h"
 #include "kpx/report/Exceptions.h"
 
@@ -14,7 +15,7 @@ CFCFieldInfos::~CFCFieldInfos() = default;
 void CFCFieldInfo::Empty() noexcept { *this = CFCFieldInfo(); }
 
 void CFCFieldInfos::Add(const CString& kind, const CFCFieldInfo& info) noexcept {
-  Guarded("CFCFieldInfos::Add", [&] {
+  Guarded("CFCFieldInfos::Add"_domain, [&] {
     Arts.push_back(kind);
     try {
       Infos.push_back(info);
@@ -26,7 +27,7 @@ void CFCFieldInfos::Add(const CString& kind, const CFCFieldInfo& info) noexcept 
 }
 
 bool CFCFieldInfos::GetAt(std::int32_t index, CFCFieldInfo& info) const noexcept {
-  return Guarded("CFCFieldInfos::GetAt", false, [&] {
+  return Guarded("CFCFieldInfos::GetAt"_domain, false, [&] {
     if (index < 0) throw InvalidArgException();
     const auto at = static_cast<std::size_t>(index);
     if (at >= Infos.size()) return false;
@@ -37,11 +38,12 @@ bool CFCFieldInfos::GetAt(std::int32_t index, CFCFieldInfo& info) const noexcept
 }
 
 int CFCFieldInfos::GetCount() const noexcept {
-  return Guarded("CFCFieldInfos::GetCount", 0, [&] { return static_cast<int>(Infos.size()); });
+  return Guarded("CFCFieldInfos::GetCount"_domain, 0,
+                 [&] { return static_cast<int>(Infos.size()); });
 }
 
 int CFCFieldInfos::GetCountArt(const CString& kind) const noexcept {
-  return Guarded("CFCFieldInfos::GetCountArt", 0, [&] {
+  return Guarded("CFCFieldInfos::GetCountArt"_domain, 0, [&] {
     if (Arts.size() < Infos.size()) throw InvalidArgException();
     int count = 0;
     for (std::size_t i = 0; i < Infos.size(); ++i) count += Arts[i] == kind ? 1 : 0;
@@ -50,7 +52,7 @@ int CFCFieldInfos::GetCountArt(const CString& kind) const noexcept {
 }
 
 bool CFCFieldInfos::GetAllByArt(const CString& kind, CFCFieldInfos& found) const noexcept {
-  return Guarded("CFCFieldInfos::GetAllByArt", false, [&] {
+  return Guarded("CFCFieldInfos::GetAllByArt"_domain, false, [&] {
     if (Infos.size() != Arts.size()) return false;
     // Put together first: the target, or a kind that is one of its texts, may be emptied by then.
     CFCFieldInfos all;
@@ -66,7 +68,7 @@ bool CFCFieldInfos::GetAllByArt(const CString& kind, CFCFieldInfos& found) const
 }
 
 void CFCFieldInfos::RemoveAll() noexcept {
-  Guarded("CFCFieldInfos::RemoveAll", [&] {
+  Guarded("CFCFieldInfos::RemoveAll"_domain, [&] {
     Infos.clear();
     Arts.clear();
   });

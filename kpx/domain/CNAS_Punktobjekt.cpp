@@ -10,6 +10,7 @@
 
 #include "kpx/config/internal/ElementReader.h"
 #include "kpx/config/internal/ElementWriter.h"
+#include "kpx/domain/Operations.h"
 #include "kpx/report/Error.h"
 #include "kpx/report/Exceptions.h"
 #include "kpx/xml/CMarkup.h"
@@ -189,11 +190,12 @@ void CNAS_Punktobjekt::Empty() noexcept {
 }
 
 CString CNAS_Punktobjekt::getClassName() const {
-  return Guarded("CNAS_Punktobjekt::getClassName", CString(), [] { return CString(className); });
+  return Guarded("CNAS_Punktobjekt::getClassName"_domain, CString(),
+                 [] { return CString(className); });
 }
 
 int CNAS_Punktobjekt::serializeXML(CMarkup* document) const {
-  return Guarded("CNAS_Punktobjekt::serializeXML", 0, [&] {
+  return Guarded("CNAS_Punktobjekt::serializeXML"_domain, 0, [&] {
     if (!document || !hasPlace(*document)) return 0;
     // One text for the whole element: setting attribute by attribute would move the rest of the
     // document's text for each of them.
@@ -224,7 +226,7 @@ int CNAS_Punktobjekt::serializeXML(CMarkup* document) const {
 }
 
 int CNAS_Punktobjekt::loadByXML(CMarkup* document) {
-  return Guarded("CNAS_Punktobjekt::loadByXML", 0, [&] {
+  return Guarded("CNAS_Punktobjekt::loadByXML"_domain, 0, [&] {
     if (!document) return 0;
     const GuardWatch watch;
     const CString name(className);
@@ -289,7 +291,7 @@ bool CNAS_Punktobjekt::hasProperty(int index) const noexcept {
 }
 
 int CNAS_Punktobjekt::sonstigeEigenschaftenAdd(const CString& property) {
-  return Guarded("CNAS_Punktobjekt::sonstigeEigenschaftenAdd", 0, [&] {
+  return Guarded("CNAS_Punktobjekt::sonstigeEigenschaftenAdd"_domain, 0, [&] {
     CString trimmed = property;
     trimmed.Trim();
     if (trimmed.IsEmpty()) return 0;
@@ -301,7 +303,7 @@ int CNAS_Punktobjekt::sonstigeEigenschaftenAdd(const CString& property) {
 }
 
 int CNAS_Punktobjekt::sonstigeEigenschaftenCopy(const CNAS_Punktobjekt* source) {
-  return Guarded("CNAS_Punktobjekt::sonstigeEigenschaftenCopy", 0, [&] {
+  return Guarded("CNAS_Punktobjekt::sonstigeEigenschaftenCopy"_domain, 0, [&] {
     if (!source) return 0;
     detail::PropertyList copy = source->sonstigeEigenschaften_;
     sonstigeEigenschaften_ = std::move(copy);
@@ -311,13 +313,13 @@ int CNAS_Punktobjekt::sonstigeEigenschaftenCopy(const CNAS_Punktobjekt* source) 
 
 CString CNAS_Punktobjekt::sonstigeEigenschaftenGetAt(int index) const {
   if (!hasProperty(index)) throw InvalidArgException();
-  return Guarded("CNAS_Punktobjekt::sonstigeEigenschaftenGetAt", CString(),
+  return Guarded("CNAS_Punktobjekt::sonstigeEigenschaftenGetAt"_domain, CString(),
                  [&] { return sonstigeEigenschaften_.texts()[static_cast<std::size_t>(index)]; });
 }
 
 int CNAS_Punktobjekt::sonstigeEigenschaftenSetAt(int index, const CString& property) {
   if (!hasProperty(index)) throw InvalidArgException();
-  return Guarded("CNAS_Punktobjekt::sonstigeEigenschaftenSetAt", 0, [&] {
+  return Guarded("CNAS_Punktobjekt::sonstigeEigenschaftenSetAt"_domain, 0, [&] {
     CString copy = property;
     sonstigeEigenschaften_.set(static_cast<std::size_t>(index), std::move(copy));
     return 1;
@@ -331,7 +333,7 @@ int CNAS_Punktobjekt::sonstigeEigenschaftenGetSize() const noexcept {
 void CNAS_Punktobjekt::sonstigeEigenschaftenRemoveAll() noexcept { sonstigeEigenschaften_.clear(); }
 
 CString CNAS_Punktobjekt::sonstigeEigenschaftenGetAsText() {
-  return Guarded("CNAS_Punktobjekt::sonstigeEigenschaftenGetAsText", CString(), [&] {
+  return Guarded("CNAS_Punktobjekt::sonstigeEigenschaftenGetAsText"_domain, CString(), [&] {
     sonstigeEigenschaften_.sort(isBefore);
     CString text;
     std::u16string_view divider;

@@ -2,6 +2,7 @@
 
 #include <unordered_map>
 
+#include "kpx/domain/Operations.h"
 #include "kpx/report/Error.h"
 
 namespace kpx {
@@ -18,7 +19,7 @@ Map& pointLocations() noexcept {
 }  // namespace
 
 int kpxCoordAndHeightIDs2POIDsSetAt(std::int32_t coordAndHeightID, CAaaPunktortUUID uuid) {
-  return Guarded("kpxCoordAndHeightIDs2POIDsSetAt", 0, [&] {
+  return Guarded("kpxCoordAndHeightIDs2POIDsSetAt"_domain, 0, [&] {
     pointLocations().insert_or_assign(coordAndHeightID, uuid);
     return 1;
   });

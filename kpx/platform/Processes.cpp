@@ -1,18 +1,19 @@
 #include "kpx/platform/Processes.h"
 
+#include "kpx/platform/Operations.h"
 #include "kpx/report/Error.h"
 #include "kpx/text/CaseFold.h"
 
 namespace kpx {
 
 std::vector<ProcessInfo> findProcesses(const CString& name) {
-  return Guarded("findProcesses", std::vector<ProcessInfo>(),
+  return Guarded("findProcesses"_platform, std::vector<ProcessInfo>(),
                  [&] { return detail::systemProcesses(name); });
 }
 
 int endProcesses(const CString& name) {
   int ended = 0;
-  Guarded("endProcesses", [&] {
+  Guarded("endProcesses"_platform, [&] {
     for (const ProcessInfo& process : detail::systemProcesses(name)) {
       ended += endProcess(process.id) ? 1 : 0;
     }

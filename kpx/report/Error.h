@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <utility>
 
-#include "kpx/report/ErrorTable.h"
 #include "kpx/report/Export.h"
+#include "kpx/report/OperationNumber.h"
 
 namespace kpx {
 
@@ -55,7 +55,7 @@ KPX_API void guardCaught(OperationNumber operation) noexcept;
 /// Runs `body` and returns its result. When it throws, whatever it throws, the failure is
 /// reported under the number of the operation and `neutral` is returned:
 ///
-///     return Guarded("CFGCol::serializeXML", 0, [&] { ... });
+///     return Guarded("CFGCol::serializeXML"_config, 0, [&] { ... });
 template <class Result, class Body>
 Result Guarded(OperationNumber operation, Result neutral, Body&& body) {
   try {

@@ -6,10 +6,10 @@
 #include <limits>
 
 #include "kpx/text/internal/NumberPieces.h"
-#include "kpx/text/internal/PrintDirective.h"
 #include "kpx/text/internal/TextSink.h"
-#include "kpx/text/internal/Utf8Sequence.h"
+#include "kpx/text/PrintDirective.h"
 #include "kpx/text/Utf.h"
+#include "kpx/text/Utf8Sequence.h"
 
 namespace kpx::detail {
 namespace {

@@ -13,6 +13,7 @@
 #include "kpx/text/internal/NumberPieces.h"
 #include "kpx/text/internal/PowersOfTen.h"
 #include "kpx/text/internal/RealParser.h"
+#include "kpx/text/Operations.h"
 
 namespace kpx {
 namespace {
@@ -208,9 +209,9 @@ double kpxRunde(double value, int decimals) noexcept {
 
 CString utlDoubleAsText(double value, int decimals, char16_t separator) {
   if (ShortText text; writeFast(text, value, decimals, separator)) {
-    return Guarded("utlDoubleAsText", CString(), [&] { return CString(text.view()); });
+    return Guarded("utlDoubleAsText"_text, CString(), [&] { return CString(text.view()); });
   }
-  return Guarded("utlDoubleAsText", CString(),
+  return Guarded("utlDoubleAsText"_text, CString(),
                  [&] { return slowText(value, decimals, separator); });
 }
 
@@ -221,7 +222,7 @@ CString doubleAsText(double value, int decimals, char16_t separator) {
 }
 
 void doubleAsTextInto(CString& out, double value, int decimals, char16_t separator) {
-  Reported("utlDoubleAsText", [&] {
+  Reported("utlDoubleAsText"_text, [&] {
     if (ShortText text; writeFast(text, value, decimals, separator)) {
       out.Assign(text.view());
     } else {
@@ -243,7 +244,7 @@ std::u16string_view writeLong(ShortText& text, std::int32_t value) noexcept {
 }  // namespace
 
 CString utlLongAsText(std::int32_t value) {
-  return Guarded("utlLongAsText", CString(), [&] { return longAsText(value); });
+  return Guarded("utlLongAsText"_text, CString(), [&] { return longAsText(value); });
 }
 
 CString longAsText(std::int32_t value) {
@@ -286,7 +287,7 @@ double utlTextAsDouble(const CString& text) noexcept { return textAsDouble(text.
 
 double utlTextAsDoubleDecimal(const CString& text, char16_t separator) {
   if (text.view() == undefinedNumberText) return undefinedNumber;
-  return Guarded("utlTextAsDoubleDecimal", 0.0, [&] {
+  return Guarded("utlTextAsDoubleDecimal"_text, 0.0, [&] {
     CString joined = text;
     const int place = joined.Find(separator);
     if (place >= 0) joined.SetAt(place, u',');

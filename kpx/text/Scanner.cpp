@@ -6,9 +6,9 @@
 #include <string>
 
 #include "kpx/text/CString.h"
-#include "kpx/text/internal/LengthModifier.h"
 #include "kpx/text/internal/RealParser.h"
 #include "kpx/text/internal/ScanSet.h"
+#include "kpx/text/LengthModifier.h"
 #include "kpx/text/Utf.h"
 
 namespace kpx::detail {

@@ -4,7 +4,7 @@
 #include <iterator>
 
 #include "kpx/text/CodePage.h"
-#include "kpx/text/internal/UnitKernels.h"
+#include "kpx/text/UnitKernels.h"
 
 namespace kpx {
 

@@ -9,6 +9,7 @@
 #include "kpx/report/Error.h"
 #include "kpx/text/CaseFold.h"
 #include "kpx/text/NumberText.h"
+#include "kpx/text/Operations.h"
 #include "kpx/text/Wildcards.h"
 
 namespace kpx {
@@ -60,18 +61,18 @@ int kpxHasWildcard(const CString& text) noexcept {
 }
 
 int kpxMatchWildcardString(const CString& text, const CString& pattern) {
-  return Guarded("kpxMatchWildcardString", 0,
+  return Guarded("kpxMatchWildcardString"_text, 0,
                  [&] { return matchesWildcards(text, pattern) ? 1 : 0; });
 }
 
 void kpxRtfEncode(CString& text) {
-  Guarded("kpxRtfEncode", [&] {
+  Guarded("kpxRtfEncode"_text, [&] {
     if (std::any_of(text.begin(), text.end(), needsRtfEscape)) text.units() = rtfText(text);
   });
 }
 
 void kpxUTF8Encode(CString& text) {
-  Guarded("kpxUTF8Encode", [&] {
+  Guarded("kpxUTF8Encode"_text, [&] {
     const std::string bytes = text.utf8();
     // Growing keeps the text if there is no memory for it.
     text.units().resize(bytes.size());
@@ -82,17 +83,18 @@ void kpxUTF8Encode(CString& text) {
 
 CString UTF8to16(const char* bytes, int length) {
   if (!bytes || length <= 0) return {};
-  return Guarded("UTF8to16", CString(), [&] {
+  return Guarded("UTF8to16"_text, CString(), [&] {
     return CString::fromUtf8({bytes, static_cast<std::size_t>(length)});
   });
 }
 
 CString UTF8to16(const char* text) {
-  return Guarded("UTF8to16", CString(), [&] { return text ? CString::fromUtf8(text) : CString(); });
+  return Guarded("UTF8to16"_text, CString(),
+                 [&] { return text ? CString::fromUtf8(text) : CString(); });
 }
 
 CString kpxChangeFormat(const CString& text, const CString& from, const CString& to) {
-  return Guarded("kpxChangeFormat", CString(), [&] {
+  return Guarded("kpxChangeFormat"_text, CString(), [&] {
     CString changed(text);
     changed.Replace(from, to);
     return changed;

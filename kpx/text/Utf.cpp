@@ -4,7 +4,7 @@
 #include <bit>
 #include <cstring>
 
-#include "kpx/text/internal/Utf8Sequence.h"
+#include "kpx/text/Utf8Sequence.h"
 
 #if defined(__SSE2__) || defined(_M_X64)
 #define KPX_TEXT_SSE2

@@ -5,6 +5,7 @@
 
 #include "kpx/report/Error.h"
 #include "kpx/text/internal/RealParser.h"
+#include "kpx/text/Operations.h"
 
 namespace kpx {
 namespace {
@@ -86,11 +87,11 @@ bool VariableTable::read(std::u16string_view name, CString& text) const {
 }
 
 int utlStringToVar(const CString& name, const CString& text, const VariableTable& table) {
-  return Guarded("utlStringToVar", 0, [&] { return table.write(name, text) ? 1 : 0; });
+  return Guarded("utlStringToVar"_text, 0, [&] { return table.write(name, text) ? 1 : 0; });
 }
 
 int utlVarToString(const CString& name, CString& buffer, const VariableTable& table) {
-  return Guarded("utlVarToString", 0, [&] { return table.read(name, buffer) ? 1 : 0; });
+  return Guarded("utlVarToString"_text, 0, [&] { return table.read(name, buffer) ? 1 : 0; });
 }
 
 }  // namespace kpx

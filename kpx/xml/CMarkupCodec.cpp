@@ -5,6 +5,7 @@
 #include "kpx/xml/CMarkup.h"
 #include "kpx/xml/internal/Base64.h"
 #include "kpx/xml/internal/Escape.h"
+#include "kpx/xml/Operations.h"
 
 namespace kpx {
 
@@ -122,13 +123,13 @@ int CMarkup::UTF16To8(char* out, const char16_t* in, int outBytes) {
 }
 
 int CMarkup::x_WideTo8(char* out, const wchar_t* in, int outBytes) {
-  return Guarded("CMarkup::UTF16To8", 0, [&] {
+  return Guarded("CMarkup::UTF16To8"_xml, 0, [&] {
     return UTF16To8(out, in != nullptr ? CString(in).GetString() : nullptr, outBytes);
   });
 }
 
 bool CMarkup::DetectUTF8(const char* in, int bytes, int* nonAscii, bool* cutShort) {
-  return Guarded("CMarkup::DetectUTF8", false, [&] {
+  return Guarded("CMarkup::DetectUTF8"_xml, false, [&] {
     if (nonAscii != nullptr) *nonAscii = 0;
     if (cutShort != nullptr) *cutShort = false;
     if (in == nullptr) return true;
@@ -151,7 +152,7 @@ bool CMarkup::DetectUTF8(const char* in, int bytes, int* nonAscii, bool* cutShor
 }
 
 CString CMarkup::EscapeText(MCD_CSTR text, int flags) {
-  return Guarded("CMarkup::EscapeText", CString(), [&] {
+  return Guarded("CMarkup::EscapeText"_xml, CString(), [&] {
     CString escaped;
     escaped.units().reserve(text.size() + text.size() / 10 + 7);
     detail::escapeInto(escaped.units(), text, flags);
@@ -160,7 +161,7 @@ CString CMarkup::EscapeText(MCD_CSTR text, int flags) {
 }
 
 CString CMarkup::UnescapeText(MCD_CSTR text) {
-  return Guarded("CMarkup::UnescapeText", CString(), [&] {
+  return Guarded("CMarkup::UnescapeText"_xml, CString(), [&] {
     CString plain;
     plain.units().reserve(text.size());
     detail::unescapeInto(plain.units(), text);
@@ -169,7 +170,7 @@ CString CMarkup::UnescapeText(MCD_CSTR text) {
 }
 
 CString CMarkup::x_EncodeCDATASection(MCD_CSTR text) {
-  return Guarded("CMarkup::x_EncodeCDATASection", CString(), [&] {
+  return Guarded("CMarkup::x_EncodeCDATASection"_xml, CString(), [&] {
     CString section;
     section.units().reserve(text.size() + 12);
     detail::appendCDataSection(section.units(), text);
@@ -178,7 +179,7 @@ CString CMarkup::x_EncodeCDATASection(MCD_CSTR text) {
 }
 
 CString CMarkup::EncodeBase64(const unsigned char* data, int bytes) {
-  return Guarded("CMarkup::EncodeBase64", CString(), [&] {
+  return Guarded("CMarkup::EncodeBase64"_xml, CString(), [&] {
     const std::size_t count = data != nullptr && bytes > 0 ? static_cast<std::size_t>(bytes) : 0;
     const std::size_t characters = count + count / 3;
     CString text;

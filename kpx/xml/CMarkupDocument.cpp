@@ -8,6 +8,7 @@
 #include "kpx/xml/internal/Outcome.h"
 #include "kpx/xml/internal/ParseReport.h"
 #include "kpx/xml/internal/Tokenizer.h"
+#include "kpx/xml/Operations.h"
 
 namespace kpx {
 namespace {
@@ -39,7 +40,7 @@ CMarkup::~CMarkup() = default;
 
 CMarkup& CMarkup::operator=(const CMarkup& other) {
   if (this == &other || ((docFlags_ | other.docFlags_) & streaming)) return *this;
-  Guarded("CMarkup::operator=", [&] {
+  Guarded("CMarkup::operator="_xml, [&] {
     // Whatever can fail comes first, so that a failure leaves the target as it was.
     CString doc = other.doc_;
     CString result = other.result_;
@@ -99,11 +100,11 @@ void CMarkup::x_CopyPlace(const CMarkup& other) noexcept {
 // -----------------------------------------------------------------------------------------
 
 bool CMarkup::SetDoc(const char16_t* text) {
-  return Guarded("CMarkup::SetDoc", false, [&] { return SetDoc(CString(text)); });
+  return Guarded("CMarkup::SetDoc"_xml, false, [&] { return SetDoc(CString(text)); });
 }
 
 bool CMarkup::SetDoc(const CString& text) {
-  return Guarded("CMarkup::SetDoc", false, [&] {
+  return Guarded("CMarkup::SetDoc"_xml, false, [&] {
     doc_ = text;  // into the memory that is there
     result_.Empty();
     loaded_ = {};
@@ -135,7 +136,7 @@ bool CMarkup::x_ParseDoc() {
   x_SetPos(0, 0, 0);
   lineEnd_ = {};
   savedPositions_.clear();
-  Guarded("CMarkup::x_ParseDoc", [&] {
+  Guarded("CMarkup::x_ParseDoc"_xml, [&] {
     index_.reset();
     detail::ParseReport report(doc_, keepsResult_ ? &result_ : nullptr, problemSink_);
     if (doc_.view().size() > static_cast<std::size_t>(std::numeric_limits<int>::max())) {
@@ -160,7 +161,7 @@ bool CMarkup::x_ParseDoc() {
 int CMarkup::x_ParseElem(int parent, detail::TokenPos& token) {
   const int first = index_.usedCount();
   bool complete = false;
-  Guarded("CMarkup::x_ParseDoc", [&] {
+  Guarded("CMarkup::x_ParseDoc"_xml, [&] {
     detail::ParseReport report(token.text, keepsResult_ ? &result_ : nullptr, problemSink_);
     detail::ElementParser parser(token.text, token.docFlags, index_, report);
     parser.parse(parent, token.end);
@@ -193,7 +194,8 @@ bool CMarkup::IsWellFormed() const noexcept {
 }
 
 CString CMarkup::GetError() const {
-  return Guarded("CMarkup::GetError", CString(), [&] { return detail::outcomeSentences(result_); });
+  return Guarded("CMarkup::GetError"_xml, CString(),
+                 [&] { return detail::outcomeSentences(result_); });
 }
 
 void CMarkup::x_AddResult(std::u16string_view record) {
@@ -211,7 +213,7 @@ int CMarkup::FindErrorLine(std::u16string_view text, int offset) {
 }
 
 int CMarkup::x_FindErrorLine(const wchar_t* text, int offset) {
-  return Guarded("CMarkup::FindErrorLine", 0,
+  return Guarded("CMarkup::FindErrorLine"_xml, 0,
                  [&] { return FindErrorLine(MCD_CSTR(text).view(), offset); });
 }
 

@@ -1,25 +1,26 @@
 #include "kpx/report/Error.h"
 #include "kpx/xml/CMarkup.h"
 #include "kpx/xml/internal/MarkupEditor.h"
+#include "kpx/xml/Operations.h"
 
 namespace kpx {
 // --- changing ------------------------------------------------------------------------------------
 
 bool CMarkup::SetTagName(MCD_CSTR name) {
-  return Guarded("CMarkup::SetTagName", false, [&] {
+  return Guarded("CMarkup::SetTagName"_xml, false, [&] {
     return mainPos_ != 0 && detail::MarkupEditor(*this).setTagName(mainPos_, name);
   });
 }
 
 bool CMarkup::SetChildTagName(MCD_CSTR name) {
-  return Guarded("CMarkup::SetChildTagName", false, [&] {
+  return Guarded("CMarkup::SetChildTagName"_xml, false, [&] {
     const int child = x_ChildElem();
     return child != 0 && detail::MarkupEditor(*this).setTagName(child, name);
   });
 }
 
 bool CMarkup::SetData(MCD_CSTR data, int flags) {
-  return Guarded("CMarkup::SetData", false, [&] {
+  return Guarded("CMarkup::SetData"_xml, false, [&] {
     detail::MarkupEditor editor(*this);
     if (mainPos_ != 0) return editor.setContent(mainPos_, data, flags);
     return nodeLength_ != 0 && editor.setNode(data, flags);
@@ -27,33 +28,33 @@ bool CMarkup::SetData(MCD_CSTR data, int flags) {
 }
 
 bool CMarkup::SetChildData(MCD_CSTR data, int flags) {
-  return Guarded("CMarkup::SetChildData", false, [&] {
+  return Guarded("CMarkup::SetChildData"_xml, false, [&] {
     const int child = x_ChildElem();
     return child != 0 && detail::MarkupEditor(*this).setContent(child, data, flags);
   });
 }
 
 bool CMarkup::SetAttrib(MCD_CSTR name, MCD_CSTR value) {
-  return Guarded("CMarkup::SetAttrib", false, [&] {
+  return Guarded("CMarkup::SetAttrib"_xml, false, [&] {
     return mainPos_ != 0 && detail::MarkupEditor(*this).setAttribute(mainPos_, name, value);
   });
 }
 
 bool CMarkup::SetChildAttrib(MCD_CSTR name, MCD_CSTR value) {
-  return Guarded("CMarkup::SetChildAttrib", false, [&] {
+  return Guarded("CMarkup::SetChildAttrib"_xml, false, [&] {
     const int child = x_ChildElem();
     return child != 0 && detail::MarkupEditor(*this).setAttribute(child, name, value);
   });
 }
 
 bool CMarkup::RemoveAttrib(MCD_CSTR name) {
-  return Guarded("CMarkup::RemoveAttrib", false, [&] {
+  return Guarded("CMarkup::RemoveAttrib"_xml, false, [&] {
     return mainPos_ != 0 && detail::MarkupEditor(*this).removeAttribute(mainPos_, name);
   });
 }
 
 bool CMarkup::RemoveChildAttrib(MCD_CSTR name) {
-  return Guarded("CMarkup::RemoveChildAttrib", false, [&] {
+  return Guarded("CMarkup::RemoveChildAttrib"_xml, false, [&] {
     const int child = x_ChildElem();
     return child != 0 && detail::MarkupEditor(*this).removeAttribute(child, name);
   });
@@ -105,24 +106,24 @@ bool CMarkup::x_AddSubDoc(std::u16string_view markup, int flags) {
 }
 
 bool CMarkup::AddElem(MCD_CSTR name, MCD_CSTR data, int flags) {
-  return Guarded("CMarkup::AddElem", false,
+  return Guarded("CMarkup::AddElem"_xml, false,
                  [&] { return x_AddElem(name, data, (flags & MarkupFlag::dataFlags)); });
 }
 
 bool CMarkup::InsertElem(MCD_CSTR name, MCD_CSTR data, int flags) {
-  return Guarded("CMarkup::InsertElem", false, [&] {
+  return Guarded("CMarkup::InsertElem"_xml, false, [&] {
     return x_AddElem(name, data, (flags & MarkupFlag::dataFlags) | MarkupFlag::insertBefore);
   });
 }
 
 bool CMarkup::AddChildElem(MCD_CSTR name, MCD_CSTR data, int flags) {
-  return Guarded("CMarkup::AddChildElem", false, [&] {
+  return Guarded("CMarkup::AddChildElem"_xml, false, [&] {
     return x_AddElem(name, data, (flags & MarkupFlag::dataFlags) | MarkupFlag::asChild);
   });
 }
 
 bool CMarkup::InsertChildElem(MCD_CSTR name, MCD_CSTR data, int flags) {
-  return Guarded("CMarkup::InsertChildElem", false, [&] {
+  return Guarded("CMarkup::InsertChildElem"_xml, false, [&] {
     return x_AddElem(
         name, data,
         (flags & MarkupFlag::dataFlags) | MarkupFlag::asChild | MarkupFlag::insertBefore);
@@ -130,34 +131,34 @@ bool CMarkup::InsertChildElem(MCD_CSTR name, MCD_CSTR data, int flags) {
 }
 
 bool CMarkup::AddSubDoc(MCD_CSTR markup) {
-  return Guarded("CMarkup::AddSubDoc", false, [&] { return x_AddSubDoc(markup, 0); });
+  return Guarded("CMarkup::AddSubDoc"_xml, false, [&] { return x_AddSubDoc(markup, 0); });
 }
 
 bool CMarkup::InsertSubDoc(MCD_CSTR markup) {
-  return Guarded("CMarkup::InsertSubDoc", false,
+  return Guarded("CMarkup::InsertSubDoc"_xml, false,
                  [&] { return x_AddSubDoc(markup, MarkupFlag::insertBefore); });
 }
 
 bool CMarkup::AddChildSubDoc(MCD_CSTR markup) {
-  return Guarded("CMarkup::AddChildSubDoc", false,
+  return Guarded("CMarkup::AddChildSubDoc"_xml, false,
                  [&] { return x_AddSubDoc(markup, MarkupFlag::asChild); });
 }
 
 bool CMarkup::InsertChildSubDoc(MCD_CSTR markup) {
-  return Guarded("CMarkup::InsertChildSubDoc", false, [&] {
+  return Guarded("CMarkup::InsertChildSubDoc"_xml, false, [&] {
     return x_AddSubDoc(markup, MarkupFlag::asChild | MarkupFlag::insertBefore);
   });
 }
 
 bool CMarkup::AddNode(int type, MCD_CSTR text) {
-  return Guarded("CMarkup::AddNode", false, [&] {
+  return Guarded("CMarkup::AddNode"_xml, false, [&] {
     if (type == MarkupNode::element) return x_AddElem(text, {}, 0);
     return detail::MarkupEditor(*this).addNode(type, text, false);
   });
 }
 
 bool CMarkup::InsertNode(int type, MCD_CSTR text) {
-  return Guarded("CMarkup::InsertNode", false, [&] {
+  return Guarded("CMarkup::InsertNode"_xml, false, [&] {
     if (type == MarkupNode::element) return x_AddElem(text, {}, MarkupFlag::insertBefore);
     return detail::MarkupEditor(*this).addNode(type, text, true);
   });
@@ -184,7 +185,7 @@ bool CMarkup::RemoveChildElem() {
 
 bool CMarkup::RemoveNode() {
   if (mainPos_ != 0) return RemoveElem();
-  return Guarded("CMarkup::RemoveNode", false,
+  return Guarded("CMarkup::RemoveNode"_xml, false,
                  [&] { return nodeLength_ != 0 && detail::MarkupEditor(*this).removeNode(); });
 }
 

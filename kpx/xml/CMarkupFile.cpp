@@ -8,6 +8,7 @@
 #include "kpx/xml/CMarkup.h"
 #include "kpx/xml/Encoding.h"
 #include "kpx/xml/internal/Outcome.h"
+#include "kpx/xml/Operations.h"
 
 namespace kpx {
 
@@ -87,7 +88,7 @@ CString refusalSentence(DecodingRefusal refusal) {
 }  // namespace
 
 bool CMarkup::Load(const CString& path) {
-  return Guarded("CMarkup::Load", false, [&] {
+  return Guarded("CMarkup::Load"_xml, false, [&] {
     result_.Empty();
     FileBytes bytes;
     FileOrigin origin;
@@ -117,7 +118,7 @@ bool CMarkup::Load(const CString& path) {
 }
 
 bool CMarkup::Save(const CString& path, int flags) {
-  return Guarded("CMarkup::Save", false, [&] {
+  return Guarded("CMarkup::Save"_xml, false, [&] {
     const bool allowLoss = (flags & MarkupFlag::allowLoss) != 0;
     result_.Empty();
     const CString declared(declaredEncoding(doc_));

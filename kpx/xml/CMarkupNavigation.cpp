@@ -2,6 +2,7 @@
 #include "kpx/xml/CMarkup.h"
 #include "kpx/xml/internal/NameUnits.h"
 #include "kpx/xml/internal/Tokenizer.h"
+#include "kpx/xml/Operations.h"
 
 namespace kpx {
 
@@ -115,7 +116,7 @@ bool CMarkup::OutOfElem() {
 }
 
 bool CMarkup::SavePos(MCD_CSTR name) {
-  return Guarded("CMarkup::SavePos", false, [&] {
+  return Guarded("CMarkup::SavePos"_xml, false, [&] {
     const SavedPos saved{
         parentPos_, mainPos_, childPos_, {nodeType_, nodeOffset_, nodeLength_, nodePreviousElem_}};
     savedPositions_.insert_or_assign(std::u16string(name.view()), saved);

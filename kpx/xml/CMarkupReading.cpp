@@ -5,6 +5,7 @@
 #include "kpx/xml/internal/Escape.h"
 #include "kpx/xml/internal/NameUnits.h"
 #include "kpx/xml/internal/Tokenizer.h"
+#include "kpx/xml/Operations.h"
 
 namespace kpx {
 
@@ -29,11 +30,11 @@ std::u16string_view CMarkup::ReadChildTagName() const noexcept {
 }
 
 CString CMarkup::GetTagName() const {
-  return Guarded("CMarkup::GetTagName", CString(), [&] { return CString(ReadTagName()); });
+  return Guarded("CMarkup::GetTagName"_xml, CString(), [&] { return CString(ReadTagName()); });
 }
 
 CString CMarkup::GetChildTagName() const {
-  return Guarded("CMarkup::GetChildTagName", CString(),
+  return Guarded("CMarkup::GetChildTagName"_xml, CString(),
                  [&] { return CString(ReadChildTagName()); });
 }
 
@@ -76,12 +77,12 @@ CString CMarkup::x_NodeData() const {
 }
 
 CString CMarkup::GetData() const {
-  return Guarded("CMarkup::GetData", CString(),
+  return Guarded("CMarkup::GetData"_xml, CString(),
                  [&] { return mainPos_ != 0 ? x_ElemData(mainPos_) : x_NodeData(); });
 }
 
 CString CMarkup::GetChildData() const {
-  return Guarded("CMarkup::GetChildData", CString(), [&] {
+  return Guarded("CMarkup::GetChildData"_xml, CString(), [&] {
     const int child = x_ChildElem();
     return child != 0 ? x_ElemData(child) : CString();
   });
@@ -99,14 +100,14 @@ AttributeReader CMarkup::ReadChildAttribs() const {
 }
 
 CString CMarkup::GetAttrib(MCD_CSTR name) const {
-  return Guarded("CMarkup::GetAttrib", CString(), [&] {
+  return Guarded("CMarkup::GetAttrib"_xml, CString(), [&] {
     AttributeReader attribute = ReadAttribs();
     return attribute.find(name) ? attribute.value() : CString();
   });
 }
 
 CString CMarkup::GetChildAttrib(MCD_CSTR name) const {
-  return Guarded("CMarkup::GetChildAttrib", CString(), [&] {
+  return Guarded("CMarkup::GetChildAttrib"_xml, CString(), [&] {
     AttributeReader attribute = ReadChildAttribs();
     return attribute.find(name) ? attribute.value() : CString();
   });
@@ -128,12 +129,12 @@ bool CMarkup::x_NthAttrib(int element, int index, CString& name, CString& value)
 }
 
 bool CMarkup::GetNthAttrib(int index, CString& name, CString& value) const {
-  return Guarded("CMarkup::GetNthAttrib", false,
+  return Guarded("CMarkup::GetNthAttrib"_xml, false,
                  [&] { return x_NthAttrib(mainPos_, index, name, value); });
 }
 
 bool CMarkup::GetNthChildAttrib(int index, CString& name, CString& value) const {
-  return Guarded("CMarkup::GetNthChildAttrib", false,
+  return Guarded("CMarkup::GetNthChildAttrib"_xml, false,
                  [&] { return x_NthAttrib(x_ChildElem(), index, name, value); });
 }
 
@@ -178,7 +179,7 @@ bool CMarkup::GetChildOffsets(int& begin, int& end) const {
 }
 
 CString CMarkup::GetSubDoc() const {
-  return Guarded("CMarkup::GetSubDoc", CString(), [&] {
+  return Guarded("CMarkup::GetSubDoc"_xml, CString(), [&] {
     int begin = 0;
     int end = 0;
     return GetOffsets(begin, end) ? CString(x_Text(begin, end)) : CString();
@@ -186,7 +187,7 @@ CString CMarkup::GetSubDoc() const {
 }
 
 CString CMarkup::GetChildSubDoc() const {
-  return Guarded("CMarkup::GetChildSubDoc", CString(), [&] {
+  return Guarded("CMarkup::GetChildSubDoc"_xml, CString(), [&] {
     int begin = 0;
     int end = 0;
     return GetChildOffsets(begin, end) ? CString(x_Text(begin, end)) : CString();
@@ -194,7 +195,7 @@ CString CMarkup::GetChildSubDoc() const {
 }
 
 CString CMarkup::GetElemContent() const {
-  return Guarded("CMarkup::GetElemContent", CString(), [&] {
+  return Guarded("CMarkup::GetElemContent"_xml, CString(), [&] {
     int begin = 0;
     int end = 0;
     return GetContentOffsets(begin, end) ? CString(x_Text(begin, end)) : CString();

@@ -3,8 +3,8 @@
 
 #include "kpx/platform/EncodingConverter.h"
 #include "kpx/text/ByteOrderMark.h"
-#include "kpx/text/internal/UnitKernels.h"
 #include "kpx/text/SingleByte.h"
+#include "kpx/text/UnitKernels.h"
 #include "kpx/text/Utf.h"
 #include "kpx/xml/Encoding.h"
 #include "kpx/xml/internal/MarkupPlace.h"

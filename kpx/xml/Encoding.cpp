@@ -6,6 +6,7 @@
 #include "kpx/report/Error.h"
 #include "kpx/text/CaseFold.h"
 #include "kpx/xml/CMarkup.h"
+#include "kpx/xml/Operations.h"
 
 namespace kpx {
 
@@ -200,7 +201,7 @@ std::u16string_view declaredEncoding(std::u16string_view document) noexcept {
 int CMarkup::GetEncodingCodePage(MCD_CSTR encodingName) { return encodingCodePage(encodingName); }
 
 CString CMarkup::GetDeclaredEncoding(MCD_CSTR document) {
-  return Guarded("CMarkup::GetDeclaredEncoding", CString(),
+  return Guarded("CMarkup::GetDeclaredEncoding"_xml, CString(),
                  [&] { return CString(declaredEncoding(document)); });
 }
 

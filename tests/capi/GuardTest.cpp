@@ -6,6 +6,7 @@
 #include <string_view>
 #include <thread>
 
+#include "kpx/capi/ErrorTable.h"
 #include "kpx/report/Error.h"
 #include "kpx_c.h"
 #include "tests/common/FailingAllocations.h"

@@ -5,7 +5,7 @@
 #include <chrono>
 #include <string>
 
-#include "kpx/support/TextStore.h"
+#include "kpx/support/texts/TextStore.h"
 #include "tests/common/TextPrinter.h"
 #include "tests/context/ContextScope.h"
 

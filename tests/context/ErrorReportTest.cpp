@@ -6,7 +6,7 @@
 #include <set>
 #include <stdexcept>
 
-#include "kpx/support/TextStore.h"
+#include "kpx/support/texts/TextStore.h"
 #include "tests/common/FailingAllocations.h"
 #include "tests/common/TextPrinter.h"
 #include "tests/context/ContextScope.h"

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "kpx/context/Trace.h"
-#include "kpx/support/TextStore.h"
+#include "kpx/support/texts/TextStore.h"
 #include "tests/common/TextPrinter.h"
 #include "tests/context/ContextScope.h"
 #include "tests/context/LoadedLibrary.h"

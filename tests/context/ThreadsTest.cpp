@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "kpx/settings/AllSettings.h"
-#include "kpx/support/TextStore.h"
+#include "kpx/support/texts/TextStore.h"
 #include "tests/context/ContextScope.h"
 
 namespace kpx {

@@ -10,7 +10,7 @@
 #include "kpx/config/CUser.h"
 #include "kpx/settings/AllSettings.h"
 #include "kpx/settings/Catalogue.h"
-#include "kpx/support/TextStore.h"
+#include "kpx/support/texts/TextStore.h"
 #include "kpx/xml/CMarkup.h"
 #include "kpx/xml/Encoding.h"
 #include "kpx/xml/MarkupFormat.h"

@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
-#include "kpx/support/CKpxBaseObjectsUtil.h"
-#include "kpx/support/MakeUuidString.h"
+#include "kpx/support/files/CKpxBaseObjectsUtil.h"
+#include "kpx/support/objects/MakeUuidString.h"
 #include "kpx/text/CKpxCalendar.h"
 #include "kpx/text/GpsTime.h"
 #include "kpx/text/NumberText.h"

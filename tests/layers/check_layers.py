@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
-"""Fails on an include of a higher layer, on a circle of includes, and on an operating-system
-header or #if outside kpx/platform. The layers stand in layers.txt beside this script."""
+"""Fails on an include of a higher layer, of an internal folder from outside the folder it lies in,
+on a circle of includes, and on an operating-system header or #if outside kpx/platform. The layers
+stand in layers.txt beside this script."""
 
 import re
 import sys
@@ -12,6 +13,9 @@ SYSTEM_CONDITION = re.compile(
     r"^\s*#\s*(if|ifdef|ifndef|elif)\b.*\b(_WIN32|_WIN64|__linux__|__unix__|__APPLE__|WIN32)\b")
 SYSTEM_HEADERS = re.compile(
     r"^(windows\.h|unistd\.h|fcntl\.h|dlfcn\.h|pwd\.h|iconv\.h|dirent\.h|sys/.*|linux/.*)$")
+# The point object is an element like those of config, which reads and writes them in private parts.
+ENTERED = {("kpx/domain/CNAS_Punktobjekt.cpp", "kpx/config/internal/ElementReader.h"),
+           ("kpx/domain/CNAS_Punktobjekt.cpp", "kpx/config/internal/ElementWriter.h")}
 
 
 def read_layers(path):
@@ -26,6 +30,12 @@ def read_layers(path):
 def layer_of(path):
     parts = Path(path).parts
     return parts[1] if len(parts) > 2 and parts[0] == "kpx" else None
+
+
+def enters_internals(name, target):
+    """Whether a file looks into the internals of a folder that it does not lie in."""
+    owner, found, _ = target.partition("internal/")
+    return bool(found) and not name.startswith(owner) and (name, target) not in ENTERED
 
 
 def check(root, layers):
@@ -51,6 +61,8 @@ def check(root, layers):
             if used is None:
                 continue
             includes[name].append(target)
+            if enters_internals(name, target):
+                problems.append(f"{where}: may not enter {target}")
             if own is None:
                 continue  # the umbrella header
             for layer in (own, used):
@@ -85,11 +97,13 @@ def self_test():
     with tempfile.TemporaryDirectory() as folder:
         root = Path(folder)
         for layer, text in (("low", '#include "kpx/high/b.h"\n#include <unistd.h>\n'),
-                            ("high", '#include "kpx/low/a.h"\n#ifdef _WIN32\n#endif\n')):
+                            ("high", '#include "kpx/low/a.h"\n#ifdef _WIN32\n#endif\n'
+                                     '#include "kpx/low/internal/c.h"\n')):
             (root / "kpx" / layer).mkdir(parents=True)
             (root / "kpx" / layer / ("a.h" if layer == "low" else "b.h")).write_text(text)
         problems = "\n".join(check(root, {"low": 0, "high": 1}))
-        for expected in ("low may not include high", "circle:", "unistd.h", "condition outside"):
+        for expected in ("low may not include high", "circle:", "unistd.h", "condition outside",
+                         "may not enter kpx/low/internal/c.h"):
             if expected not in problems:
                 return f"the layer check overlooks: {expected}"
     return None

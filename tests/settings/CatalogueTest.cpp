@@ -7,7 +7,7 @@
 #include <set>
 
 #include "kpx/config/CFGHeader.h"
-#include "kpx/support/TextStore.h"
+#include "kpx/support/texts/TextStore.h"
 #include "kpx/xml/CMarkup.h"
 #include "tests/common/ObjectXml.h"
 #include "tests/common/TextPrinter.h"

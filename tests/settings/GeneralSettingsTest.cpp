@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "kpx/settings/CFGGeneralSettings.h"
-#include "kpx/support/TextStore.h"
+#include "kpx/support/texts/TextStore.h"
 #include "tests/common/TextPrinter.h"
 
 namespace kpx {

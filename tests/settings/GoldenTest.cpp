@@ -9,7 +9,7 @@
 #include <string>
 
 #include "kpx/settings/Catalogue.h"
-#include "kpx/support/TextStore.h"
+#include "kpx/support/texts/TextStore.h"
 #include "kpx/xml/CMarkup.h"
 #include "tests/common/TemporaryFolder.h"
 #include "tests/common/TextPrinter.h"

@@ -13,7 +13,7 @@
 #include "kpx/settings/CFGConfigDXFConvertTextHeader.h"
 #include "kpx/settings/CFGConfigDXFConvertTextRow.h"
 #include "kpx/settings/CFGConfigDXFConvertTextTable.h"
-#include "kpx/support/TextStore.h"
+#include "kpx/support/texts/TextStore.h"
 #include "kpx/text/NumberText.h"
 #include "tests/common/FailingAllocations.h"
 #include "tests/common/ObjectXml.h"

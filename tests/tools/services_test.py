@@ -414,6 +414,9 @@ class ErrorsTest(ToolTest):
                    json.loads(self.answers(0, "errors", "list", "--json")[0])]
         self.assertEqual(numbers, sorted(set(numbers)))
         self.assertEqual(len(self.answers(0, "errors", "list")[0].splitlines()), len(numbers))
+        for table in Path(__file__).resolve().parents[2].glob("kpx/*/Operations.h"):
+            stated = re.findall(r"^    \{(\d+), ", table.read_text(encoding="utf-8"), re.M)
+            self.assertLessEqual(set(map(int, stated)), set(numbers), table)
 
 
 class LogTest(ToolTest):

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "kpx/report/ErrorTable.h"
+#include "kpx/capi/ErrorTable.h"
 #include "kpx/settings/Catalogue.h"
 #include "tools/kpx/ErrorNames.h"
 #include "tools/kpx/ErrorSentence.h"
@@ -16,7 +16,7 @@ namespace {
 
 std::vector<ErrorName> allErrors() {
   std::vector<ErrorName> errors;
-  for (const ErrorEntry& entry : errorTable) {
+  for (const ErrorEntry& entry : errorTable()) {
     errors.push_back(
         {entry.number, std::string(entry.operation), errorSentence(entry.operation), {}, {}, {}});
   }

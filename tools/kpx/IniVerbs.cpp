@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "kpx/support/CIniEx.h"
-#include "kpx/support/IniCheck.h"
+#include "kpx/support/ini/CIniEx.h"
+#include "kpx/support/ini/IniCheck.h"
 #include "tools/kpx/FileChange.h"
 #include "tools/kpx/Output.h"
 #include "tools/kpx/Verbs.h"

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "kpx/platform/Registry.h"
-#include "kpx/support/RegistrySnapshot.h"
-#include "kpx/support/RegistryText.h"
+#include "kpx/support/registry/RegistrySnapshot.h"
+#include "kpx/support/registry/RegistryText.h"
 #include "tools/kpx/Input.h"
 #include "tools/kpx/Output.h"
 #include "tools/kpx/Usage.h"

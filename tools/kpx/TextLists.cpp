@@ -5,7 +5,7 @@
 #include <new>
 #include <utility>
 
-#include "kpx/support/TextTable.h"
+#include "kpx/support/texts/TextTable.h"
 #include "kpx/text/CaseFold.h"
 #include "tools/kpx/Exit.h"
 #include "tools/kpx/Input.h"

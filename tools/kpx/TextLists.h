@@ -4,8 +4,8 @@
 #include <string_view>
 #include <vector>
 
-#include "kpx/support/LanguageFile.h"
 #include "kpx/support/Problems.h"
+#include "kpx/support/texts/LanguageFile.h"
 #include "tools/kpx/Output.h"
 
 namespace kpx::tool {

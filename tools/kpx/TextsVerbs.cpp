@@ -6,9 +6,9 @@
 
 #include "kpx/context/TextStart.h"
 #include "kpx/platform/FileSystem.h"
-#include "kpx/support/TextCheck.h"
-#include "kpx/support/TextStore.h"
-#include "kpx/support/TextTable.h"
+#include "kpx/support/texts/TextCheck.h"
+#include "kpx/support/texts/TextStore.h"
+#include "kpx/support/texts/TextTable.h"
 #include "kpx/text/TextTools.h"
 #include "tools/kpx/Input.h"
 #include "tools/kpx/Output.h"

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "kpx/support/TimerReport.h"
+#include "kpx/support/timers/TimerReport.h"
 #include "tools/kpx/Input.h"
 #include "tools/kpx/Output.h"
 #include "tools/kpx/Verbs.h"

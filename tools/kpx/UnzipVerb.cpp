@@ -5,8 +5,8 @@
 
 #include "kpx/platform/ProgressDialog.h"
 #include "kpx/platform/TerminalProgress.h"
-#include "kpx/support/Unzip.h"
-#include "kpx/support/ZipArchive.h"
+#include "kpx/support/zip/Unzip.h"
+#include "kpx/support/zip/ZipArchive.h"
 #include "tools/kpx/Output.h"
 #include "tools/kpx/Usage.h"
 #include "tools/kpx/Verbs.h"

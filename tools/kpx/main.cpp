@@ -9,7 +9,7 @@
 #include "kpx/platform/CommandLine.h"
 #include "kpx/report/Error.h"
 #include "kpx/report/Exceptions.h"
-#include "kpx/support/TextStore.h"
+#include "kpx/support/texts/TextStore.h"
 #include "tools/kpx/Exit.h"
 #include "tools/kpx/Output.h"
 #include "tools/kpx/Usage.h"

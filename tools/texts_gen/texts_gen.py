@@ -83,7 +83,7 @@ def cpp_source(rows):
     places = {number: place for place, (number, _) in enumerate(rows)}
     places = [str(places[number]) for number in sorted(places)]
     return ("// Generated from the table of texts; changes here are lost.\n"
-            '#include "kpx/support/internal/BuiltInTexts.h"\n\n'
+            '#include "kpx/support/texts/internal/BuiltInTexts.h"\n\n'
             "namespace kpx::detail {\n\n"
             "const char16_t builtInUnits[] = {\n" + lines_of([str(unit) for unit in all_units]) +
             "};\n\nconst BuiltInText builtInTexts[] = {\n" + "".join(index) + "};\n\n"

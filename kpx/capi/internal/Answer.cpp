@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "kpx/support/TextStore.h"
+#include "kpx/support/texts/TextStore.h"
 
 namespace kpx::capi {
 namespace {

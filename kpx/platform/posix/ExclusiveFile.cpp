@@ -11,8 +11,8 @@
 #include <cstddef>
 
 #include "kpx/platform/posix/Descriptor.h"
-#include "kpx/text/internal/Utf8Sequence.h"
 #include "kpx/text/Utf.h"
+#include "kpx/text/Utf8Sequence.h"
 
 namespace kpx {
 

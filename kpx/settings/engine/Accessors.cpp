@@ -5,7 +5,7 @@
 
 #include "kpx/report/Error.h"
 #include "kpx/settings/engine/ValueText.h"
-#include "kpx/support/TextStore.h"
+#include "kpx/support/texts/TextStore.h"
 
 namespace kpx {
 

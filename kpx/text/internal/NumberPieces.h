@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "kpx/text/internal/PrintDirective.h"
+#include "kpx/text/PrintDirective.h"
 
 namespace kpx::detail {
 

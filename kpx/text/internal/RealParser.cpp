@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <limits>
 
-#include "kpx/text/internal/HexDigit.h"
+#include "kpx/text/HexDigit.h"
 #include "kpx/text/internal/PowersOfTen.h"
 
 namespace kpx::detail {
