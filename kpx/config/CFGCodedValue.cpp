@@ -1,7 +1,8 @@
 #include "kpx/config/CFGCodedValue.h"
 
-#include "kpx/config/internal/ElementReader.h"
-#include "kpx/config/internal/ElementWriter.h"
+#include "kpx/config/ElementReader.h"
+#include "kpx/config/ElementWriter.h"
+#include "kpx/config/PersistentFields.h"
 #include "kpx/report/Error.h"
 
 namespace kpx {
@@ -12,28 +13,11 @@ CString CFGCodedValue::GetElementName() const {
 }
 
 int CFGCodedValue::serializeXML(CMarkup* document) const {
-  return Guarded("CFGCodedValue::serializeXML", 0,
-                 [&] { return detail::addElement(document, *this); });
+  return Guarded("CFGCodedValue::serializeXML", 0, [&] { return addElement(document, *this); });
 }
 
 int CFGCodedValue::loadByXML(CMarkup* document) {
-  return Guarded("CFGCodedValue::loadByXML", 0, [&] {
-    detail::ElementReader reader(document, *this);
-    if (!reader.matches()) return 0;
-    reader.header(*this);
-    reader.read(u"ColID", ColID);
-    reader.read(u"Value", Value);
-    reader.read(u"Data", Data);
-    return reader.done();
-  });
-}
-
-void detail::appendElement(ElementWriter& writer, const CFGCodedValue& value) {
-  writer.start(value);
-  writer.attribute(u" ColID=\"", value.ColID);
-  writer.attribute(u" Value=\"", value.Value);
-  writer.attribute(u" Data=\"", value.Data);
-  writer.closeEmpty();
+  return Guarded("CFGCodedValue::loadByXML", 0, [&] { return readElement(document, *this); });
 }
 
 }  // namespace kpx

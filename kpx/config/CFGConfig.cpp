@@ -2,8 +2,9 @@
 
 #include <string_view>
 
-#include "kpx/config/internal/ElementReader.h"
-#include "kpx/config/internal/ElementWriter.h"
+#include "kpx/config/ElementReader.h"
+#include "kpx/config/ElementWriter.h"
+#include "kpx/config/PersistentFields.h"
 #include "kpx/report/Error.h"
 
 namespace kpx {
@@ -19,19 +20,14 @@ CString CFGConfig::GetElementName() const {
 }
 
 int CFGConfig::serializeXML(CMarkup* document) const {
-  return Guarded("CFGConfig::serializeXML", 0, [&] { return detail::addElement(document, *this); });
+  return Guarded("CFGConfig::serializeXML", 0, [&] { return addElement(document, *this); });
 }
 
 int CFGConfig::loadByXML(CMarkup* document) {
   return Guarded("CFGConfig::loadByXML", 0, [&] {
-    detail::ElementReader reader(document, *this);
-    if (!reader.matches()) return 0;
-    reader.header(*this);
-    reader.read(u"Name", Name);
-    reader.read(u"ClassID", ClassID);
-    const detail::InsideElement inside(*document);
-    while (document->FindChildElem(u"CFGClass")) Class.loadByXML(document);
-    return reader.done();
+    return readElement(document, *this, [&] {
+      while (document->FindChildElem(u"CFGClass")) Class.loadByXML(document);
+    });
   });
 }
 
@@ -49,10 +45,8 @@ void CFGConfig::AddColumn(const CFGCol& column) {
   Guarded("CFGConfig::AddColumn", [&] { Class.AddCol(column); });
 }
 
-void detail::appendElement(ElementWriter& writer, const CFGConfig& object) {
+void appendElement(ElementWriter& writer, const CFGConfig& object) {
   writer.start(object);
-  writer.attribute(u" Name=\"", object.Name);
-  writer.attribute(u" ClassID=\"", object.ClassID);
   writer.open();
   appendPart("CFGClass::serializeXML", writer, object.Class);
   writer.close(object);
