@@ -5,6 +5,7 @@
 #include <string_view>
 #include <utility>
 
+#include "kpx/config/PersistentFields.h"
 #include "kpx/settings/ConfigFile.h"
 #include "kpx/settings/ConfigParts.h"
 #include "kpx/settings/internal/ConfigPartsWalk.h"
@@ -66,19 +67,19 @@ class Validator {
   // --- markup: the parts one by one -----------------------------------------------------------
 
   void configuration(const ConfigElement& element) {
-    checkAttributes(element, configurationAttributes, {});
+    checkAttributes(element, attributesOf<CFGConfig>, {});
   }
   void keyedClass(const ConfigElement& element) {
-    checkAttributes(element, keyedClassAttributes, {});
+    checkAttributes(element, attributesOf<CFGClass>, {});
     checkName(element);
   }
   void column(const ConfigColumnParts& column) {
     CString key;
     AttributeReader attributes = column.column.attributes;
     attributes.read(u"Name", key);
-    checkAttributes(column.column, columnAttributes, key);
+    checkAttributes(column.column, attributesOf<CFGCol>, key);
     checkType(column.column, key);
-    if (column.value) checkAttributes(*column.value, valueAttributes, key);
+    if (column.value) checkAttributes(*column.value, attributesOf<CFGValue>, key);
   }
   template <class Name>
   void foreign(int offset, Name name) {
@@ -169,13 +170,13 @@ class Validator {
         ValueProblem::none, longAsText(usual->Type));
   }
 
-  void checkAttributes(const ConfigElement& element, std::span<const ConfigAttribute> known,
+  void checkAttributes(const ConfigElement& element, std::span<const ElementAttribute> known,
                        const CString& key) {
     std::uint32_t seen = 0;
     AttributeReader attribute = element.attributes;
     for (attribute.rewind(); attribute.next();) {
       const int offset = element.offset + attribute.nameBegin();
-      const auto found = std::ranges::find(known, attribute.name(), &ConfigAttribute::name);
+      const auto found = std::ranges::find(known, attribute.name(), &ElementAttribute::name);
       if (found == known.end()) {
         addAttribute(FindingKind::foreignAttribute, key, offset, attribute);
         continue;
