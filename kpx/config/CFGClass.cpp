@@ -2,9 +2,10 @@
 
 #include <utility>
 
-#include "kpx/config/internal/ElementReader.h"
-#include "kpx/config/internal/ElementWriter.h"
+#include "kpx/config/ElementReader.h"
+#include "kpx/config/ElementWriter.h"
 #include "kpx/config/Operations.h"
+#include "kpx/config/PersistentFields.h"
 #include "kpx/report/Error.h"
 #include "kpx/report/Exceptions.h"
 
@@ -15,23 +16,18 @@ CString CFGClass::GetElementName() const {
 }
 
 int CFGClass::serializeXML(CMarkup* document) const {
-  return Guarded("CFGClass::serializeXML"_config, 0,
-                 [&] { return detail::addElement(document, *this); });
+  return Guarded("CFGClass::serializeXML"_config, 0, [&] { return addElement(document, *this); });
 }
 
 int CFGClass::loadByXML(CMarkup* document) {
   return Guarded("CFGClass::loadByXML"_config, 0, [&] {
-    detail::ElementReader reader(document, *this);
-    if (!reader.matches()) return 0;
-    reader.header(*this);
-    reader.read(u"Name", Name);
-    const detail::InsideElement inside(*document);
-    while (document->FindChildElem(u"CFGCol")) {
-      CFGCol fresh;
-      if (fresh.loadByXML(document) == 0) continue;
-      if (CFGCol* const column = Cols.find(fresh.Name)) *column = std::move(fresh);
-    }
-    return reader.done();
+    return readElement(document, *this, [&] {
+      while (document->FindChildElem(u"CFGCol")) {
+        CFGCol fresh;
+        if (fresh.loadByXML(document) == 0) continue;
+        if (CFGCol* const column = Cols.find(fresh.Name)) *column = std::move(fresh);
+      }
+    });
   });
 }
 
@@ -74,9 +70,8 @@ void CFGClass::SetKeyCount(int count) {
   KeyOrder.resize(static_cast<std::size_t>(count));
 }
 
-void detail::appendElement(ElementWriter& writer, const CFGClass& object) {
+void appendElement(ElementWriter& writer, const CFGClass& object) {
   writer.start(object);
-  writer.attribute(u" Name=\"", object.Name);
   writer.open();
   writer.reserveColumns(object.Cols.size());
   for (const auto& entry : object.Cols) {

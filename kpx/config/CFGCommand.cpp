@@ -1,8 +1,9 @@
 #include "kpx/config/CFGCommand.h"
 
-#include "kpx/config/internal/ElementReader.h"
-#include "kpx/config/internal/ElementWriter.h"
+#include "kpx/config/ElementReader.h"
+#include "kpx/config/ElementWriter.h"
 #include "kpx/config/Operations.h"
+#include "kpx/config/PersistentFields.h"
 #include "kpx/report/Error.h"
 
 namespace kpx {
@@ -13,28 +14,11 @@ CString CFGCommand::GetElementName() const {
 }
 
 int CFGCommand::serializeXML(CMarkup* document) const {
-  return Guarded("CFGCommand::serializeXML"_config, 0,
-                 [&] { return detail::addElement(document, *this); });
+  return Guarded("CFGCommand::serializeXML"_config, 0, [&] { return addElement(document, *this); });
 }
 
 int CFGCommand::loadByXML(CMarkup* document) {
-  return Guarded("CFGCommand::loadByXML"_config, 0, [&] {
-    detail::ElementReader reader(document, *this);
-    if (!reader.matches()) return 0;
-    reader.header(*this);
-    reader.read(u"Pos", Pos);
-    reader.read(u"Caption", Caption);
-    reader.read(u"Command", Command);
-    return reader.done();
-  });
-}
-
-void detail::appendElement(ElementWriter& writer, const CFGCommand& command) {
-  writer.start(command);
-  writer.attribute(u" Pos=\"", command.Pos);
-  writer.attribute(u" Caption=\"", command.Caption);
-  writer.attribute(u" Command=\"", command.Command);
-  writer.closeEmpty();
+  return Guarded("CFGCommand::loadByXML"_config, 0, [&] { return readElement(document, *this); });
 }
 
 }  // namespace kpx

@@ -2,9 +2,10 @@
 
 #include <string_view>
 
-#include "kpx/config/internal/ElementReader.h"
-#include "kpx/config/internal/ElementWriter.h"
+#include "kpx/config/ElementReader.h"
+#include "kpx/config/ElementWriter.h"
 #include "kpx/config/Operations.h"
+#include "kpx/config/PersistentFields.h"
 #include "kpx/report/Error.h"
 
 namespace kpx {
@@ -20,20 +21,14 @@ CString CFGConfig::GetElementName() const {
 }
 
 int CFGConfig::serializeXML(CMarkup* document) const {
-  return Guarded("CFGConfig::serializeXML"_config, 0,
-                 [&] { return detail::addElement(document, *this); });
+  return Guarded("CFGConfig::serializeXML"_config, 0, [&] { return addElement(document, *this); });
 }
 
 int CFGConfig::loadByXML(CMarkup* document) {
   return Guarded("CFGConfig::loadByXML"_config, 0, [&] {
-    detail::ElementReader reader(document, *this);
-    if (!reader.matches()) return 0;
-    reader.header(*this);
-    reader.read(u"Name", Name);
-    reader.read(u"ClassID", ClassID);
-    const detail::InsideElement inside(*document);
-    while (document->FindChildElem(u"CFGClass")) Class.loadByXML(document);
-    return reader.done();
+    return readElement(document, *this, [&] {
+      while (document->FindChildElem(u"CFGClass")) Class.loadByXML(document);
+    });
   });
 }
 
@@ -51,10 +46,8 @@ void CFGConfig::AddColumn(const CFGCol& column) {
   Guarded("CFGConfig::AddColumn"_config, [&] { Class.AddCol(column); });
 }
 
-void detail::appendElement(ElementWriter& writer, const CFGConfig& object) {
+void appendElement(ElementWriter& writer, const CFGConfig& object) {
   writer.start(object);
-  writer.attribute(u" Name=\"", object.Name);
-  writer.attribute(u" ClassID=\"", object.ClassID);
   writer.open();
   appendPart("CFGClass::serializeXML"_config, writer, object.Class);
   writer.close(object);

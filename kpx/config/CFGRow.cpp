@@ -1,8 +1,9 @@
 #include "kpx/config/CFGRow.h"
 
-#include "kpx/config/internal/ElementReader.h"
-#include "kpx/config/internal/ElementWriter.h"
+#include "kpx/config/ElementReader.h"
+#include "kpx/config/ElementWriter.h"
 #include "kpx/config/Operations.h"
+#include "kpx/config/PersistentFields.h"
 #include "kpx/report/Error.h"
 
 namespace kpx {
@@ -12,13 +13,11 @@ CString CFGRow::GetElementName() const {
 }
 
 int CFGRow::serializeXML(CMarkup* document) const {
-  return Guarded("CFGRow::serializeXML"_config, 0,
-                 [&] { return detail::addElement(document, *this); });
+  return Guarded("CFGRow::serializeXML"_config, 0, [&] { return addElement(document, *this); });
 }
 
 int CFGRow::loadByXML(CMarkup* document) {
-  return Guarded("CFGRow::loadByXML"_config, 0,
-                 [&] { return detail::readHeaderOnly(document, *this); });
+  return Guarded("CFGRow::loadByXML"_config, 0, [&] { return readElement(document, *this); });
 }
 
 void CFGRow::AddCell(const CString& value, const CString& key, const CString& category,
@@ -36,10 +35,5 @@ bool CFGRow::FindCol(const CString& key, CFGCol& cell) const {
 CFGCol& CFGRow::ColAt(const CString& key) { return Cells.at(key); }
 
 void CFGRow::SetCol(const CString& key, const CFGCol& cell) { Cells.set(key, cell); }
-
-void detail::appendElement(ElementWriter& writer, const CFGRow& row) {
-  writer.start(row);
-  writer.closeEmpty();
-}
 
 }  // namespace kpx

@@ -1,8 +1,9 @@
 #include "kpx/config/CFGTable.h"
 
-#include "kpx/config/internal/ElementReader.h"
-#include "kpx/config/internal/ElementWriter.h"
+#include "kpx/config/ElementReader.h"
+#include "kpx/config/ElementWriter.h"
 #include "kpx/config/Operations.h"
+#include "kpx/config/PersistentFields.h"
 #include "kpx/report/Error.h"
 
 namespace kpx {
@@ -12,13 +13,11 @@ CString CFGTable::GetElementName() const {
 }
 
 int CFGTable::serializeXML(CMarkup* document) const {
-  return Guarded("CFGTable::serializeXML"_config, 0,
-                 [&] { return detail::addElement(document, *this); });
+  return Guarded("CFGTable::serializeXML"_config, 0, [&] { return addElement(document, *this); });
 }
 
 int CFGTable::loadByXML(CMarkup* document) {
-  return Guarded("CFGTable::loadByXML"_config, 0,
-                 [&] { return detail::readHeaderOnly(document, *this); });
+  return Guarded("CFGTable::loadByXML"_config, 0, [&] { return readElement(document, *this); });
 }
 
 void CFGTable::ResetPos() {}
@@ -42,10 +41,5 @@ bool CFGTable::FindCol(const CString& key, CFGRow& row) const {
 CFGRow& CFGTable::ColAt(const CString& key) { return Rows.at(key); }
 
 void CFGTable::SetCol(const CString& key, const CFGRow& row) { Rows.set(key, row); }
-
-void detail::appendElement(ElementWriter& writer, const CFGTable& table) {
-  writer.start(table);
-  writer.closeEmpty();
-}
 
 }  // namespace kpx

@@ -2,9 +2,10 @@
 
 #include <utility>
 
-#include "kpx/config/internal/ElementReader.h"
-#include "kpx/config/internal/ElementWriter.h"
+#include "kpx/config/ElementReader.h"
+#include "kpx/config/ElementWriter.h"
 #include "kpx/config/Operations.h"
+#include "kpx/config/PersistentFields.h"
 #include "kpx/report/Error.h"
 
 namespace kpx {
@@ -22,30 +23,11 @@ CString CJob::GetElementName() const {
 }
 
 int CJob::serializeXML(CMarkup* document) const {
-  return Guarded("CJob::serializeXML"_config, 0,
-                 [&] { return detail::addElement(document, *this); });
+  return Guarded("CJob::serializeXML"_config, 0, [&] { return addElement(document, *this); });
 }
 
 int CJob::loadByXML(CMarkup* document) {
-  return Guarded("CJob::loadByXML"_config, 0, [&] {
-    detail::ElementReader reader(document, *this);
-    if (!reader.matches()) return 0;
-    reader.header(*this);
-    reader.read(u"Name", Name);
-    reader.read(u"Description", Description);
-    reader.read(u"Type", Type);
-    reader.read(u"SystemID", SystemID);
-    return reader.done();
-  });
-}
-
-void detail::appendElement(ElementWriter& writer, const CJob& job) {
-  writer.start(job);
-  writer.attribute(u" Name=\"", job.Name);
-  writer.attribute(u" Description=\"", job.Description);
-  writer.attribute(u" Type=\"", job.Type);
-  writer.attribute(u" SystemID=\"", job.SystemID);
-  writer.closeEmpty();
+  return Guarded("CJob::loadByXML"_config, 0, [&] { return readElement(document, *this); });
 }
 
 }  // namespace kpx

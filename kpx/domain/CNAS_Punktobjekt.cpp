@@ -8,8 +8,8 @@
 #include <type_traits>
 #include <utility>
 
-#include "kpx/config/internal/ElementReader.h"
-#include "kpx/config/internal/ElementWriter.h"
+#include "kpx/config/ElementReader.h"
+#include "kpx/config/ElementWriter.h"
 #include "kpx/domain/Operations.h"
 #include "kpx/report/Error.h"
 #include "kpx/report/Exceptions.h"
@@ -95,7 +95,7 @@ bool sameReference(const NasExternalReference& a, const NasExternalReference& b)
 // --- writing --------------------------------------------------------------------------------
 
 template <class Owner, std::size_t N>
-void writeTexts(detail::ElementWriter& writer, const TextAttribute<Owner> (&attributes)[N],
+void writeTexts(ElementWriter& writer, const TextAttribute<Owner> (&attributes)[N],
                 const Owner& owner) {
   for (const TextAttribute<Owner>& attribute : attributes) {
     const CString& value = owner.*attribute.field;
@@ -120,7 +120,7 @@ void writeDataElements(std::u16string& out, std::u16string_view name,
 
 void writeReferences(std::u16string& out, const std::vector<NasExternalReference>& references,
                      std::u16string_view lineBreak) {
-  detail::ElementWriter writer(out, lineBreak);
+  ElementWriter writer(out, lineBreak);
   for (const NasExternalReference& reference : references) {
     out += u'<';
     out += referenceName;
@@ -202,7 +202,7 @@ int CNAS_Punktobjekt::serializeXML(CMarkup* document) const {
     std::u16string text;
     text.reserve(1024);
     const std::u16string_view lineBreak = WrittenMarkup::lineBreakOf(*document);
-    detail::ElementWriter writer(text, lineBreak);
+    ElementWriter writer(text, lineBreak);
     text += u'<';
     text += className;
     if (LockState > 0) writer.attribute(u" Lock=\"", LockState);
@@ -230,10 +230,10 @@ int CNAS_Punktobjekt::loadByXML(CMarkup* document) {
     if (!document) return 0;
     const GuardWatch watch;
     const CString name(className);
-    detail::ElementReader reader(document, name);
+    ElementReader reader(document, name);
     while (!reader.matches()) {
       if (!document->FindChildElem(name)) return 0;
-      reader = detail::ElementReader(document, name);
+      reader = ElementReader(document, name);
     }
 
     CNAS_Punktobjekt loaded;
@@ -251,7 +251,7 @@ int CNAS_Punktobjekt::loadByXML(CMarkup* document) {
       reader.header(loaded);
       reader.read(u"Lock", loaded.LockState);
     }
-    const detail::InsideElement inside(*document);
+    const InsideElement inside(*document);
     const auto readData = [&] { return document->GetChildData(); };
     loaded.sonstigeEigenschaften_.assign(readChildren<CString>(*document, propertyName, readData));
     loaded.Sicherungspunkte = readChildren<CString>(*document, protectionPointName, readData);

@@ -6,6 +6,7 @@
 #include <set>
 #include <stdexcept>
 
+#include "kpx/config/Operations.h"
 #include "kpx/support/texts/TextStore.h"
 #include "tests/common/FailingAllocations.h"
 #include "tests/common/TextPrinter.h"
@@ -30,7 +31,7 @@ TEST(ErrorReport, OneLineInEachLogAndNoBoxWithoutTheSwitch) {
   StoppedClock clock;
   shown.clear();
   setMessageBoxHandler(&rememberBox);
-  Guarded("CFGCol::serializeXML", [] { throw std::runtime_error("no"); });
+  Guarded("CFGCol::serializeXML"_config, [] { throw std::runtime_error("no"); });
   kpxErrorText(u"Verbindung weg");
   const std::string text =
       "Projekt: Aue    Job: Tag 1                      Datum / Zeit: 05.03.2021 / 08:03:04    "

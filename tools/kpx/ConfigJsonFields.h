@@ -1,11 +1,12 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
-#include <iterator>
 #include <string_view>
+#include <type_traits>
 
-#include "kpx/settings/document/ConfigAttributes.h"
+#include "kpx/config/PersistentFields.h"
 #include "kpx/text/CString.h"
 
 namespace kpx::tool {
@@ -22,40 +23,46 @@ using FieldKind = AttributeKind;
 
 /// An attribute of an element and the member of a JSON object that it becomes.
 struct JsonField {
-  const char* name;
+  std::array<char, 24> member{};
   std::u16string_view attribute;
   FieldKind kind = FieldKind::integer;
   bool always = false;  // it is written even if it is 0 or empty, and has to be there
+
+  constexpr const char* name() const noexcept { return member.data(); }
 };
 
-/// The attributes of an element with the names of their members: those of the record header, and
-/// the element's own.
-template <std::size_t attributeCount, std::size_t count>
-constexpr std::array<JsonField, attributeCount> jsonFields(
-    const std::array<ConfigAttribute, attributeCount>& attributes,
-    const char* const (&ownNames)[count]) {
-  constexpr const char* headerNames[] = {"object_id", "user_changed_id", "user_created_id",
-                                         "changed",   "created",         "trans_id"};
-  constexpr std::size_t headerCount = std::size(headerNames);
-  static_assert(attributeCount == headerCount + count);
-  std::array<JsonField, attributeCount> fields{};
-  for (std::size_t i = 0; i < attributeCount; ++i) {
-    const std::string_view name = i < headerCount ? headerNames[i] : ownNames[i - headerCount];
-    fields[i] = {name.data(), attributes[i].name, attributes[i].kind,
-                 name == "type" || name == "key" || name == "value"};
+/// A member is named as its attribute, in lower case with underscores: "ObjectID" is "object_id".
+constexpr JsonField jsonField(const ElementAttribute& attribute) {
+  JsonField field{{}, attribute.name, attribute.kind};
+  std::size_t length = 0;
+  char16_t before = u'A';
+  for (const char16_t unit : attribute.name) {
+    const bool isUpper = unit >= u'A' && unit <= u'Z';
+    if (isUpper && before >= u'a') field.member[length++] = '_';
+    field.member[length++] = static_cast<char>(isUpper ? unit - u'A' + u'a' : unit);
+    before = unit;
   }
-  return fields;
+  return field;
 }
 
-inline constexpr auto configurationFields =
-    jsonFields(configurationAttributes, {"name", "class_id"});
-inline constexpr auto classFields = jsonFields(keyedClassAttributes, {"name"});
-inline constexpr auto columnFields =
-    jsonFields(columnAttributes, {"class_id", "type", "key", "caption", "category", "length",
-                                  "prec", "nullable", "empty", "default", "unit"});
+/// The attributes of an element with the names of their members; a column's "Name" is its "key".
+template <class Object>
+inline constexpr auto jsonFields = [] {
+  std::array<JsonField, attributesOf<Object>.size()> fields{};
+  std::ranges::transform(attributesOf<Object>, fields.begin(), jsonField);
+  for (JsonField& field : fields) {
+    if (std::is_same_v<Object, CFGCol> && field.attribute == u"Name") field.member = {"key"};
+    const std::string_view name = field.name();
+    field.always = name == "type" || name == "key" || name == "value";
+  }
+  return fields;
+}();
+
+inline constexpr auto& configurationFields = jsonFields<CFGConfig>;
+inline constexpr auto& classFields = jsonFields<CFGClass>;
+inline constexpr auto& columnFields = jsonFields<CFGCol>;
 /// The attribute "Value" is the member "value" of the setting itself.
-inline constexpr auto valueFields =
-    jsonFields(valueAttributes, {"value", "col_id", "row_id", "data"});
+inline constexpr auto& valueFields = jsonFields<CFGValue>;
 
 /// The text of a field that is left out.
 std::u16string_view neutralText(FieldKind kind) noexcept;

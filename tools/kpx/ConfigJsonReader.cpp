@@ -6,6 +6,7 @@
 #include <span>
 #include <vector>
 
+#include "kpx/settings/document/ConfigAttributes.h"
 #include "kpx/settings/document/ConfigCheck.h"
 #include "kpx/text/NumberText.h"
 #include "kpx/xml/Encoding.h"
@@ -166,11 +167,11 @@ class Reader {
     out_ += name.view();
     for (const JsonField& field : fields) {
       std::optional<CString> text;
-      if (field.always || object.contains(field.name)) {
-        const Json& node = member(object, at, field.name);
+      if (field.always || object.contains(field.name())) {
+        const Json& node = member(object, at, field.name());
         // The value of a setting stands beside its record.
         const bool isValue = field.attribute == u"Value";
-        text = attributeOf(node, field.kind, isValue ? valueAt_ : at + "/" + field.name);
+        text = attributeOf(node, field.kind, isValue ? valueAt_ : at + "/" + field.name());
       } else {
         text = field.attribute == u"Name" ? usualName : CString(neutralText(field.kind));
       }

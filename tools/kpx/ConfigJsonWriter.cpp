@@ -4,6 +4,7 @@
 #include <span>
 #include <vector>
 
+#include "kpx/settings/document/ConfigAttributes.h"
 #include "kpx/text/NumberText.h"
 #include "kpx/text/Utf.h"
 #include "tools/kpx/ConfigJson.h"
@@ -17,7 +18,7 @@ std::u16string_view neutralText(FieldKind kind) noexcept {
     case FieldKind::integer:
       return u"0";
     case FieldKind::time:
-      return u"00.00.0000-00:00:00";
+      return zeroTimeText;
     case FieldKind::text:
       break;
   }
@@ -196,9 +197,9 @@ class Writer {
       const std::u16string_view usual =
           field.attribute == u"Name" ? usualName.view() : neutralText(field.kind);
       if (!text) {
-        object[field.name] = nullptr;
+        object[field.name()] = nullptr;
       } else if (field.always || *text != usual) {
-        object[field.name] = jsonOfAttribute(field.kind, *text);
+        object[field.name()] = jsonOfAttribute(field.kind, *text);
       }
     }
   }

@@ -8,6 +8,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "kpx/config/PersistentFields.h"
 #include "kpx/settings/document/ConfigAttributes.h"
 #include "kpx/settings/document/internal/DefaultColumns.h"
 #include "kpx/text/NumberText.h"
@@ -52,7 +53,7 @@ class Validator {
     } else if (!configuration_.keyedClass.exists()) {
       // What stands in its place is told with it.
       add(FindingKind::missingClass, {}, {}, offset_);
-      checkAttributes(configuration_.element, configurationAttributes, {});
+      checkAttributes(configuration_.element, attributesOf<CFGConfig>, {});
     } else {
       checkSettings();
       checkMarkup();
@@ -116,15 +117,15 @@ class Validator {
   // --- markup -------------------------------------------------------------------------------
 
   void checkMarkup() {
-    checkAttributes(configuration_.element, configurationAttributes, {});
-    checkAttributes(configuration_.keyedClass, keyedClassAttributes, {});
+    checkAttributes(configuration_.element, attributesOf<CFGConfig>, {});
+    checkAttributes(configuration_.keyedClass, attributesOf<CFGClass>, {});
     checkName(configuration_.keyedClass);
     for (std::size_t i = 0; i < configuration_.ownColumns; ++i) {
       const ConfigColumn& column = configuration_.columns[i];
       const CString key = view_.keyOf(column);
-      checkAttributes(column.column, columnAttributes, key);
+      checkAttributes(column.column, attributesOf<CFGCol>, key);
       checkType(column.column, key);
-      checkAttributes(column.value, valueAttributes, key);
+      checkAttributes(column.value, attributesOf<CFGValue>, key);
     }
     for (const ForeignMarkup& each : configuration_.foreign) {
       add(FindingKind::foreignMarkup, {}, {}, each.offset, ValueProblem::none,
@@ -153,12 +154,12 @@ class Validator {
         ValueProblem::none, longAsText(usual->Type));
   }
 
-  void checkAttributes(const ConfigElement& element, std::span<const ConfigAttribute> known,
+  void checkAttributes(const ConfigElement& element, std::span<const ElementAttribute> known,
                        const CString& key) {
     std::uint32_t seen = 0;
     for (AttributeReader attribute = view_.attributesOf(element); attribute.next();) {
       const int offset = element.begin + attribute.nameBegin();
-      const auto found = std::ranges::find(known, attribute.name(), &ConfigAttribute::name);
+      const auto found = std::ranges::find(known, attribute.name(), &ElementAttribute::name);
       if (found == known.end()) {
         addAttribute(FindingKind::foreignAttribute, key, offset, attribute);
         continue;

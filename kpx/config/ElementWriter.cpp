@@ -1,12 +1,11 @@
-#include "kpx/config/internal/ElementWriter.h"
+#include "kpx/config/ElementWriter.h"
 
-#include "kpx/config/CDBObject.h"
-#include "kpx/config/internal/ElementReader.h"
+#include "kpx/config/PersistentFields.h"
 #include "kpx/report/Exceptions.h"
 #include "kpx/text/NumberText.h"
 #include "kpx/text/TimeValue.h"
 
-namespace kpx::detail {
+namespace kpx {
 namespace {
 
 void appendInteger(std::u16string& out, std::int32_t value) {
@@ -27,23 +26,21 @@ void appendInteger(std::u16string& out, std::int32_t value) {
   out.append(first, digits + 11);
 }
 
-}  // namespace
-
+/// Raises `InvalidArgException` for a name that would not read back as one, since that would lose
+/// the object.
 CString writableNameOf(const CDBObject& object) {
   CString name = object.GetElementName();
   if (!WrittenMarkup::isName(name)) throw InvalidArgException();
   return name;
 }
 
-void ElementWriter::start(const CDBObject& object) {
+}  // namespace
+
+void ElementWriter::startHeader(const CDBObject& object) {
   out_ += u'<';
   out_ += writableNameOf(object).view();
-  attribute(u" ObjectID=\"", object.ObjectID);
-  attribute(u" UserChangedID=\"", object.UserChangedID);
-  attribute(u" UserCreatedID=\"", object.UserCreatedID);
-  timeAttribute(u" changed=\"", object.changed);
-  timeAttribute(u" created=\"", object.created);
-  attribute(u" TransID=\"", object.TransID);
+  forEachField<CDBObject>(
+      [&](const auto& field) { attribute(field.opening(), object.*field.member); });
 }
 
 void ElementWriter::attribute(std::u16string_view opening, const CString& value) {
@@ -58,7 +55,7 @@ void ElementWriter::attribute(std::u16string_view opening, std::int32_t value) {
   out_ += u'"';
 }
 
-void ElementWriter::timeAttribute(std::u16string_view opening, double time) {
+void ElementWriter::attribute(std::u16string_view opening, double time) {
   out_ += opening;
   if (time == 0.0) {
     out_ += zeroTimeText;
@@ -74,4 +71,4 @@ void ElementWriter::close(const CDBObject& object) {
   open();
 }
 
-}  // namespace kpx::detail
+}  // namespace kpx

@@ -4,14 +4,12 @@
 #include <string_view>
 
 #include "kpx/config/CDBObject.h"
+#include "kpx/config/Field.h"
 #include "kpx/report/Error.h"
 #include "kpx/xml/AttributeReader.h"
 #include "kpx/xml/CMarkup.h"
 
-namespace kpx::detail {
-
-/// The text of a time double that is 0.
-inline constexpr std::u16string_view zeroTimeText = u"00.00.0000-00:00:00";
+namespace kpx {
 
 /// Reads the attributes of the document's current child element into fields. An absent attribute
 /// leaves its field as it is. Quickest when fields are read in the order in which they stand.
@@ -31,20 +29,24 @@ class ElementReader {
     return 1;
   }
 
+  /// The header, and the fields of the class.
   void header(CDBObject& object);
-  void read(std::u16string_view name, CString& field) { attributes_.read(name, field); }
-  void read(std::u16string_view name, std::int32_t& field);
+  template <class Object>
+  void fields(Object& object) {
+    header(object);
+    forEachField<Object>([&](const auto& field) { read(field.name(), object.*field.member); });
+  }
+
+  /// One attribute; a double is a time double.
+  void read(std::u16string_view name, CString& value) { attributes_.read(name, value); }
+  void read(std::u16string_view name, std::int32_t& value);
+  void read(std::u16string_view name, double& time);
 
  private:
-  void readTime(std::u16string_view name, double& field);
-
   GuardWatch watch_;
   bool matches_ = false;
   AttributeReader attributes_;
 };
-
-/// Reads the header of an object whose XML holds nothing else. Answers as `CDBObject::loadByXML`.
-int readHeaderOnly(CMarkup* document, CDBObject& object);
 
 /// Steps into the current child element, and out again at the end of the scope.
 class InsideElement {
@@ -61,4 +63,25 @@ class InsideElement {
   bool inside_;
 };
 
-}  // namespace kpx::detail
+/// Reads the fields of an object, and what `readParts` reads inside its element. Answers as
+/// `CDBObject::loadByXML`.
+template <class Object, class ReadParts>
+int readElement(CMarkup* document, Object& object, ReadParts readParts) {
+  ElementReader reader(document, object);
+  if (!reader.matches()) return 0;
+  reader.fields(object);
+  const InsideElement inside(*document);
+  readParts();
+  return reader.done();
+}
+
+/// The same of an object without parts.
+template <class Object>
+int readElement(CMarkup* document, Object& object) {
+  ElementReader reader(document, object);
+  if (!reader.matches()) return 0;
+  reader.fields(object);
+  return reader.done();
+}
+
+}  // namespace kpx

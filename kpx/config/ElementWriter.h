@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "kpx/config/CDBObject.h"
+#include "kpx/config/Field.h"
 #include "kpx/report/Error.h"
 #include "kpx/report/Exceptions.h"
 #include "kpx/text/CString.h"
@@ -12,22 +14,10 @@
 #include "kpx/xml/WrittenMarkup.h"
 
 namespace kpx {
-class CDBObject;
-class CFGValue;
-class CFGCodedValue;
-class CFGRange;
-class CFGCommand;
+
 class CFGCol;
 class CFGClass;
 class CFGConfig;
-class CJob;
-class CProject;
-class CUser;
-class CFGRow;
-class CFGTable;
-}  // namespace kpx
-
-namespace kpx::detail {
 
 /// Writes persistent objects as markup text, each element on a line of its own as the document
 /// itself would write it.
@@ -43,40 +33,41 @@ class ElementWriter {
   /// Room for this many columns of ordinary length, with their values.
   void reserveColumns(std::size_t count) { out_.reserve(out_.size() + 256 + count * 600); }
 
-  /// The start tag's name and the six header attributes.
-  void start(const CDBObject& object);
-  /// Attributes; `opening` is the name with everything before the value: u" Name=\"".
+  /// The start tag with the header and the fields of the class. Raises `InvalidArgException` when
+  /// the object's element name would not read back as one.
+  template <class Object>
+  void start(const Object& object) {
+    startHeader(object);
+    forEachField<Object>(
+        [&](const auto& field) { attribute(field.opening(), object.*field.member); });
+  }
+  /// One attribute; `opening` is the name with everything before the value, see `Field::opening`.
+  /// A double is a time double.
   void attribute(std::u16string_view opening, const CString& value);
   void attribute(std::u16string_view opening, std::int32_t value);
+  void attribute(std::u16string_view opening, double time);
   /// Ends the start tag of an element that has children.
   void open() { out_.append(u">").append(lineBreak_); }
   void closeEmpty() { out_.append(u"/>").append(lineBreak_); }
   void close(const CDBObject& object);
 
  private:
-  void timeAttribute(std::u16string_view opening, double time);
+  void startHeader(const CDBObject& object);
 
   std::u16string& out_;
   std::u16string_view lineBreak_;
 };
 
-/// The object's element name. Raises `InvalidArgException` for one that would not read back as a
-/// name, since that would lose the object.
-CString writableNameOf(const CDBObject& object);
-
-// Each stands beside its class.
-void appendElement(ElementWriter& writer, const CFGValue& value);
-void appendElement(ElementWriter& writer, const CFGCodedValue& value);
-void appendElement(ElementWriter& writer, const CFGRange& range);
-void appendElement(ElementWriter& writer, const CFGCommand& command);
+/// Writes an object without parts.
+template <class Object>
+void appendElement(ElementWriter& writer, const Object& object) {
+  writer.start(object);
+  writer.closeEmpty();
+}
+// Those with parts stand beside their classes.
 void appendElement(ElementWriter& writer, const CFGCol& column);
 void appendElement(ElementWriter& writer, const CFGClass& object);
 void appendElement(ElementWriter& writer, const CFGConfig& object);
-void appendElement(ElementWriter& writer, const CJob& job);
-void appendElement(ElementWriter& writer, const CProject& project);
-void appendElement(ElementWriter& writer, const CUser& user);
-void appendElement(ElementWriter& writer, const CFGRow& row);
-void appendElement(ElementWriter& writer, const CFGTable& table);
 
 /// Writes an object that is a part of another one. A failure is reported under its own number and
 /// goes on to the one around it, which cannot be whole without it.
@@ -100,4 +91,4 @@ int addElement(CMarkup* document, const Object& object) {
   return 1;
 }
 
-}  // namespace kpx::detail
+}  // namespace kpx
