@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <ctime>
 #include <stdexcept>
 
 #include "kpx/report/Error.h"
@@ -330,50 +329,6 @@ TEST(MarkupParse, DocumentOpenForAStreamIsNeitherCopiedNorCounted) {
   EXPECT_TRUE(writer.IsWellFormed());
   CMarkup reader(reading);
   EXPECT_FALSE(reader.SetDoc(u"<a>"));
-}
-
-// A cost that grows with the square of the document shows as a factor of 16 here.
-TEST(MarkupParse, HostileDocumentsCostNoMoreThanTheyAreLong) {
-  struct Case {
-    const char* what;
-    CString (*make)(int);
-  };
-  const Case cases[] = {
-      {"lone end tags below deep nesting",
-       [](int n) { return repeated(n, u"<a>") + repeated(n, u"</b>"); }},
-      {"... with names that begin alike",
-       [](int n) {
-         return repeated(n, u"<a==[]=>") + repeated(n, u"</a=>") + repeated(n, u"</a>");
-       }},
-      {"unended elements in unended elements",
-       [](int n) { return u"<r>"_cs + repeated(n, u"<a><b/>") + u"</r>"_cs; }},
-      {"many unended groups",
-       [](int n) { return repeated(n, u"<a><b><c><d/></a>") + repeated(n, u"<a>"); }},
-      {"errors on one long line", [](int n) { return u"<a>"_cs + repeated(n, u"</b>x"); }},
-      {"unterminated quotes", [](int n) { return repeated(n, u"<a b=\"'><c d='"); }},
-      {"no tag at all", [](int n) { return repeated(n, u"<"); }},
-      {"no declaration", [](int n) { return repeated(n, u"<!D>"); }},
-      {"unterminated comments", [](int n) { return repeated(n, u"<!--"); }},
-      {"a comment full of ends", [](int n) { return u"<!--"_cs + repeated(n, u"->"); }},
-      {"brackets in a declaration", [](int n) { return u"<!DOCTYPE "_cs + repeated(n, u"[<!--"); }},
-      {"one long name",
-       [](int n) { return u"<"_cs + repeated(n, u"a=") + u">"_cs + repeated(n, u"</b>"); }},
-  };
-  const auto seconds = [](const CString& text) {
-    double least = 1e9;
-    for (int i = 0; i < 3; ++i) {
-      CMarkup document;
-      // Time of the processor: other programs must not count.
-      const std::clock_t begin = std::clock();
-      document.SetDoc(text);
-      least = std::min(least, static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC);
-    }
-    return least;
-  };
-  for (const Case& each : cases) {
-    const double quarter = seconds(each.make(30000));
-    EXPECT_LT(seconds(each.make(120000)), 9 * quarter + 0.05) << each.what;
-  }
 }
 
 }  // namespace
