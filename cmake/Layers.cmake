@@ -11,6 +11,13 @@ function(kpx_layer name)
   target_compile_definitions(kpx_${name} PRIVATE KPX_BUILDING)
   target_link_libraries(kpx_${name} PUBLIC ${LAYER_LINK})
   target_compile_features(kpx_${name} PUBLIC cxx_std_20)
+  # The release build does without, so that every file has to include what it uses.
+  if(KPX_PRECOMPILE AND name STREQUAL report)
+    target_precompile_headers(kpx_report PRIVATE <algorithm> <chrono> <functional> <map> <memory>
+                              <optional> <span> <string> <string_view> <utility> <vector>)
+  elseif(KPX_PRECOMPILE)
+    target_precompile_headers(kpx_${name} REUSE_FROM kpx_report)
+  endif()
 endfunction()
 
 # kpx_add_test(NAME [LABELS labels...] [ENVIRONMENT variables...] COMMAND ...)
