@@ -3,8 +3,8 @@
 #include <string>
 #include <utility>
 
-#include "kpx/capi/Operations.h"
 #include "kpx/capi/internal/Answer.h"
+#include "kpx/capi/Operations.h"
 
 using namespace kpx;        // NOLINT(google-build-using-namespace): the functions are global
 using namespace kpx::capi;  // NOLINT(google-build-using-namespace)

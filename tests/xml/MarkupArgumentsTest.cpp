@@ -11,64 +11,55 @@ namespace {
 
 // --- what compiles, and what must not ------------------------------------------------------------
 
+// clang-format off: it takes the braces of requirements for blocks.
+
 // How many of the operations that take a value take one of this type.
 template <class Value>
 constexpr int takingValue() {
-  return int{requires(CMarkup & d, Value v){d.SetData(v);
+  int count = 0;
+  count += requires(CMarkup & d, Value v) { d.SetData(v); }
+  ? 1 : 0;
+  count += requires(CMarkup & d, Value v) { d.SetChildData(v); }
+  ? 1 : 0;
+  count += requires(CMarkup & d, Value v) { d.SetAttrib(u"n", v); }
+  ? 1 : 0;
+  count += requires(CMarkup & d, Value v) { d.SetChildAttrib(u"n", v); }
+  ? 1 : 0;
+  count += requires(CMarkup & d, Value v) { d.AddElem(u"n", v); }
+  ? 1 : 0;
+  count += requires(CMarkup & d, Value v) { d.InsertElem(u"n", v); }
+  ? 1 : 0;
+  count += requires(CMarkup & d, Value v) { d.AddChildElem(u"n", v); }
+  ? 1 : 0;
+  count += requires(CMarkup & d, Value v) { d.InsertChildElem(u"n", v); }
+  ? 1 : 0;
+  return count;
 }
-}  // namespace
-+ int{requires(CMarkup & d, Value v){d.SetChildData(v);
-}  // namespace kpx
-}
-+ int{requires(CMarkup & d, Value v){d.SetAttrib(u"n", v);
-}
-}
-+ int{requires(CMarkup & d, Value v){d.SetChildAttrib(u"n", v);
-}
-}
-+ int{requires(CMarkup & d, Value v){d.AddElem(u"n", v);
-}
-}
-+ int{requires(CMarkup & d, Value v){d.InsertElem(u"n", v);
-}
-}
-+ int{requires(CMarkup & d, Value v){d.AddChildElem(u"n", v);
-}
-}
-+ int{requires(CMarkup & d, Value v){d.InsertChildElem(u"n", v);
-}
-}
-;  // namespace
-}  // namespace kpx
+
 // The same with decimals or flags behind it.
 template <class Value>
 constexpr int takingMore() {
-  return int{requires(CMarkup & d, Value v){d.SetData(v, 2);
+  int count = 0;
+  count += requires(CMarkup & d, Value v) { d.SetData(v, 2); }
+  ? 1 : 0;
+  count += requires(CMarkup & d, Value v) { d.SetChildData(v, 2); }
+  ? 1 : 0;
+  count += requires(CMarkup & d, Value v) { d.SetAttrib(u"n", v, 2); }
+  ? 1 : 0;
+  count += requires(CMarkup & d, Value v) { d.SetChildAttrib(u"n", v, 2); }
+  ? 1 : 0;
+  count += requires(CMarkup & d, Value v) { d.AddElem(u"n", v, 2); }
+  ? 1 : 0;
+  count += requires(CMarkup & d, Value v) { d.InsertElem(u"n", v, 2); }
+  ? 1 : 0;
+  count += requires(CMarkup & d, Value v) { d.AddChildElem(u"n", v, 2); }
+  ? 1 : 0;
+  count += requires(CMarkup & d, Value v) { d.InsertChildElem(u"n", v, 2); }
+  ? 1 : 0;
+  return count;
 }
-}
-+ int{requires(CMarkup & d, Value v){d.SetChildData(v, 2);
-}
-}
-+ int{requires(CMarkup & d, Value v){d.SetAttrib(u"n", v, 2);
-}
-}
-+ int{requires(CMarkup & d, Value v){d.SetChildAttrib(u"n", v, 2);
-}
-}
-+ int{requires(CMarkup & d, Value v){d.AddElem(u"n", v, 2);
-}
-}
-+ int{requires(CMarkup & d, Value v){d.InsertElem(u"n", v, 2);
-}
-}
-+ int{requires(CMarkup & d, Value v){d.AddChildElem(u"n", v, 2);
-}
-}
-+ int{requires(CMarkup & d, Value v){d.InsertChildElem(u"n", v, 2);
-}
-}
-;
-}
+
+// clang-format on
 
 enum Plain { plain = 7 };
 enum class Scoped { value };

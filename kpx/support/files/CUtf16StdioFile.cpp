@@ -201,33 +201,33 @@ template <class Unit>
 Unit* CUtf16StdioFile::readInto(Unit* buffer, unsigned size) {
   problem_ = notOpen;
   if (!buffer || size < 2 || !canRead_ || !IsOpen()) return nullptr;
-  return Guarded(
-      "CUtf16StdioFile::ReadString(char16_t*)"_support, static_cast<Unit*>(nullptr), [&] {
-        problem_ = writePending();
-        if (!problem_) return static_cast<Unit*>(nullptr);
-        CString text;
-        const std::uint64_t start = position_;
-        const bool read =
-            isUnicode_ ? ReadUnicodeString(text, size - 1) : ReadANSIString(text, size - 1, true);
-        if (!read) return static_cast<Unit*>(nullptr);
-        if constexpr (sizeof(Unit) == sizeof(char16_t)) {
-          *std::copy(text.begin(), text.end(), buffer) = 0;
-        } else {
-          // A character that the buffer would cut in halves comes whole with the next call.
-          const int last = text.GetLength() - 1;
-          const bool isCut = position_ - start == text.view().size() * unitBytes();
-          if (isCut && last > 0 && isHighSurrogate(text[last]) && hasMore() &&
-              isLowSurrogate(accumulator_[next_])) {
-            accumulator_.replace(0, next_, 1, text[last]);
-            next_ = 0;
-            position_ -= unitBytes();
-            text.Truncate(last);
-          }
-          const std::wstring wide = text.wide();
-          *std::copy(wide.begin(), wide.end(), buffer) = 0;
-        }
-        return buffer;
-      });
+  constexpr OperationNumber operation = "CUtf16StdioFile::ReadString(char16_t*)"_support;
+  return Guarded(operation, static_cast<Unit*>(nullptr), [&] {
+    problem_ = writePending();
+    if (!problem_) return static_cast<Unit*>(nullptr);
+    CString text;
+    const std::uint64_t start = position_;
+    const bool read =
+        isUnicode_ ? ReadUnicodeString(text, size - 1) : ReadANSIString(text, size - 1, true);
+    if (!read) return static_cast<Unit*>(nullptr);
+    if constexpr (sizeof(Unit) == sizeof(char16_t)) {
+      *std::copy(text.begin(), text.end(), buffer) = 0;
+    } else {
+      // A character that the buffer would cut in halves comes whole with the next call.
+      const int last = text.GetLength() - 1;
+      const bool isCut = position_ - start == text.view().size() * unitBytes();
+      if (isCut && last > 0 && isHighSurrogate(text[last]) && hasMore() &&
+          isLowSurrogate(accumulator_[next_])) {
+        accumulator_.replace(0, next_, 1, text[last]);
+        next_ = 0;
+        position_ -= unitBytes();
+        text.Truncate(last);
+      }
+      const std::wstring wide = text.wide();
+      *std::copy(wide.begin(), wide.end(), buffer) = 0;
+    }
+    return buffer;
+  });
 }
 
 char16_t* CUtf16StdioFile::ReadString(char16_t* buffer, unsigned size) {
