@@ -34,23 +34,23 @@ struct ErrorLogEntry {
 /// the text store and in those that are added, in UTF-8 or, where a line is none, in Windows-1252.
 /// Whatever a line holds, it is one entry, and the cost is linear. Names may hold anything but line
 /// breaks, so a name that looks like the beginning of the next field ends there.
-class KPX_API ErrorLogReader {
+class ErrorLogReader {
  public:
-  ErrorLogReader();
+  KPX_API ErrorLogReader();
 
   /// Lets the reader understand the language files of a folder, too, as `textFolder` names it: a
   /// log is in the language of the user who met the failure. Files that cannot be read are passed
   /// over.
-  void addLanguages(const CString& folder);
+  KPX_API void addLanguages(const CString& folder);
 
   /// The entry of a line without its end.
-  ErrorLogEntry read(std::string_view line) const;
+  KPX_API ErrorLogEntry read(std::string_view line) const;
 
   /// Reads all lines of a log; empty ones are passed over. Counts lines on from call to call. What
   /// follows the last line feed is taken as a line when `isWhole` says that nothing will follow.
   /// Answers how many bytes were read.
-  std::size_t readAll(std::string_view bytes, bool isWhole,
-                      const std::function<void(ErrorLogEntry&&)>& take);
+  KPX_API std::size_t readAll(std::string_view bytes, bool isWhole,
+                              const std::function<void(ErrorLogEntry&&)>& take);
 
  private:
   struct Form {

@@ -131,7 +131,7 @@ class KPX_API CNAS_Punktobjekt : public CDBObject {
   std::map<std::int32_t, CAaaPunktortUUID> Punktorte;
 
  private:
-  bool hasProperty(int index) const noexcept;
+  KPX_LOCAL bool hasProperty(int index) const noexcept;
 
   detail::PropertyList sonstigeEigenschaften_;  // elements "SonstigeEigenschaft"
 };

@@ -4,8 +4,6 @@
 #include <string>
 #include <string_view>
 
-#include "kpx/report/Export.h"
-
 namespace kpx {
 
 /// What could not be decoded: where the first such byte is, and how many there are.
@@ -18,11 +16,10 @@ struct DecodingLoss {
 /// Appends bytes in an encoding that the system knows as UTF-16; each byte (in UTF-32, each group
 /// of four) that is part of no character becomes U+FFFD. Answers false, and appends nothing, when
 /// the system does not know the code page.
-KPX_API bool decodeCodePage(int codePage, std::string_view bytes, std::u16string& text,
-                            DecodingLoss& loss);
+bool decodeCodePage(int codePage, std::string_view bytes, std::u16string& text, DecodingLoss& loss);
 
 /// Writes UTF-16 in an encoding that the system knows.
-class KPX_API CodePageEncoder {
+class CodePageEncoder {
  public:
   explicit CodePageEncoder(int codePage);
   ~CodePageEncoder();

@@ -9,19 +9,19 @@ namespace kpx {
 
 /// The content of a file in memory: a block of bytes that nothing writes before the file is read
 /// into it, on large pages when it is big.
-class KPX_API FileBytes {
+class FileBytes {
  public:
   FileBytes() noexcept = default;
-  FileBytes(FileBytes&& other) noexcept;
-  FileBytes& operator=(FileBytes&& other) noexcept;
-  ~FileBytes();
+  KPX_API FileBytes(FileBytes&& other) noexcept;
+  KPX_API FileBytes& operator=(FileBytes&& other) noexcept;
+  KPX_API ~FileBytes();
 
   std::string_view view() const noexcept { return {block_, size_}; }
   operator std::string_view() const noexcept { return view(); }
   std::size_t size() const noexcept { return size_; }
 
   /// Room for `capacity` bytes; keeps what is there. Throws std::bad_alloc.
-  void reserve(std::size_t capacity);
+  KPX_API void reserve(std::size_t capacity);
   std::size_t capacity() const noexcept { return capacity_; }
   /// Where a reader writes, up to the capacity.
   char* data() noexcept { return block_; }

@@ -2,8 +2,6 @@
 
 #include <chrono>
 
-#include "kpx/report/Export.h"
-
 namespace kpx {
 
 /// How long a program waits, unless it says otherwise, for another one to finish its change.
@@ -14,7 +12,7 @@ inline constexpr std::chrono::milliseconds changePatience{10'000};
 /// readers never are. It holds for the name, so it outlives the renaming that replaces a file, and
 /// for a file that is still to be made. Destroying it gives it back; the system does so for a
 /// program that ends in any other way.
-class KPX_API FileLock {
+class FileLock {
  public:
   virtual ~FileLock();
 };

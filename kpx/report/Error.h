@@ -34,7 +34,7 @@ namespace detail {
 
 /// Marks that this thread is reporting. Where it does so already, the new report has to be dropped,
 /// which is counted.
-class KPX_API ReportScope {
+class ReportScope {
  public:
   ReportScope() noexcept;
   ~ReportScope();

@@ -4,17 +4,15 @@
 #include <string>
 #include <string_view>
 
-#include "kpx/report/Export.h"
-
 namespace kpx {
 
 /// Whether the library reads and writes this code page of one byte a character itself.
-KPX_API bool isSingleByte(int codePage) noexcept;
+bool isSingleByte(int codePage) noexcept;
 
 /// Appends the bytes as units. Every byte of ISO-8859-1 and Windows-1252 is a character.
-KPX_API void decodeSingleByte(int codePage, std::string_view bytes, std::u16string& text);
+void decodeSingleByte(int codePage, std::string_view bytes, std::u16string& text);
 
 /// Appends the units up to the first that the code page cannot hold; answers how many.
-KPX_API std::size_t encodeSingleByte(int codePage, std::u16string_view text, std::string& bytes);
+std::size_t encodeSingleByte(int codePage, std::u16string_view text, std::string& bytes);
 
 }  // namespace kpx

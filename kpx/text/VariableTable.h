@@ -22,19 +22,19 @@ namespace kpx {
 ///     table.add(u"Count", count);
 ///     table.add(u"Scale", scale, 3);
 ///     utlStringToVar(u"Scale", u"0,9996", table);
-class KPX_API VariableTable {
+class VariableTable {
  public:
-  void add(const CString& name, std::int32_t& variable);
+  KPX_API void add(const CString& name, std::int32_t& variable);
   /// `decimals` as `utlDoubleAsText` takes them.
-  void add(const CString& name, double& variable, int decimals = allDigits);
-  void add(const CString& name, CString& variable);
+  KPX_API void add(const CString& name, double& variable, int decimals = allDigits);
+  KPX_API void add(const CString& name, CString& variable);
 
   bool has(std::u16string_view name) const noexcept { return find(name) != nullptr; }
   std::size_t size() const noexcept { return entries_.size(); }
 
   /// See utlStringToVar and utlVarToString.
-  bool write(std::u16string_view name, std::u16string_view text) const;
-  bool read(std::u16string_view name, CString& text) const;
+  KPX_API bool write(std::u16string_view name, std::u16string_view text) const;
+  KPX_API bool read(std::u16string_view name, CString& text) const;
 
  private:
   struct Entry {
@@ -43,7 +43,7 @@ class KPX_API VariableTable {
     int decimals = 0;  // of reals
   };
 
-  const Entry* find(std::u16string_view name) const noexcept;
+  KPX_API const Entry* find(std::u16string_view name) const noexcept;
   void put(Entry entry);
 
   std::vector<Entry> entries_;

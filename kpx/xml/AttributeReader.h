@@ -21,21 +21,21 @@ namespace kpx {
 ///
 /// Points into the text of the document: valid until the document is changed or destroyed. Many
 /// readers of one document may be at work at the same time.
-class KPX_API AttributeReader {
+class AttributeReader {
  public:
   /// Has no attributes.
   AttributeReader() noexcept = default;
   /// A whole start tag, from "<" through ">".
-  explicit AttributeReader(std::u16string_view startTag) noexcept;
+  KPX_API explicit AttributeReader(std::u16string_view startTag) noexcept;
 
   /// Goes on to the next attribute; false behind the last.
-  bool next() noexcept;
+  KPX_API bool next() noexcept;
   /// Goes to the attribute with this name, to the first of them if it is repeated. Quick when
   /// attributes are asked for in the order in which they stand. Answers false and stays where it is
   /// when there is none.
-  bool find(std::u16string_view name) noexcept;
+  KPX_API bool find(std::u16string_view name) noexcept;
   /// Finds the attribute and stores its value; answers false and stores nothing if it is missing.
-  bool read(std::u16string_view name, CString& value);
+  KPX_API bool read(std::u16string_view name, CString& value);
   /// Back to before the first attribute.
   void rewind() noexcept {
     current_ = Span{first_, first_, first_, first_, first_};
@@ -44,13 +44,13 @@ class KPX_API AttributeReader {
   }
 
   /// The current attribute; empty before the first.
-  std::u16string_view name() const noexcept;
+  KPX_API std::u16string_view name() const noexcept;
   /// The value with references resolved.
-  CString value() const;
+  KPX_API CString value() const;
   /// The same into a text whose memory is used again.
-  void value(CString& into) const;
+  KPX_API void value(CString& into) const;
   /// The value as it stands in the tag, without its quotes.
-  std::u16string_view rawValue() const noexcept;
+  KPX_API std::u16string_view rawValue() const noexcept;
 
   /// Where the current attribute stands in the tag, in units. Without a value, the value is an
   /// empty place behind the name or its "=".

@@ -23,6 +23,9 @@ namespace detail {
 struct TokenPos;
 struct EditPlace;
 class MarkupEditor;
+// Wide text whose characters are no units.
+KPX_API int findErrorLine(const wchar_t* text, int offset);
+KPX_API int wideTo8(char* out, const wchar_t* in, int outBytes);
 }  // namespace detail
 
 /// Kinds of nodes as `GetNodeType` answers and `FindNode`, `AddNode` and `InsertNode` take them;
@@ -98,37 +101,37 @@ inline constexpr int asChild = 0x4000;
 /// Operations that cannot be carried out answer false, 0 or the empty text and leave the document
 /// as it was; unexpected failures, such as missing memory, are reported under the operation's
 /// number besides. Only constructors and copies throw. Offsets count UTF-16 units from 0.
-class KPX_API CMarkup {
+class CMarkup {
  public:
   // --- documents ----------------------------------------------------------------------------
 
-  CMarkup();
+  KPX_API CMarkup();
   /// An empty document with document flags, `MarkupFlag::ignoreCase` or 0.
-  explicit CMarkup(int flags);
+  KPX_API explicit CMarkup(int flags);
   /// Parses the text.
-  explicit CMarkup(MCD_CSTR text);
-  CMarkup(const CMarkup& other);
-  CMarkup(CMarkup&& other) noexcept;
-  CMarkup& operator=(const CMarkup& other);
-  CMarkup& operator=(CMarkup&& other) noexcept;
-  ~CMarkup();
+  KPX_API explicit CMarkup(MCD_CSTR text);
+  KPX_API CMarkup(const CMarkup& other);
+  KPX_API CMarkup(CMarkup&& other) noexcept;
+  KPX_API CMarkup& operator=(const CMarkup& other);
+  KPX_API CMarkup& operator=(CMarkup&& other) noexcept;
+  KPX_API ~CMarkup();
 
   /// Replaces the text, parses it and answers `IsWellFormed()`. An ill-formed document keeps all
   /// elements that could be made out, and can be walked. A text that is moved in is taken over
   /// without a copy.
-  bool SetDoc(const char16_t* text);
+  KPX_API bool SetDoc(const char16_t* text);
   bool SetDoc(std::nullptr_t) = delete;
-  bool SetDoc(const CString& text);
-  bool SetDoc(CString&& text);
+  KPX_API bool SetDoc(const CString& text);
+  KPX_API bool SetDoc(CString&& text);
   const CString& GetDoc() const noexcept { return doc_; }
   /// Moves the text out and leaves the document empty.
-  CString TakeDoc();
+  KPX_API CString TakeDoc();
 
   /// Whether there is exactly one root element and no structural error was found.
-  bool IsWellFormed() const noexcept;
+  KPX_API bool IsWellFormed() const noexcept;
   /// The outcomes of the last parse, load or save as sentences, one a line: what was found wrong,
   /// and how a file was read or written. Empty after a parse that found nothing.
-  CString GetError() const;
+  KPX_API CString GetError() const;
   /// The outcomes of the last parse, load or save as small markup records, each an empty element
   /// named after the outcome, and the plain lines of structural errors.
   const CString& GetResult() const noexcept { return result_; }
@@ -140,21 +143,21 @@ class KPX_API CMarkup {
   void SetParseResult(bool isKept) noexcept { keepsResult_ = isKept; }
 
   /// How many line feeds there are from the start through `offset`: lines count from 0.
-  static int FindErrorLine(const char16_t* text, int offset);
-  static int FindErrorLine(std::u16string_view text, int offset);
+  KPX_API static int FindErrorLine(const char16_t* text, int offset);
+  KPX_API static int FindErrorLine(std::u16string_view text, int offset);
   /// The offset counts UTF-16 units here too.
   template <class Wide>
   requires(std::is_same_v<Wide, wchar_t>) static int FindErrorLine(const Wide* text, int offset) {
-    return x_FindErrorLine(text, offset);
+    return detail::findErrorLine(text, offset);
   }
 
   int GetDocFlags() const noexcept { return docFlags_; }
   /// Takes `MarkupFlag::ignoreCase` or 0; holds for the following parses and searches.
   void SetDocFlags(int flags) noexcept { docFlags_ = flags; }
   /// How many elements the document has.
-  int GetDocElemCount() const noexcept;
+  KPX_API int GetDocElemCount() const noexcept;
   /// Bytes held by the text, with what it has in reserve, and by the index.
-  std::size_t GetMemoryBytes() const noexcept;
+  KPX_API std::size_t GetMemoryBytes() const noexcept;
 
   // --- whole files ----------------------------------------------------------------------------
 
@@ -164,7 +167,7 @@ class KPX_API CMarkup {
   /// not well formed; `GetResult` and `GetError` tell which. Bytes that are no text are read as
   /// U+FFFD, zeros are left out; the result counts them, and the document remembers them until it
   /// gets another text: see `Save`.
-  bool Load(const CString& path);
+  KPX_API bool Load(const CString& path);
   /// Writes the document whole or not at all: a failure leaves an existing file as it was. The
   /// encoding is the one in the XML declaration, else the one the document was loaded with (which
   /// SetDoc forgets), else UTF-8. A byte-order mark is written where the loaded file had one, and
@@ -181,85 +184,85 @@ class KPX_API CMarkup {
   /// With `MarkupFlag::unlessChanged` the file that was loaded or saved last is not overwritten,
   /// and the answer is false, when another program has changed it since, or keeps its lock for ten
   /// seconds; without it the document overwrites whatever is there.
-  bool Save(const CString& path, int flags = 0);
+  KPX_API bool Save(const CString& path, int flags = 0);
 
   // --- the position ---------------------------------------------------------------------------
 
   /// Back to the document level, before the root element.
-  void ResetPos();
+  KPX_API void ResetPos();
   /// Before the first element of the current parent.
-  void ResetMainPos();
+  KPX_API void ResetMainPos();
   /// Before the first child of the main element.
-  void ResetChildPos();
+  KPX_API void ResetChildPos();
 
   /// The next (previous) element after (before) the main one at this level, with this name if
   /// one is given; it becomes the main element. With no main element: the first (last) one.
   /// Answers false and stays where it is when there is none. From a node that is no element,
   /// the search goes on behind (before) it.
-  bool FindElem(MCD_CSTR name = {});
-  bool FindPrevElem(MCD_CSTR name = {});
+  KPX_API bool FindElem(MCD_CSTR name = {});
+  KPX_API bool FindPrevElem(MCD_CSTR name = {});
   /// The same among the children of the main element. With no main element, the first element at
   /// this level becomes main first, except at the document level, where root elements are found.
-  bool FindChildElem(MCD_CSTR name = {});
-  bool FindPrevChildElem(MCD_CSTR name = {});
+  KPX_API bool FindChildElem(MCD_CSTR name = {});
+  KPX_API bool FindPrevChildElem(MCD_CSTR name = {});
 
   /// Steps into the main element: it becomes the parent, the child becomes the main element.
   /// At the document level with no main element, steps into the document's child: the root (or
   /// the child found last) becomes the main element. Answers false when there is nothing.
-  bool IntoElem();
+  KPX_API bool IntoElem();
   /// Steps out: the parent becomes the main element again, the main element its child. Answers
   /// false at the document level with no main element; with one, the main element becomes the
   /// child of the document.
-  bool OutOfElem();
+  KPX_API bool OutOfElem();
 
   /// Saves the position under a name, replacing an earlier one, and goes back to it. Removing the
   /// elements of a saved position removes it; a new parse removes all.
-  bool SavePos(MCD_CSTR name = {});
-  bool RestorePos(MCD_CSTR name = {});
+  KPX_API bool SavePos(MCD_CSTR name = {});
+  KPX_API bool RestorePos(MCD_CSTR name = {});
 
   // --- reading at the main and the child element ------------------------------------------------
 
-  CString GetTagName() const;
-  CString GetChildTagName() const;
+  KPX_API CString GetTagName() const;
+  KPX_API CString GetChildTagName() const;
   /// The text inside the element or node with references resolved, CDATA sections included, up
   /// to the first child element; empty if there is none.
-  CString GetData() const;
-  CString GetChildData() const;
+  KPX_API CString GetData() const;
+  KPX_API CString GetChildData() const;
   /// The value of an attribute with references resolved; empty if there is none.
-  CString GetAttrib(MCD_CSTR name) const;
-  CString GetChildAttrib(MCD_CSTR name) const;
-  bool HasAttrib(MCD_CSTR name) const;
-  bool HasChildAttrib(MCD_CSTR name) const;
+  KPX_API CString GetAttrib(MCD_CSTR name) const;
+  KPX_API CString GetChildAttrib(MCD_CSTR name) const;
+  KPX_API bool HasAttrib(MCD_CSTR name) const;
+  KPX_API bool HasChildAttrib(MCD_CSTR name) const;
   /// The attribute at an index from 0, in written order; false past the last.
-  bool GetNthAttrib(int index, CString& name, CString& value) const;
-  bool GetNthChildAttrib(int index, CString& name, CString& value) const;
+  KPX_API bool GetNthAttrib(int index, CString& name, CString& value) const;
+  KPX_API bool GetNthChildAttrib(int index, CString& name, CString& value) const;
   /// The name as a part of the document's text, valid until it is changed. Takes no memory.
-  std::u16string_view ReadTagName() const noexcept;
-  std::u16string_view ReadChildTagName() const noexcept;
+  KPX_API std::u16string_view ReadTagName() const noexcept;
+  KPX_API std::u16string_view ReadChildTagName() const noexcept;
   /// Walks all attributes in one pass; valid until the document is changed. Use it to read more
   /// than a few attributes of one element, and where missing memory must not look like a missing
   /// attribute: values read this way throw.
-  AttributeReader ReadAttribs() const;
-  AttributeReader ReadChildAttribs() const;
+  KPX_API AttributeReader ReadAttribs() const;
+  KPX_API AttributeReader ReadChildAttribs() const;
   /// The markup of the element or node, tags included, as it stands in the document.
-  CString GetSubDoc() const;
-  CString GetChildSubDoc() const;
+  KPX_API CString GetSubDoc() const;
+  KPX_API CString GetChildSubDoc() const;
   /// The markup between the tags.
-  CString GetElemContent() const;
+  KPX_API CString GetElemContent() const;
   /// Where the markup between the tags of the main element begins and ends.
-  bool GetContentOffsets(int& begin, int& end) const;
+  KPX_API bool GetContentOffsets(int& begin, int& end) const;
   /// Where the main element or node begins and ends (behind its last unit).
-  bool GetOffsets(int& begin, int& end) const;
-  bool GetChildOffsets(int& begin, int& end) const;
+  KPX_API bool GetOffsets(int& begin, int& end) const;
+  KPX_API bool GetChildOffsets(int& begin, int& end) const;
   /// Where the value of an attribute stands in the text, without its quotes.
-  bool GetAttribOffsets(MCD_CSTR name, int& begin, int& end) const;
-  bool GetChildAttribOffsets(MCD_CSTR name, int& begin, int& end) const;
+  KPX_API bool GetAttribOffsets(MCD_CSTR name, int& begin, int& end) const;
+  KPX_API bool GetChildAttribOffsets(MCD_CSTR name, int& begin, int& end) const;
   /// 0 for a root element, 1 for its children, and so on.
-  int GetElemLevel() const noexcept;
+  KPX_API int GetElemLevel() const noexcept;
   /// The four bits 0x0f000000 are the caller's; GetElemFlags also shows 0x100000 (unended) and
   /// 0x200000 (a lone end tag or an unended child inside).
-  int GetElemFlags() const noexcept;
-  bool SetElemFlags(int flags) noexcept;
+  KPX_API int GetElemFlags() const noexcept;
+  KPX_API bool SetElemFlags(int flags) noexcept;
 
   // --- changing the main and the child element ---------------------------------------------------
 
@@ -267,12 +270,12 @@ class KPX_API CMarkup {
   // writes them, with all digits (allDigits) or so many decimals.
 
   /// Names must be names of XML; others are refused.
-  bool SetTagName(MCD_CSTR name);
-  bool SetChildTagName(MCD_CSTR name);
+  KPX_API bool SetTagName(MCD_CSTR name);
+  KPX_API bool SetChildTagName(MCD_CSTR name);
   /// Replaces the content of an element that has no child elements, or the text of a node, which
   /// must remain one node of its kind (text may become blank, or a CDATA section).
   /// Flags: `withReferences`, `withCData`.
-  bool SetData(MCD_CSTR data, int flags = 0);
+  KPX_API bool SetData(MCD_CSTR data, int flags = 0);
   template <MarkupInteger Integer>
   bool SetData(Integer value) {
     return SetData(detail::IntegerText(value));
@@ -282,7 +285,7 @@ class KPX_API CMarkup {
     const detail::RealText text(value, decimals);
     return !text.isEmpty() && SetData(text);
   }
-  bool SetChildData(MCD_CSTR data, int flags = 0);
+  KPX_API bool SetChildData(MCD_CSTR data, int flags = 0);
   template <MarkupInteger Integer>
   bool SetChildData(Integer value) {
     return SetChildData(detail::IntegerText(value));
@@ -294,7 +297,7 @@ class KPX_API CMarkup {
   }
   /// Sets or adds an attribute; a new one goes behind the others, the value of one that is there
   /// keeps its kind of quotes. The value is escaped.
-  bool SetAttrib(MCD_CSTR name, MCD_CSTR value);
+  KPX_API bool SetAttrib(MCD_CSTR name, MCD_CSTR value);
   template <MarkupInteger Integer>
   bool SetAttrib(MCD_CSTR name, Integer value) {
     return SetAttrib(name, detail::IntegerText(value));
@@ -304,7 +307,7 @@ class KPX_API CMarkup {
     const detail::RealText text(value, decimals);
     return !text.isEmpty() && SetAttrib(name, text);
   }
-  bool SetChildAttrib(MCD_CSTR name, MCD_CSTR value);
+  KPX_API bool SetChildAttrib(MCD_CSTR name, MCD_CSTR value);
   template <MarkupInteger Integer>
   bool SetChildAttrib(MCD_CSTR name, Integer value) {
     return SetChildAttrib(name, detail::IntegerText(value));
@@ -315,15 +318,15 @@ class KPX_API CMarkup {
     return !text.isEmpty() && SetChildAttrib(name, text);
   }
   /// Removes the first attribute of this name; false when there is none.
-  bool RemoveAttrib(MCD_CSTR name);
-  bool RemoveChildAttrib(MCD_CSTR name);
+  KPX_API bool RemoveAttrib(MCD_CSTR name);
+  KPX_API bool RemoveChildAttrib(MCD_CSTR name);
 
   // --- adding and removing elements --------------------------------------------------------------
 
   /// Adds an element after the main one (with no main element: as the last of all at this level),
   /// or inserts it before (as the first element); it becomes the main element. Name and data as for
   /// SetTagName and SetData.
-  bool AddElem(MCD_CSTR name, MCD_CSTR data = {}, int flags = 0);
+  KPX_API bool AddElem(MCD_CSTR name, MCD_CSTR data = {}, int flags = 0);
   template <MarkupInteger Integer>
   bool AddElem(MCD_CSTR name, Integer value) {
     return AddElem(name, detail::IntegerText(value));
@@ -333,7 +336,7 @@ class KPX_API CMarkup {
     const detail::RealText text(value, decimals);
     return !text.isEmpty() && AddElem(name, text);
   }
-  bool InsertElem(MCD_CSTR name, MCD_CSTR data = {}, int flags = 0);
+  KPX_API bool InsertElem(MCD_CSTR name, MCD_CSTR data = {}, int flags = 0);
   template <MarkupInteger Integer>
   bool InsertElem(MCD_CSTR name, Integer value) {
     return InsertElem(name, detail::IntegerText(value));
@@ -344,7 +347,7 @@ class KPX_API CMarkup {
     return !text.isEmpty() && InsertElem(name, text);
   }
   /// The same among the children of the main element; the new element becomes the child.
-  bool AddChildElem(MCD_CSTR name, MCD_CSTR data = {}, int flags = 0);
+  KPX_API bool AddChildElem(MCD_CSTR name, MCD_CSTR data = {}, int flags = 0);
   template <MarkupInteger Integer>
   bool AddChildElem(MCD_CSTR name, Integer value) {
     return AddChildElem(name, detail::IntegerText(value));
@@ -354,7 +357,7 @@ class KPX_API CMarkup {
     const detail::RealText text(value, decimals);
     return !text.isEmpty() && AddChildElem(name, text);
   }
-  bool InsertChildElem(MCD_CSTR name, MCD_CSTR data = {}, int flags = 0);
+  KPX_API bool InsertChildElem(MCD_CSTR name, MCD_CSTR data = {}, int flags = 0);
   template <MarkupInteger Integer>
   bool InsertChildElem(MCD_CSTR name, Integer value) {
     return InsertChildElem(name, detail::IntegerText(value));
@@ -366,41 +369,41 @@ class KPX_API CMarkup {
   }
   /// Adds the root element of a well-formed piece of markup that `MarkupCheck` passes, placed
   /// likewise; a declaration or comment around it is left out.
-  bool AddSubDoc(MCD_CSTR markup);
-  bool InsertSubDoc(MCD_CSTR markup);
-  bool AddChildSubDoc(MCD_CSTR markup);
-  bool InsertChildSubDoc(MCD_CSTR markup);
+  KPX_API bool AddSubDoc(MCD_CSTR markup);
+  KPX_API bool InsertSubDoc(MCD_CSTR markup);
+  KPX_API bool AddChildSubDoc(MCD_CSTR markup);
+  KPX_API bool InsertChildSubDoc(MCD_CSTR markup);
   /// Removes the element with everything in it, and its line when it stands on one alone. The
   /// element before it becomes the current one, so that a following FindElem goes on behind the
   /// removed one.
-  bool RemoveElem();
-  bool RemoveChildElem();
+  KPX_API bool RemoveElem();
+  KPX_API bool RemoveChildElem();
 
   // --- nodes: elements and what stands between them ----------------------------------------------
 
   /// The next node of one of the given kinds (0: any) at this level. An element becomes the main
   /// element; any other node is read with GetData and changed with SetData. Answers its kind, or
   /// 0 and stays where it is when there is none.
-  int FindNode(int types = 0);
+  KPX_API int FindNode(int types = 0);
   int GetNodeType() const noexcept { return nodeType_; }
   /// Adds a node behind the current one (inserts it before), with the text that GetData gives
   /// back: of an element its name, of a document type its whole markup, else what stands between
   /// the delimiters. Refuses lone end tags, and a text that would not read back as one node of
   /// this kind. Text that is put beside text joins it; the whole is then the current node.
-  bool AddNode(int type, MCD_CSTR text);
-  bool InsertNode(int type, MCD_CSTR text);
+  KPX_API bool AddNode(int type, MCD_CSTR text);
+  KPX_API bool InsertNode(int type, MCD_CSTR text);
   /// Removes the current node. The node before it becomes the current one; for an element, see
   /// RemoveElem. Refused for a document type that declares entities which are used.
-  bool RemoveNode();
+  KPX_API bool RemoveNode();
 
   // --- text for markup, static and without state --------------------------------
 
-  static int DecodeCharUTF8(const char*& position, const char* end);
-  static void EncodeCharUTF8(int codePoint, char* out, int& count);
-  static int DecodeCharUTF16(const char16_t*& position, const char16_t* end);
-  static void EncodeCharUTF16(int codePoint, char16_t* out, int& count);
-  static int UTF8To16(char16_t* out, const char* in, int inBytes);
-  static int UTF16To8(char* out, const char16_t* in, int outBytes);
+  KPX_API static int DecodeCharUTF8(const char*& position, const char* end);
+  KPX_API static void EncodeCharUTF8(int codePoint, char* out, int& count);
+  KPX_API static int DecodeCharUTF16(const char16_t*& position, const char16_t* end);
+  KPX_API static void EncodeCharUTF16(int codePoint, char16_t* out, int& count);
+  KPX_API static int UTF8To16(char16_t* out, const char* in, int inBytes);
+  KPX_API static int UTF16To8(char* out, const char16_t* in, int outBytes);
   // The same on wide text: where its characters are units; what is only read, everywhere.
   template <class Wide>
   requires(std::is_same_v<Wide, wchar_t>&& wideIsUtf16) static int DecodeCharUTF16(
@@ -428,17 +431,19 @@ class KPX_API CMarkup {
     if constexpr (wideIsUtf16) {
       return UTF16To8(out, reinterpret_cast<const char16_t*>(in), outBytes);
     } else {
-      return x_WideTo8(out, in, outBytes);
+      return detail::wideTo8(out, in, outBytes);
     }
   }
-  static bool DetectUTF8(const char* in, int bytes, int* nonAscii = nullptr,
-                         bool* cutShort = nullptr);
-  static CString EscapeText(MCD_CSTR text, int flags = 0);
-  static CString UnescapeText(MCD_CSTR text);
-  static CString EncodeBase64(const unsigned char* data, int bytes);
-  static int DecodeBase64(const CString& text, unsigned char* out, int outBytes);
-  static int GetEncodingCodePage(MCD_CSTR encodingName);
-  static CString GetDeclaredEncoding(MCD_CSTR document);
+  KPX_API static bool DetectUTF8(const char* in, int bytes, int* nonAscii = nullptr,
+                                 bool* cutShort = nullptr);
+  KPX_API static CString EscapeText(MCD_CSTR text, int flags = 0);
+  KPX_API static CString UnescapeText(MCD_CSTR text);
+  /// The text as a CDATA section; each "]]>" in it is divided between two sections.
+  KPX_API static CString x_EncodeCDATASection(MCD_CSTR text);
+  KPX_API static CString EncodeBase64(const unsigned char* data, int bytes);
+  KPX_API static int DecodeBase64(const CString& text, unsigned char* out, int outBytes);
+  KPX_API static int GetEncodingCodePage(MCD_CSTR encodingName);
+  KPX_API static CString GetDeclaredEncoding(MCD_CSTR document);
 
  private:
   friend class detail::MarkupEditor;
@@ -471,9 +476,6 @@ class KPX_API CMarkup {
     std::size_t firstRespelled = 0;
   };
 
-  static CString x_EncodeCDATASection(MCD_CSTR text);
-  static int x_FindErrorLine(const wchar_t* text, int offset);
-  static int x_WideTo8(char* out, const wchar_t* in, int outBytes);
   void x_InitMarkup();
   void x_CopyPlace(const CMarkup& other) noexcept;
   bool x_ParseDoc();

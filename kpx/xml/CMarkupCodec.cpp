@@ -122,9 +122,9 @@ int CMarkup::UTF16To8(char* out, const char16_t* in, int outBytes) {
   return bytes;
 }
 
-int CMarkup::x_WideTo8(char* out, const wchar_t* in, int outBytes) {
+int detail::wideTo8(char* out, const wchar_t* in, int outBytes) {
   return Guarded("CMarkup::UTF16To8"_xml, 0, [&] {
-    return UTF16To8(out, in != nullptr ? CString(in).GetString() : nullptr, outBytes);
+    return CMarkup::UTF16To8(out, in != nullptr ? CString(in).GetString() : nullptr, outBytes);
   });
 }
 

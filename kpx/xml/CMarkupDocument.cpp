@@ -212,9 +212,9 @@ int CMarkup::FindErrorLine(std::u16string_view text, int offset) {
   return static_cast<int>(std::count(counted.begin(), counted.end(), u'\n'));
 }
 
-int CMarkup::x_FindErrorLine(const wchar_t* text, int offset) {
+int detail::findErrorLine(const wchar_t* text, int offset) {
   return Guarded("CMarkup::FindErrorLine"_xml, 0,
-                 [&] { return FindErrorLine(MCD_CSTR(text).view(), offset); });
+                 [&] { return CMarkup::FindErrorLine(MCD_CSTR(text).view(), offset); });
 }
 
 int CMarkup::GetDocElemCount() const noexcept {

@@ -244,6 +244,7 @@ void Exports::addMarkup() {
   MARKUP(AddChildSubDoc, u"<b/>");
   MARKUP(InsertChildSubDoc, u"<b/>");
   MARKUP(EscapeText, text);
+  MARKUP(x_EncodeCDATASection, text);
   MARKUP(UnescapeText, text);
   MARKUP(EncodeBase64, reinterpret_cast<const unsigned char*>("some bytes"), 10);
   MARKUP(GetDeclaredEncoding, u"<?xml encoding='a-long-name'?>");

@@ -8,7 +8,6 @@
 #include "kpx/config/CFGTable.h"
 #include "kpx/config/KeyedCollection.h"
 #include "kpx/config/KeyLiteral.h"
-#include "kpx/report/Export.h"
 #include "kpx/settings/engine/SettingDef.h"
 
 namespace kpx::detail {
@@ -24,28 +23,27 @@ namespace kpx::detail {
 
 using Columns = KeyedCollection<CFGCol>;
 
-KPX_API std::int32_t getInteger(const Columns& columns, const SettingDef& setting);
-KPX_API double getReal(const Columns& columns, const SettingDef& setting);
-KPX_API CString getText(const Columns& columns, const SettingDef& setting);
+std::int32_t getInteger(const Columns& columns, const SettingDef& setting);
+double getReal(const Columns& columns, const SettingDef& setting);
+CString getText(const Columns& columns, const SettingDef& setting);
 
-KPX_API int setInteger(CFGConfig& config, const SettingDef& setting, std::int32_t value);
-KPX_API int setReal(CFGConfig& config, const SettingDef& setting, double value);
-KPX_API int setText(CFGConfig& config, const SettingDef& setting, const CString& value);
+int setInteger(CFGConfig& config, const SettingDef& setting, std::int32_t value);
+int setReal(CFGConfig& config, const SettingDef& setting, double value);
+int setText(CFGConfig& config, const SettingDef& setting, const CString& value);
 // The same for the cells of a row.
-KPX_API int setInteger(CFGRow& row, const SettingDef& setting, std::int32_t value);
-KPX_API int setReal(CFGRow& row, const SettingDef& setting, double value);
-KPX_API int setText(CFGRow& row, const SettingDef& setting, const CString& value);
+int setInteger(CFGRow& row, const SettingDef& setting, std::int32_t value);
+int setReal(CFGRow& row, const SettingDef& setting, double value);
+int setText(CFGRow& row, const SettingDef& setting, const CString& value);
 
 /// Names a new object's class and makes room for its columns.
-KPX_API void beginConstruction(CFGConfig& config, std::u16string_view className,
-                               std::size_t columns);
+void beginConstruction(CFGConfig& config, std::u16string_view className, std::size_t columns);
 
 /// Adds the columns of a table, or of a table's header, behind those that are there; without
 /// values, because a definition has none.
-KPX_API void defineColumns(CFGTable& table, std::span<const SettingDef> columns);
-KPX_API void defineColumns(CFGConfig& header, std::span<const SettingDef> columns);
+void defineColumns(CFGTable& table, std::span<const SettingDef> columns);
+void defineColumns(CFGConfig& header, std::span<const SettingDef> columns);
 
 /// Replaces the key order. A failure is reported under `error`; the order then stays.
-KPX_API void resetKeyOrder(CFGConfig& config, std::span<const KeyLiteral> keys, int error);
+void resetKeyOrder(CFGConfig& config, std::span<const KeyLiteral> keys, int error);
 
 }  // namespace kpx::detail

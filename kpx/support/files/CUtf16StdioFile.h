@@ -86,23 +86,23 @@ class KPX_API CUtf16StdioFile {
  private:
   static constexpr std::size_t blockSize = 4096;
 
-  FileResult openFile(const CString& path, std::uint32_t flags);
-  FileResult readMark();
-  FileResult readAt(std::uint64_t offset, char* to, std::size_t count, std::size_t& done);
-  FileResult writePending();
-  bool LoadAccumulator();
-  bool hasMore();
-  char16_t take() noexcept;
-  void dropAccumulator() noexcept;
+  KPX_LOCAL FileResult openFile(const CString& path, std::uint32_t flags);
+  KPX_LOCAL FileResult readMark();
+  KPX_LOCAL FileResult readAt(std::uint64_t offset, char* to, std::size_t count, std::size_t& done);
+  KPX_LOCAL FileResult writePending();
+  KPX_LOCAL bool LoadAccumulator();
+  KPX_LOCAL bool hasMore();
+  KPX_LOCAL char16_t take() noexcept;
+  KPX_LOCAL void dropAccumulator() noexcept;
   std::size_t unitBytes() const noexcept { return isUnicode_ ? 2 : 1; }
 
   template <class Unit>
   Unit* readInto(Unit* buffer, unsigned size);
-  bool ReadUnicodeString(CString& text, std::size_t most);
-  bool ReadANSIString(CString& text, std::size_t most, bool keepsEnd);
-  FileResult WriteUnicodeString(std::u16string_view text);
-  FileResult WriteANSIString(std::u16string_view text);
-  FileResult append(std::string_view bytes);
+  KPX_LOCAL bool ReadUnicodeString(CString& text, std::size_t most);
+  KPX_LOCAL bool ReadANSIString(CString& text, std::size_t most, bool keepsEnd);
+  KPX_LOCAL FileResult WriteUnicodeString(std::u16string_view text);
+  KPX_LOCAL FileResult WriteANSIString(std::u16string_view text);
+  KPX_LOCAL FileResult append(std::string_view bytes);
 
   std::unique_ptr<InputFile> input_;    // when it is open for reading only
   std::unique_ptr<UpdateFile> update_;  // otherwise

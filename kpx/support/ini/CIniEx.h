@@ -175,17 +175,18 @@ class KPX_API CIniEx {
   static void DeleteTail(CString& line);
 
  private:
-  struct Content;
+  struct KPX_LOCAL Content;
 
   /// The content of a file; nullptr for too many bytes.
-  static std::unique_ptr<Content> contentOf(std::string_view bytes);
+  KPX_LOCAL static std::unique_ptr<Content> contentOf(std::string_view bytes);
   /// The bytes that are saved, in the encoding that can hold them.
-  std::string encoded(detail::StoredEncoding& encoding) const;
+  KPX_LOCAL std::string encoded(detail::StoredEncoding& encoding) const;
   /// The section or key of that name that counts, or nullptr.
-  CSection* findSection(std::u16string_view name) const noexcept;
-  KEY_STRUCT* findKey(std::u16string_view section, std::u16string_view key) const noexcept;
-  int updateKey(const CString& section, const CString& key, const CString& value,
-                const CString* comment, const CString* type);
+  KPX_LOCAL CSection* findSection(std::u16string_view name) const noexcept;
+  KPX_LOCAL KEY_STRUCT* findKey(std::u16string_view section,
+                                std::u16string_view key) const noexcept;
+  KPX_LOCAL int updateKey(const CString& section, const CString& key, const CString& value,
+                          const CString* comment, const CString* type);
 
   std::unique_ptr<Content> content_;
   CString keyTypesName_;

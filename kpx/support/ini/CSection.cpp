@@ -9,6 +9,10 @@ namespace kpx {
 
 std::uint64_t detail::nameIndexSeed() noexcept { return systemClock().counter(); }
 
+CString KEY_STRUCT::comment() const { return entry_.comment(); }
+
+CString CSection::comment() const { return header_.comment(); }
+
 CString KEY_STRUCT::value() const {
   CString text;
   detail::decodeIniValue(entry_.value(), text);

@@ -14,7 +14,7 @@ namespace kpx {
 class CIniEx;
 
 /// One key of an INI file in memory. It belongs to its section and is changed through `CIniEx`.
-class KPX_API KEY_STRUCT {
+class KEY_STRUCT {
  public:
   KEY_STRUCT(KEY_STRUCT&&) noexcept = default;
   KEY_STRUCT& operator=(KEY_STRUCT&&) noexcept = default;
@@ -23,9 +23,9 @@ class KPX_API KEY_STRUCT {
   /// The name, without the blanks around it.
   CString key() const { return entry_.name(); }
   /// The value with its line breaks, see `CIniEx`.
-  CString value() const;
+  KPX_API CString value() const;
   /// The comment lines above it, each with its ";", with line feeds between them.
-  CString comment() const { return entry_.comment(); }
+  KPX_API CString comment() const;
   /// The name of its type, as the caller gave it; not stored in the file.
   CString type() const { return entry_.type(); }
   /// 0 as it was read, 1 changed or new, 2 removed: it is gone once the file is saved.
@@ -41,7 +41,7 @@ class KPX_API KEY_STRUCT {
 
 /// One section of an INI file in memory, with its keys in the order of the file. It belongs to
 /// its `CIniEx` and is changed through it.
-class KPX_API CSection {
+class CSection {
  public:
   CSection(const CSection&) = delete;
   CSection& operator=(const CSection&) = delete;
@@ -50,7 +50,7 @@ class KPX_API CSection {
   /// The text between the brackets, with its blanks; empty for the keys above the first header.
   CString name() const { return header_.name(); }
   /// The comment lines above the header, each with its ";", with line feeds between them.
-  CString comment() const { return header_.comment(); }
+  KPX_API CString comment() const;
   /// As for a key.
   int state() const noexcept { return header_.state(); }
   /// All keys, also those that are removed but not yet gone.

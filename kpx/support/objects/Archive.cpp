@@ -86,27 +86,26 @@ CArchive& CArchive::writeNumber(Number value) {
   return *this;
 }
 
-// For the operators in the header.
-template CArchive& CArchive::readNumber(std::int8_t&);
-template CArchive& CArchive::writeNumber(std::int8_t);
-template CArchive& CArchive::readNumber(std::uint8_t&);
-template CArchive& CArchive::writeNumber(std::uint8_t);
-template CArchive& CArchive::readNumber(std::int16_t&);
-template CArchive& CArchive::writeNumber(std::int16_t);
-template CArchive& CArchive::readNumber(std::uint16_t&);
-template CArchive& CArchive::writeNumber(std::uint16_t);
-template CArchive& CArchive::readNumber(std::int32_t&);
-template CArchive& CArchive::writeNumber(std::int32_t);
-template CArchive& CArchive::readNumber(std::uint32_t&);
-template CArchive& CArchive::writeNumber(std::uint32_t);
-template CArchive& CArchive::readNumber(std::int64_t&);
-template CArchive& CArchive::writeNumber(std::int64_t);
-template CArchive& CArchive::readNumber(std::uint64_t&);
-template CArchive& CArchive::writeNumber(std::uint64_t);
-template CArchive& CArchive::readNumber(char&);
-template CArchive& CArchive::writeNumber(char);
-template CArchive& CArchive::readNumber(char16_t&);
-template CArchive& CArchive::writeNumber(char16_t);
+CArchive& CArchive::operator>>(std::int8_t& value) { return readNumber(value); }
+CArchive& CArchive::operator<<(std::int8_t value) { return writeNumber(value); }
+CArchive& CArchive::operator>>(std::uint8_t& value) { return readNumber(value); }
+CArchive& CArchive::operator<<(std::uint8_t value) { return writeNumber(value); }
+CArchive& CArchive::operator>>(std::int16_t& value) { return readNumber(value); }
+CArchive& CArchive::operator<<(std::int16_t value) { return writeNumber(value); }
+CArchive& CArchive::operator>>(std::uint16_t& value) { return readNumber(value); }
+CArchive& CArchive::operator<<(std::uint16_t value) { return writeNumber(value); }
+CArchive& CArchive::operator>>(std::int32_t& value) { return readNumber(value); }
+CArchive& CArchive::operator<<(std::int32_t value) { return writeNumber(value); }
+CArchive& CArchive::operator>>(std::uint32_t& value) { return readNumber(value); }
+CArchive& CArchive::operator<<(std::uint32_t value) { return writeNumber(value); }
+CArchive& CArchive::operator>>(std::int64_t& value) { return readNumber(value); }
+CArchive& CArchive::operator<<(std::int64_t value) { return writeNumber(value); }
+CArchive& CArchive::operator>>(std::uint64_t& value) { return readNumber(value); }
+CArchive& CArchive::operator<<(std::uint64_t value) { return writeNumber(value); }
+CArchive& CArchive::operator>>(char& value) { return readNumber(value); }
+CArchive& CArchive::operator<<(char value) { return writeNumber(value); }
+CArchive& CArchive::operator>>(char16_t& value) { return readNumber(value); }
+CArchive& CArchive::operator<<(char16_t value) { return writeNumber(value); }
 
 CArchive& CArchive::operator>>(wchar_t& value) {
   char16_t unit = 0;

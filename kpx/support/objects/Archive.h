@@ -49,32 +49,32 @@ class KPX_API CArchive {
 
   // --- numbers; a bool takes one byte -------------------------------------------------------
 
-  CArchive& operator>>(std::int8_t& value) { return readNumber(value); }
-  CArchive& operator>>(std::uint8_t& value) { return readNumber(value); }
-  CArchive& operator>>(std::int16_t& value) { return readNumber(value); }
-  CArchive& operator>>(std::uint16_t& value) { return readNumber(value); }
-  CArchive& operator>>(std::int32_t& value) { return readNumber(value); }
-  CArchive& operator>>(std::uint32_t& value) { return readNumber(value); }
-  CArchive& operator>>(std::int64_t& value) { return readNumber(value); }
-  CArchive& operator>>(std::uint64_t& value) { return readNumber(value); }
-  CArchive& operator>>(char& value) { return readNumber(value); }
-  CArchive& operator>>(char16_t& value) { return readNumber(value); }
+  CArchive& operator>>(std::int8_t& value);
+  CArchive& operator>>(std::uint8_t& value);
+  CArchive& operator>>(std::int16_t& value);
+  CArchive& operator>>(std::uint16_t& value);
+  CArchive& operator>>(std::int32_t& value);
+  CArchive& operator>>(std::uint32_t& value);
+  CArchive& operator>>(std::int64_t& value);
+  CArchive& operator>>(std::uint64_t& value);
+  CArchive& operator>>(char& value);
+  CArchive& operator>>(char16_t& value);
   /// As one UTF-16 unit on every system; a character that takes two raises InvalidArgException.
   CArchive& operator>>(wchar_t& value);
   CArchive& operator>>(bool& value);
   CArchive& operator>>(float& value);
   CArchive& operator>>(double& value);
 
-  CArchive& operator<<(std::int8_t value) { return writeNumber(value); }
-  CArchive& operator<<(std::uint8_t value) { return writeNumber(value); }
-  CArchive& operator<<(std::int16_t value) { return writeNumber(value); }
-  CArchive& operator<<(std::uint16_t value) { return writeNumber(value); }
-  CArchive& operator<<(std::int32_t value) { return writeNumber(value); }
-  CArchive& operator<<(std::uint32_t value) { return writeNumber(value); }
-  CArchive& operator<<(std::int64_t value) { return writeNumber(value); }
-  CArchive& operator<<(std::uint64_t value) { return writeNumber(value); }
-  CArchive& operator<<(char value) { return writeNumber(value); }
-  CArchive& operator<<(char16_t value) { return writeNumber(value); }
+  CArchive& operator<<(std::int8_t value);
+  CArchive& operator<<(std::uint8_t value);
+  CArchive& operator<<(std::int16_t value);
+  CArchive& operator<<(std::uint16_t value);
+  CArchive& operator<<(std::int32_t value);
+  CArchive& operator<<(std::uint32_t value);
+  CArchive& operator<<(std::int64_t value);
+  CArchive& operator<<(std::uint64_t value);
+  CArchive& operator<<(char value);
+  CArchive& operator<<(char16_t value);
   CArchive& operator<<(wchar_t value);
   CArchive& operator<<(bool value);
   CArchive& operator<<(float value);
@@ -108,10 +108,10 @@ class KPX_API CArchive {
 
  private:
   template <class Number>
-  CArchive& readNumber(Number& value);
+  KPX_LOCAL CArchive& readNumber(Number& value);
   template <class Number>
-  CArchive& writeNumber(Number value);
-  void writeTextLength(std::size_t length);
+  KPX_LOCAL CArchive& writeNumber(Number value);
+  KPX_LOCAL void writeTextLength(std::size_t length);
 
   std::string_view bytes_;
   std::size_t position_ = 0;

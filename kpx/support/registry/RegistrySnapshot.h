@@ -11,19 +11,19 @@
 namespace kpx {
 
 /// Keys with their values as they were at one time, for exports and comparisons.
-class KPX_API RegistrySnapshot {
+class RegistrySnapshot {
  public:
   /// Adds a key of the registry and everything below it.
-  RegistryResult add(RegistryRoot root, const CString& path);
+  KPX_API RegistryResult add(RegistryRoot root, const CString& path);
   /// Carries out a step on what is there.
-  void apply(const RegistryStep& step);
+  KPX_API void apply(const RegistryStep& step);
 
   bool isEmpty() const noexcept { return keys_.empty(); }
   /// The steps that create it, keys in front of those below them.
-  std::vector<RegistryStep> steps() const;
+  KPX_API std::vector<RegistryStep> steps() const;
   /// The steps that make this one into the other; empty when both are equal. Differences in the
   /// case of names are none.
-  std::vector<RegistryStep> stepsTo(const RegistrySnapshot& other) const;
+  KPX_API std::vector<RegistryStep> stepsTo(const RegistrySnapshot& other) const;
 
  private:
   struct Value {

@@ -27,7 +27,7 @@ enum class timerDestType { text, csv };
 /// Report files are UTF-8 with line feeds. Those that report answer 1 when the file was written
 /// and 0 when not; a file that should have been replaced is then as it was. Line breaks in names
 /// are shown as blanks, so that each timer has one line.
-class KPX_API CTimerFactory {
+class CTimerFactory {
  public:
   CTimerFactory() = default;
   CTimerFactory(const CTimerFactory&) = delete;
@@ -38,35 +38,35 @@ class KPX_API CTimerFactory {
 
   /// The timer of a name, created when it is missing. It stays with the factory until
   /// `clearTimers`. nullptr only without memory, reported as 910122.
-  CHiFreqTimer* getTimer(const CString& name) noexcept;
+  KPX_API CHiFreqTimer* getTimer(const CString& name) noexcept;
   /// The timer of a name; when it is missing, a message box says so and the answer is nullptr.
   /// Error number 910130.
-  CHiFreqTimer* getTimerChecked(const CString& name);
+  KPX_API CHiFreqTimer* getTimerChecked(const CString& name);
   /// 1 or 0.
-  int isTimerPresent(const CString& name) const noexcept;
+  KPX_API int isTimerPresent(const CString& name) const noexcept;
   /// The name of a timer; empty for one that is not of this factory. Error number 910131.
-  CString getTimerName(const CHiFreqTimer* timer) const;
+  KPX_API CString getTimerName(const CHiFreqTimer* timer) const;
   /// Removes all timers. Pointers to them are no longer valid, those in proxies included.
-  void clearTimers() noexcept;
+  KPX_API void clearTimers() noexcept;
 
   /// A report of all timers. Error numbers 910123 and 910124.
-  int dump(const CString& path, timerSortType sort = timersort,
-           timerFileMode mode = timerFileMode::overwrite) const;
-  int dumpCsv(const CString& path, timerSortType sort = timersort,
-              timerFileMode mode = timerFileMode::overwrite) const;
+  KPX_API int dump(const CString& path, timerSortType sort = timersort,
+                   timerFileMode mode = timerFileMode::overwrite) const;
+  KPX_API int dumpCsv(const CString& path, timerSortType sort = timersort,
+                      timerFileMode mode = timerFileMode::overwrite) const;
   /// A report of the completed runs of one timer; 0 without one. Error numbers 910125 and 910126.
-  int dumpSamples(const CHiFreqTimer* timer, const CString& path,
-                  timerFileMode mode = timerFileMode::overwrite) const;
-  int dumpSamples(const CString& name, const CString& path,
-                  timerFileMode mode = timerFileMode::overwrite) const;
-  int dumpSamplesCsv(const CHiFreqTimer* timer, const CString& path,
-                     timerFileMode mode = timerFileMode::overwrite) const;
-  int dumpSamplesCsv(const CString& name, const CString& path,
-                     timerFileMode mode = timerFileMode::overwrite) const;
+  KPX_API int dumpSamples(const CHiFreqTimer* timer, const CString& path,
+                          timerFileMode mode = timerFileMode::overwrite) const;
+  KPX_API int dumpSamples(const CString& name, const CString& path,
+                          timerFileMode mode = timerFileMode::overwrite) const;
+  KPX_API int dumpSamplesCsv(const CHiFreqTimer* timer, const CString& path,
+                             timerFileMode mode = timerFileMode::overwrite) const;
+  KPX_API int dumpSamplesCsv(const CString& name, const CString& path,
+                             timerFileMode mode = timerFileMode::overwrite) const;
 
   /// The same as texts; empty after a failure. Error numbers 910132 and 910133.
-  CString report(timerDestType kind, timerSortType sort) const;
-  CString sampleReport(timerDestType kind, const CHiFreqTimer& timer) const;
+  KPX_API CString report(timerDestType kind, timerSortType sort) const;
+  KPX_API CString sampleReport(timerDestType kind, const CHiFreqTimer& timer) const;
 
  private:
   struct NamedTimer {

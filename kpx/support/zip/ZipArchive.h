@@ -52,21 +52,21 @@ struct ZipEntry {
 /// entry's own header, an entry never gives more bytes than the directory states, and the work
 /// grows linearly with the file. Names are UTF-8 where the entry says so, else code page 437. One
 /// object reads for one thread.
-class KPX_API ZipArchive {
+class ZipArchive {
  public:
   /// Receives a piece of an entry's content; answers `done` to go on, or what `read` is to answer.
   using Sink = std::function<ZipStatus(std::string_view)>;
 
-  ZipArchive() noexcept;
-  ZipArchive(ZipArchive&&) noexcept;
-  ZipArchive& operator=(ZipArchive&&) noexcept;
-  ~ZipArchive();
+  KPX_API ZipArchive() noexcept;
+  KPX_API ZipArchive(ZipArchive&&) noexcept;
+  KPX_API ZipArchive& operator=(ZipArchive&&) noexcept;
+  KPX_API ~ZipArchive();
 
   /// Reads the directory of an archive. Answers `done`, or one of the states of whole archives;
   /// with `directoryDamaged` there are the entries before the damage, else none. The file stays
   /// open until the object goes.
-  ZipStatus open(const CString& path, const ZipLimits& limits = {});
-  ZipStatus open(std::unique_ptr<InputFile> file, const ZipLimits& limits = {});
+  KPX_API ZipStatus open(const CString& path, const ZipLimits& limits = {});
+  KPX_API ZipStatus open(std::unique_ptr<InputFile> file, const ZipLimits& limits = {});
 
   /// In the order of the directory.
   const std::vector<ZipEntry>& entries() const noexcept { return entries_; }
@@ -79,7 +79,7 @@ class KPX_API ZipArchive {
   /// those stated, else the reason; what the sink got until then is to be dropped. Answers the
   /// status of a refused entry without reading it. A folder has no pieces. Requires
   /// index < entries().size(). Throws std::bad_alloc and what the sink throws.
-  ZipStatus read(std::size_t index, const Sink& sink);
+  KPX_API ZipStatus read(std::size_t index, const Sink& sink);
 
  private:
   /// Whether an entry's own header, given with its name, states the sizes and checksum of the

@@ -2,7 +2,6 @@
 
 #include <cstddef>
 
-#include "kpx/report/Export.h"
 #include "kpx/xml/ElemPos.h"
 
 namespace kpx::detail {
@@ -12,7 +11,7 @@ namespace kpx::detail {
 /// 16 bits) and a slot (low 16 bits); 0 as a link means "none".
 ///
 /// An index without capacity can be read at 0, where it shows a record of zeros, but not written.
-class KPX_API ElementIndex {
+class ElementIndex {
  public:
   static constexpr int segmentBits = 16;
   static constexpr int segmentRecords = 1 << segmentBits;

@@ -2,7 +2,6 @@
 
 #include <span>
 
-#include "kpx/report/Export.h"
 #include "kpx/xml/internal/ParseState.h"
 
 namespace kpx::detail {
@@ -15,12 +14,12 @@ struct TagScan {
 };
 
 /// The scans that this processor can run, the best one first, "plain" last.
-KPX_API std::span<const TagScan> tagScans() noexcept;
+std::span<const TagScan> tagScans() noexcept;
 
 /// The scan that parses use: the best one, chosen when the library is loaded.
-KPX_API const TagScan& activeTagScan() noexcept;
+const TagScan& activeTagScan() noexcept;
 /// Chooses another one of `tagScans`, for tests and measurements.
-KPX_API void setActiveTagScan(const TagScan& scan) noexcept;
+void setActiveTagScan(const TagScan& scan) noexcept;
 
 #if defined(__SSE2__) || defined(_M_X64)
 void scanTagsSse2(ParseState& state) noexcept;

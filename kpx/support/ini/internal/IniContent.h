@@ -12,7 +12,7 @@
 namespace kpx {
 
 /// What an INI file in memory consists of, apart from the key types.
-struct CIniEx::Content {
+struct KPX_LOCAL CIniEx::Content {
   // What was read; entries that nobody changed are parts of it. Copies share it.
   std::shared_ptr<const std::u16string> text;
   detail::StoredEncoding encoding;

@@ -5,14 +5,13 @@
 #include <string>
 #include <string_view>
 
-#include "kpx/report/Export.h"
 #include "kpx/text/CString.h"
 
 namespace kpx::detail {
 
 /// A line of an INI file that has a name, with the lines above that belong to it. As long as
 /// nobody changes it, both are parts of the file's text.
-class KPX_API IniEntry {
+class IniEntry {
  public:
   enum State : int { asRead = 0, changed = 1, removed = 2 };
 
