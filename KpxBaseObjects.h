@@ -1,13 +1,17 @@
 #pragma once
 
-/// Everything that modules take from the library. Names live in the namespace `kpx`; this header
-/// also brings them into the global namespace, where modules expect them.
+/// Everything that modules take from the library. Names live in the namespace `kpx`; the system's
+/// own ones are brought into the global namespace besides, where modules expect them. A host that
+/// has such a name itself, a `CString` of its framework say, defines KPX_NO_GLOBAL_NAMES before the
+/// include and writes `kpx::CString`.
 
+#include "kpx/capi/ErrorTable.h"
 #include "kpx/config/CFGHeader.h"
 #include "kpx/config/CJob.h"
 #include "kpx/config/CProject.h"
 #include "kpx/config/CUser.h"
 #include "kpx/context/ApplicationContext.h"
+#include "kpx/context/ErrorLog.h"
 #include "kpx/context/ErrorReport.h"
 #include "kpx/context/Folders.h"
 #include "kpx/context/ReferenceStatus.h"
@@ -19,10 +23,12 @@
 #include "kpx/domain/CFCFieldInfos.h"
 #include "kpx/domain/CNAS_Punktobjekt.h"
 #include "kpx/platform/InputDialog.h"
+#include "kpx/platform/Processes.h"
 #include "kpx/platform/ProgressDialog.h"
 #include "kpx/report/Error.h"
 #include "kpx/report/Exceptions.h"
 #include "kpx/settings/AllSettings.h"
+#include "kpx/settings/ConfigDocument.h"
 #include "kpx/support/files/CKpxBaseObjectsUtil.h"
 #include "kpx/support/files/CUtf16StdioFile.h"
 #include "kpx/support/ini/CIniEx.h"
@@ -32,6 +38,7 @@
 #include "kpx/support/objects/MakeUuidString.h"
 #include "kpx/support/registry/CRegistry.h"
 #include "kpx/support/texts/LanguageFile.h"
+#include "kpx/support/texts/TextCheck.h"
 #include "kpx/support/texts/TextStore.h"
 #include "kpx/support/texts/TextTemplate.h"
 #include "kpx/support/timers/CTimerFactory.h"
@@ -51,4 +58,6 @@
 #include "kpx/xml/CMarkup.h"
 #include "kpx/xml/MarkupFormat.h"
 
-using namespace kpx;  // NOLINT(google-build-using-namespace): what modules expect
+#ifndef KPX_NO_GLOBAL_NAMES
+#include "kpx/GlobalNames.h"
+#endif

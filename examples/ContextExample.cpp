@@ -12,9 +12,9 @@
 namespace {
 
 // An own way of showing message boxes, for example without a desktop.
-int showOnConsole(const MessageBoxRequest& request) {
+int showOnConsole(const kpx::MessageBoxRequest& request) {
   std::cout << "[" << request.caption.utf8() << "] " << request.text.utf8() << "\n";
-  return MessageBoxAnswer::ok;
+  return kpx::MessageBoxAnswer::ok;
 }
 
 }  // namespace
@@ -27,7 +27,7 @@ int main(int argc, char** argv) {
   const CString folder = CString::fromUtf8(argv[1]);
 
   // On the main thread, before other threads read it.
-  setMessageBoxHandler(&showOnConsole);
+  kpx::setMessageBoxHandler(&showOnConsole);
   kpxSetAppName(u"Beispiel");
   kpxSetSystemPath(folder);
   CUser user;
@@ -46,7 +46,8 @@ int main(int argc, char** argv) {
     kpxError(120001);
   }
   kpxErrorText(u"3 Punkte ausgelassen");
-  utlMessageBox(MessageBoxStyle::information, u"%d Punkte in %s", 17, kpxGetCurrentProject().Name);
+  utlMessageBox(kpx::MessageBoxStyle::information, u"%d Punkte in %s", 17,
+                kpxGetCurrentProject().Name);
 
   std::cout << kpxGetFileSize(CKpxBaseObjectsUtil::CatPathFile(folder, u"Error.log"))
             << " bytes in the log\n";

@@ -27,7 +27,8 @@ int main() {
   while (document.FindChildElem(read.getClassName())) {
     if (read.loadByXML(&document) != 1) continue;
     std::cout << (read.IsEqual(point) == 1 ? "as written: " : "changed: ");
-    std::cout << read.Punktkennung.utf8() << "  " << CString(nasObjectKindName(read.ObjArt)).utf8()
-              << "  " << read.sonstigeEigenschaftenGetAsText().utf8() << "\n";
+    std::cout << read.Punktkennung.utf8() << "  "
+              << CString(kpx::nasObjectKindName(read.ObjArt)).utf8() << "  "
+              << read.sonstigeEigenschaftenGetAsText().utf8() << "\n";
   }
 }

@@ -16,7 +16,7 @@ int main(int argc, char** argv) {
 
   CUtf16StdioFile file;
   file.setUnicodeFile(true);
-  FileResult problem;
+  kpx::FileResult problem;
   const CString path = CString::fromUtf8(argc > 1 ? argv[1] : "example.txt");
   const std::uint32_t flags = CUtf16StdioFile::modeCreate | CUtf16StdioFile::modeWrite;
   if (file.Open(path, flags, &problem) == 0) {

@@ -11,7 +11,7 @@
 
 int main(int argc, char** argv) {
   // Captions and groups that are texts of the suite come from the store of texts.
-  addBuiltInTexts();
+  kpx::addBuiltInTexts();
 
   // A new object is complete: every setting has its default.
   CFGGeneralSettings settings;
@@ -51,7 +51,7 @@ int main(int argc, char** argv) {
   std::cout << "read back: " << fresh.getCA2TTolXY() << (same ? ", equal" : ", different") << "\n";
 
   // And against a new object: exactly what was changed.
-  for (const ChangedValue& each : compareConfigurations(CFGGeneralSettings(), fresh).changed) {
+  for (const kpx::ChangedValue& each : compareConfigurations(CFGGeneralSettings(), fresh).changed) {
     std::cout << each.key.utf8() << ": " << each.valueA.utf8() << " -> " << each.valueB.utf8()
               << "\n";
   }

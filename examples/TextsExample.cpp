@@ -11,9 +11,9 @@ namespace {
 void say(const CString& text) { std::printf("%s\n", text.utf8().c_str()); }
 
 int writeTranslation(const CString& path) {
-  const TextList danish{
+  const kpx::TextList danish{
       0, u"Dansk", {{614, u"Fejl"}, {541, u"Fejl %d i %s"}, {70001, u"Ny tekst"}}};
-  return fileSystem().replaceFile(path, languageFileBytes(danish)) ? 1 : 0;
+  return kpx::fileSystem().replaceFile(path, kpx::languageFileBytes(danish)) ? 1 : 0;
 }
 
 }  // namespace
@@ -32,7 +32,7 @@ int main(int argc, char** argv) {
   say(GetMLT(70001));
 
   CString message;
-  message.Format(templateText(541), kpxGetAppName(), 42886, kpxGetAppName());
+  message.Format(kpx::templateText(541), kpxGetAppName(), 42886, kpxGetAppName());
   say(message);  // German: the translation takes other values
   return 0;
 }

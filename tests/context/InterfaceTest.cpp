@@ -112,7 +112,7 @@ static_assert(!COMPILES(text ? 1 : 2) && !COMPILES(!text) && !COMPILES(text - 1)
   project.Name = L"a";
   AddMLT(1, L"a");
   LoadMLTFile(L"a");
-  initTexts(L"a");
+  kpx::initTexts(L"a");
   ini.ReadFile(L"a");
   ini.GetKeyData(L"section", L"key", text);
   ini.AddNewKey(L"section", L"key", L"value");
@@ -146,7 +146,7 @@ TEST(Interface, WideLiteralsMeanWhatTheySay) {
   EXPECT_EQ(utlTextAsDoubleDecimal(L"1;5", L';'), 1.5);
   EXPECT_EQ(utlDoubleAsText(1.5, 1, L','), L"1,5");
   std::int32_t count = 0;
-  VariableTable table;
+  kpx::VariableTable table;
   table.add(L"Count", count);
   EXPECT_EQ(utlStringToVar(L"Count", L"42", table), 1);
   EXPECT_EQ(count, 42);

@@ -295,6 +295,13 @@ def umbrella_of(classes):
             + '#include "kpx/settings/Catalogue.h"\n')
 
 
+def names_of(classes):
+    return ("#pragma once\n\n// Generated from the settings schema. Do not edit.\n"
+            "// The settings classes as modules name them.\n\n"
+            '#include "kpx/settings/AllSettings.h"\n\n'
+            + "".join(f"using kpx::{each.name};\n" for each in classes))
+
+
 def write_if_changed(path, text):
     data = text.encode()
     if not path.exists() or path.read_bytes() != data:
@@ -371,6 +378,7 @@ def main():
             write_if_changed(folder / f"{each.name}.cpp", source_of(each))
         write_if_changed(folder / "CatalogueTable.cpp", catalogue_of(classes))
         write_if_changed(folder / "AllSettings.h", umbrella_of(classes))
+        write_if_changed(folder / "SettingsNames.h", names_of(classes))
     if arguments.stamp:
         arguments.stamp.touch()
     return 0
