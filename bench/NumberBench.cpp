@@ -108,7 +108,7 @@ BENCHMARK(WriteReal3Kpx)->Name("numbers/write_3_decimals/kpx");
 void WriteReal3KpxInPlace(benchmark::State& state) {
   kpx::CString text;
   writeAll(state, surveyedValues(), [&](double value) {
-    kpx::doubleAsTextInto(text, value, 3, u'.');
+    kpx::detail::doubleAsTextInto(text, value, 3, u'.');
     benchmark::DoNotOptimize(text.GetString());
   });
 }

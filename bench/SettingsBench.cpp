@@ -39,7 +39,7 @@ void getRealCopied(benchmark::State& state) {
   for ([[maybe_unused]] auto _ : state) {
     CFGCol column;
     settings.Class.FindCol(key, column);
-    benchmark::DoNotOptimize(kpx::textAsDouble(column.Value.Value));
+    benchmark::DoNotOptimize(kpx::detail::textAsDouble(column.Value.Value));
     benchmark::ClobberMemory();
   }
 }

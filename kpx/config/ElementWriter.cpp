@@ -60,7 +60,7 @@ void ElementWriter::attribute(std::u16string_view opening, double time) {
   if (time == 0.0) {
     out_ += zeroTimeText;
   } else {
-    appendTimeDoubleText(out_, time);
+    detail::appendTimeDoubleText(out_, time);
   }
   out_ += u'"';
 }

@@ -104,9 +104,9 @@ void addSwitches(Report& report) {
   for (const char16_t* const name :
        {u"Tracing", u"TestMode", u"ErrorMessage", u"ShowConnectingPoints", u"OverwriteCells"}) {
     const SettingsValue value = detail::readSettingsValue({}, name);
-    const bool isOn = textAsLong(value.text) != 0;
+    const bool isOn = detail::textAsLong(value.text) != 0;
     CString problem;
-    if (value.isFound() && value.text != longAsText(textAsLong(value.text))) {
+    if (value.isFound() && value.text != detail::longAsText(detail::textAsLong(value.text))) {
       problem = u"'" + value.text + u"' is no number";
     } else if (value.status == RegistryStatus::wrongType) {
       problem = u"the value is neither text nor number";
@@ -180,7 +180,7 @@ std::vector<DiagnosisLine> diagnose() {
   report.add(u"library file", libraryFile(), u"system");
   report.add(u"computer", kpxGetComputerName(), u"system");
   report.add(u"user", kpxGetUserName(), u"system");
-  report.add(u"memory in MB", longAsText(kpxGetMemSizeMB()), u"system");
+  report.add(u"memory in MB", detail::longAsText(kpxGetMemSizeMB()), u"system");
 
   report.topic(u"folders");
   const FoundFolder programs = detail::findProgramFolder();

@@ -39,7 +39,7 @@ bool hasShape(View text, View shape) noexcept {
 
 std::optional<TIME> timeOf(View date, View clock) noexcept {
   if (!hasShape(date, u"00.00.0000") || !hasShape(clock, u"00:00:00")) return std::nullopt;
-  const TIME time{dateOfText(date).date, clockOfText(clock).time};
+  const TIME time{detail::dateOfText(date).date, detail::clockOfText(clock).time};
   if (!CKpxCalendar::isValid(unpackTime(time))) return std::nullopt;
   return time;
 }
@@ -85,7 +85,7 @@ void ErrorLogReader::addLanguages(const CString& folder) {
     FileBytes bytes;
     TextList list;
     if (name.Right(4).CompareNoCase(u".LNG") != 0) continue;
-    if (!fileSystem().read(joinPath(folder, name), bytes)) continue;
+    if (!fileSystem().read(detail::joinPath(folder, name), bytes)) continue;
     if (readLanguageFile(bytes.view(), list).hasFailed) throw std::bad_alloc();
     for (const TextEntry& entry : list.entries) {
       CString text = entry.text;
@@ -154,7 +154,7 @@ bool ErrorLogReader::readForm(const Form& form, View line, ErrorLogEntry& entry)
         !std::all_of(unsignedDigits.begin(), unsignedDigits.end(), isDigit)) {
       return false;
     }
-    number = textAsLong(digits);
+    number = detail::textAsLong(digits);
     names = names.substr(0, place);
   }
   const std::size_t job = names.find(literals[1]);
@@ -216,14 +216,14 @@ bool ErrorLogFilter::wants(const ErrorLogEntry& entry) const {
   if (!isSet()) return true;
   if (entry.kind == ErrorLogEntry::Kind::broken) return false;
   const auto matches = [](CString pattern, CString text) {
-    return pattern.IsEmpty() || matchesWildcards(text.MakeLower(), pattern.MakeLower());
+    return pattern.IsEmpty() || detail::matchesWildcards(text.MakeLower(), pattern.MakeLower());
   };
   if (!numbers.empty() &&
       (entry.kind != ErrorLogEntry::Kind::number ||
        std::find(numbers.begin(), numbers.end(), entry.number) == numbers.end())) {
     return false;
   }
-  const double time = doubleOfTime(entry.time);
+  const double time = detail::doubleOfTime(entry.time);
   return matches(user, entry.user) && matches(project, entry.project) &&
          (from == 0.0 || time >= from) && (to == 0.0 || time <= to);
 }

@@ -40,7 +40,7 @@ void addBinFolder(CString& folder) {
       state->applicationName != state->binFolderApplication) {
     return;
   }
-  folder = joinPath(folder, u"bin");
+  folder = detail::joinPath(folder, u"bin");
 }
 
 FoundFolder fromEnvironmentOrRegistry() {
@@ -80,7 +80,7 @@ FoundFolder detail::findSystemFolderOrIni() {
   if (!found.path.IsEmpty()) return found;
   CIniEx ini;
   CString value;
-  if (!ini.ReadFile(joinPath(kpxGetProgPath(), u"KPX.INI")) ||
+  if (!ini.ReadFile(detail::joinPath(kpxGetProgPath(), u"KPX.INI")) ||
       !ini.GetKeyData(u"KPX", u"SYSTEM_PATH", value)) {
     return {};
   }
@@ -128,30 +128,33 @@ CString kpxGetCurrentProjectPath() {
     const detail::ContextState* const state = detail::contextState();
     if (!state) return CString();
     if (detail::isAbsolutePath(state->project.Path)) return state->project.Path;
-    return state->project.Path.IsEmpty() ? CString()
-                                         : joinPath(state->projectsFolder, state->project.Path);
+    return state->project.Path.IsEmpty()
+               ? CString()
+               : detail::joinPath(state->projectsFolder, state->project.Path);
   });
 }
 
 CString kpxGetComputerName() {
-  return Guarded("kpxGetComputerName"_context, CString(), [] { return computerName(); });
+  return Guarded("kpxGetComputerName"_context, CString(), [] { return detail::computerName(); });
 }
 CString kpxGetUserName() {
-  return Guarded("kpxGetUserName"_context, CString(), [] { return userName(); });
+  return Guarded("kpxGetUserName"_context, CString(), [] { return detail::userName(); });
 }
 CString kpxGetUserHomePath() {
-  return Guarded("kpxGetUserHomePath"_context, CString(), [] { return userHomeFolder(); });
+  return Guarded("kpxGetUserHomePath"_context, CString(), [] { return detail::userHomeFolder(); });
 }
 CString kpxGetUserAppDataPath() {
-  return Guarded("kpxGetUserAppDataPath"_context, CString(), [] { return userDataFolder(); });
+  return Guarded("kpxGetUserAppDataPath"_context, CString(),
+                 [] { return detail::userDataFolder(); });
 }
 CString kpxGetCommonAppDataPath() {
-  return Guarded("kpxGetCommonAppDataPath"_context, CString(), [] { return commonDataFolder(); });
+  return Guarded("kpxGetCommonAppDataPath"_context, CString(),
+                 [] { return detail::commonDataFolder(); });
 }
 
 std::int32_t kpxGetMemSizeMB() noexcept {
   constexpr std::uint64_t limit = std::numeric_limits<std::int32_t>::max();
-  const std::uint64_t megabytes = physicalMemoryBytes() >> 20;
+  const std::uint64_t megabytes = detail::physicalMemoryBytes() >> 20;
   return static_cast<std::int32_t>(megabytes < limit ? megabytes : limit);
 }
 

@@ -24,8 +24,9 @@ CString orMissing(const detail::SettingsValue& value, const CString& missing) {
 }
 
 int isOn(OperationNumber operation, std::u16string_view name) {
-  return Guarded(operation, 0,
-                 [&] { return textAsLong(detail::readSettingsValue({}, name).text) != 0 ? 1 : 0; });
+  return Guarded(operation, 0, [&] {
+    return detail::textAsLong(detail::readSettingsValue({}, name).text) != 0 ? 1 : 0;
+  });
 }
 
 }  // namespace
@@ -41,7 +42,7 @@ detail::SettingsValue detail::readSettingsValue(std::u16string_view subkey, cons
     if (result) result = key->read(name, value);
     std::uint32_t number = 0;
     if (result && value.asNumber(number)) {
-      found.text = longAsText(static_cast<std::int32_t>(number));
+      found.text = detail::longAsText(static_cast<std::int32_t>(number));
     } else if (result && !value.asText(found.text)) {
       result.status = RegistryStatus::wrongType;
     }

@@ -91,7 +91,7 @@ CString textFolder() {
   return Guarded("textFolder"_context, CString(), [] {
     const CString programs = kpxGetProgPath();
     // Without a program folder, the current folder is nobody's place for texts.
-    return programs.IsEmpty() ? CString() : joinPath(programs, u"MLT");
+    return programs.IsEmpty() ? CString() : detail::joinPath(programs, u"MLT");
   });
 }
 
@@ -99,7 +99,7 @@ CString languageFilePath(const CString& name) {
   return Guarded("languageFilePath"_context, CString(), [&] {
     const CString folder = textFolder();
     if (folder.IsEmpty() || name.IsEmpty()) return CString();
-    return joinPath(folder, nameInFolder(folder, name));
+    return detail::joinPath(folder, nameInFolder(folder, name));
   });
 }
 

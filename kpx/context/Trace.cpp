@@ -40,11 +40,11 @@ CString traceFilePath() {
   return Guarded("traceFilePath"_context, CString(), [] {
     CString folder(sharedDebugFolder);
     if (folder.IsEmpty()) {
-      folder = userDataFolder();
+      folder = detail::userDataFolder();
       if (folder.IsEmpty()) return folder;
-      folder = joinPath(folder, u"KPX/TmvDebug");
+      folder = detail::joinPath(folder, u"KPX/TmvDebug");
     }
-    return joinPath(folder, u"KpxBaseObjectsRel.TXT");
+    return detail::joinPath(folder, u"KpxBaseObjectsRel.TXT");
   });
 }
 

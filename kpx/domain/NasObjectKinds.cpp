@@ -168,14 +168,11 @@ constexpr Slots byCode =
 
 }  // namespace
 
-std::int32_t nasObjectKindCode(std::u16string_view name) noexcept {
+std::int32_t GetNASObjektart(const CString& text) noexcept {
+  const std::u16string_view name = text;
   if (name.size() < shortestName || name.size() > longestName) return 0;
   const NasObjectKind* const kind = byName.find(markOf(name));
   return kind && kind->name == name ? kind->code : 0;
-}
-
-std::int32_t GetNASObjektart(const CString& name) noexcept {
-  return nasObjectKindCode(name.view());
 }
 
 std::u16string_view nasObjectKindName(std::int32_t code) noexcept {

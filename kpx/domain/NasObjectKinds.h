@@ -19,8 +19,6 @@ struct NasObjectKind {
 /// that is not known. Names are compared with case. The cost does not depend on the number of
 /// kinds, nor on the length of a name that is none.
 KPX_API std::int32_t GetNASObjektart(const CString& name) noexcept;
-/// The same for a name that stands somewhere in a larger text.
-KPX_API std::int32_t nasObjectKindCode(std::u16string_view name) noexcept;
 
 /// The feature class of an object-kind code; empty for a code that is not known. The units live as
 /// long as the library is loaded.

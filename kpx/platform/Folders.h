@@ -8,15 +8,19 @@ namespace kpx {
 /// Folders that the system gives to users and programs. They need not exist; empty if the system
 /// does not tell. No path ends with a separator.
 
+namespace detail {
+
 /// The user's own folder: the profile on Windows, $HOME or the user's entry elsewhere.
-KPX_API CString userHomeFolder();
+CString userHomeFolder();
 
 /// Where programs keep data of this user that follow the user: the roaming application data on
 /// Windows, elsewhere $XDG_CONFIG_HOME or .config in the home folder.
-KPX_API CString userDataFolder();
+CString userDataFolder();
 
 /// Where programs keep data of all users: the common application data on Windows, /etc elsewhere.
-KPX_API CString commonDataFolder();
+CString commonDataFolder();
+
+}  // namespace detail
 
 /// The path of the program that runs in this process.
 KPX_API CString programFile();

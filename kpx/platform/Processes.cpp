@@ -26,7 +26,7 @@ namespace detail {
 std::u16string_view withoutProgramEnding(std::u16string_view name) noexcept {
   constexpr std::u16string_view ending = u".exe";
   const bool has = name.size() > ending.size() &&
-                   compareTextNoCase(name.substr(name.size() - ending.size()), ending) == 0;
+                   detail::compareTextNoCase(name.substr(name.size() - ending.size()), ending) == 0;
   return has ? name.substr(0, name.size() - ending.size()) : name;
 }
 

@@ -92,11 +92,11 @@ ValueCheck checkInteger(ValueKind kind, std::u16string_view text) {
   } else if (!inRange(text)) {
     check.problem = kind == ValueKind::flag ? ValueProblem::notFlag : ValueProblem::outOfRange;
   } else {
-    const std::int32_t value = textAsLong(text);
+    const std::int32_t value = detail::textAsLong(text);
     if (kind == ValueKind::flag && value != 0 && value != 1) {
       check.problem = ValueProblem::notFlag;
     } else {
-      longAsTextInto(check.normal, value);
+      detail::longAsTextInto(check.normal, value);
     }
   }
   return check;
@@ -109,8 +109,8 @@ ValueCheck checkReal(std::u16string_view text, int decimals) {
     check.problem = hasThousandsMarks(text) ? ValueProblem::thousandsMark : ValueProblem::notReal;
     return check;
   }
-  const double value = textAsDouble(text);
-  doubleAsTextInto(check.normal, value, decimals, u'.');
+  const double value = detail::textAsDouble(text);
+  detail::doubleAsTextInto(check.normal, value, decimals, u'.');
   if (!std::isfinite(value) || check.normal == undefinedNumberText) {
     check.problem = ValueProblem::outOfRange;
     check.normal.Empty();

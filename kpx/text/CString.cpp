@@ -55,10 +55,12 @@ void CString::assign(std::u16string_view text) { text_.assign(text); }
 
 void CString::append(std::u16string_view text) { text_.append(text); }
 
-int CString::compare(std::u16string_view other) const noexcept { return compareText(text_, other); }
+int CString::compare(std::u16string_view other) const noexcept {
+  return detail::compareText(text_, other);
+}
 
 int CString::compareNoCase(std::u16string_view other) const noexcept {
-  return compareTextNoCase(text_, other);
+  return detail::compareTextNoCase(text_, other);
 }
 
 int CString::find(std::u16string_view part, int start) const noexcept {

@@ -4,12 +4,12 @@
 
 namespace kpx {
 
-int compareText(std::u16string_view left, std::u16string_view right) noexcept {
+int detail::compareText(std::u16string_view left, std::u16string_view right) noexcept {
   const int order = left.compare(right);
   return order < 0 ? -1 : order > 0 ? 1 : 0;
 }
 
-int compareTextNoCase(std::u16string_view left, std::u16string_view right) noexcept {
+int detail::compareTextNoCase(std::u16string_view left, std::u16string_view right) noexcept {
   const std::size_t common = std::min(left.size(), right.size());
   for (std::size_t i = 0; i < common; ++i) {
     const char16_t a = foldCase(left[i]);

@@ -62,10 +62,13 @@ constexpr char16_t raiseCase(char16_t unit) noexcept {
   return unit;
 }
 
+namespace detail {
+
 /// Orders two texts by their units: negative, 0 or positive.
-KPX_API int compareText(std::u16string_view left, std::u16string_view right) noexcept;
+int compareText(std::u16string_view left, std::u16string_view right) noexcept;
 
 /// Orders two texts by the units of their folded forms: negative, 0 or positive.
-KPX_API int compareTextNoCase(std::u16string_view left, std::u16string_view right) noexcept;
+int compareTextNoCase(std::u16string_view left, std::u16string_view right) noexcept;
 
+}  // namespace detail
 }  // namespace kpx

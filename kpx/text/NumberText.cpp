@@ -215,13 +215,13 @@ CString utlDoubleAsText(double value, int decimals, char16_t separator) {
                  [&] { return slowText(value, decimals, separator); });
 }
 
-CString doubleAsText(double value, int decimals, char16_t separator) {
+CString detail::doubleAsText(double value, int decimals, char16_t separator) {
   CString result;
-  doubleAsTextInto(result, value, decimals, separator);
+  detail::doubleAsTextInto(result, value, decimals, separator);
   return result;
 }
 
-void doubleAsTextInto(CString& out, double value, int decimals, char16_t separator) {
+void detail::doubleAsTextInto(CString& out, double value, int decimals, char16_t separator) {
   Reported("utlDoubleAsText"_text, [&] {
     if (ShortText text; writeFast(text, value, decimals, separator)) {
       out.Assign(text.view());
@@ -244,20 +244,20 @@ std::u16string_view writeLong(ShortText& text, std::int32_t value) noexcept {
 }  // namespace
 
 CString utlLongAsText(std::int32_t value) {
-  return Guarded("utlLongAsText"_text, CString(), [&] { return longAsText(value); });
+  return Guarded("utlLongAsText"_text, CString(), [&] { return detail::longAsText(value); });
 }
 
-CString longAsText(std::int32_t value) {
+CString detail::longAsText(std::int32_t value) {
   ShortText text;
   return writeLong(text, value);
 }
 
-void longAsTextInto(CString& out, std::int32_t value) {
+void detail::longAsTextInto(CString& out, std::int32_t value) {
   ShortText text;
   out.Assign(writeLong(text, value));
 }
 
-std::int32_t textAsLong(std::u16string_view text) noexcept {
+std::int32_t detail::textAsLong(std::u16string_view text) noexcept {
   const char16_t* at = text.data();
   const char16_t* const end = at + text.size();
   while (at != end && detail::isBlank(*at)) ++at;
@@ -271,9 +271,9 @@ std::int32_t textAsLong(std::u16string_view text) noexcept {
   return static_cast<std::int32_t>(negative ? -magnitude : magnitude);
 }
 
-std::int32_t utlTextAsLong(const CString& text) noexcept { return textAsLong(text.view()); }
+std::int32_t utlTextAsLong(const CString& text) noexcept { return detail::textAsLong(text.view()); }
 
-double textAsDouble(std::u16string_view text) noexcept {
+double detail::textAsDouble(std::u16string_view text) noexcept {
   if (text == undefinedNumberText) return undefinedNumber;
   const char16_t* at = text.data();
   const char16_t* const end = at + text.size();
@@ -283,7 +283,7 @@ double textAsDouble(std::u16string_view text) noexcept {
   return std::fabs(value - undefinedNumber) <= 1e-8 ? undefinedNumber : value;
 }
 
-double utlTextAsDouble(const CString& text) noexcept { return textAsDouble(text.view()); }
+double utlTextAsDouble(const CString& text) noexcept { return detail::textAsDouble(text.view()); }
 
 double utlTextAsDoubleDecimal(const CString& text, char16_t separator) {
   if (text.view() == undefinedNumberText) return undefinedNumber;
@@ -291,7 +291,7 @@ double utlTextAsDoubleDecimal(const CString& text, char16_t separator) {
     CString joined = text;
     const int place = joined.Find(separator);
     if (place >= 0) joined.SetAt(place, u',');
-    return textAsDouble(joined.view());
+    return detail::textAsDouble(joined.view());
   });
 }
 

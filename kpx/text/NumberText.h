@@ -40,29 +40,34 @@ KPX_API double kpxRunde(double value, int decimals) noexcept;
 /// that is not there, report error 910001 and give the empty text; nothing is thrown.
 KPX_API CString utlDoubleAsText(double value, int decimals, char16_t separator);
 
-/// The same for those who have to know of a failure: it is reported, too, and thrown. The second
-/// writes into a text that exists, whose memory is used again; after a failure it is as it was.
-KPX_API CString doubleAsText(double value, int decimals, char16_t separator);
-KPX_API void doubleAsTextInto(CString& out, double value, int decimals, char16_t separator);
-
 /// The decimal text of an integer. A failure is reported as 910551 and gives the empty text.
 KPX_API CString utlLongAsText(std::int32_t value);
-/// The same with std::bad_alloc thrown, not reported.
-KPX_API CString longAsText(std::int32_t value);
-KPX_API void longAsTextInto(CString& out, std::int32_t value);
 
 /// The integer at the beginning of a text: white space, a sign, decimal digits. 0 when there is
 /// none; beyond 32 bits the nearest limit.
 KPX_API std::int32_t utlTextAsLong(const CString& text) noexcept;
-KPX_API std::int32_t textAsLong(std::u16string_view text) noexcept;
 
 /// The real at the beginning of a text, as `kpxwtof` reads it, with the first "," read as ".".
 /// "---" and what lies within 1e-8 of it give 8888.88888; 0 when there is no number.
 KPX_API double utlTextAsDouble(const CString& text) noexcept;
-KPX_API double textAsDouble(std::u16string_view text) noexcept;
 
 /// The same with `separator` as decimal sign: its first occurrence is read as ",". A failure is
 /// reported as 910552 and gives 0.
 KPX_API double utlTextAsDoubleDecimal(const CString& text, char16_t separator);
 
+namespace detail {
+
+/// `utlDoubleAsText` for those who have to know of a failure: it is reported, too, and thrown. The
+/// second writes into a text that exists, whose memory is used again; after a failure it is as it
+/// was.
+CString doubleAsText(double value, int decimals, char16_t separator);
+void doubleAsTextInto(CString& out, double value, int decimals, char16_t separator);
+/// `utlLongAsText` with std::bad_alloc thrown, not reported.
+CString longAsText(std::int32_t value);
+void longAsTextInto(CString& out, std::int32_t value);
+/// `utlTextAsLong` and `utlTextAsDouble` of a part of a text.
+std::int32_t textAsLong(std::u16string_view text) noexcept;
+double textAsDouble(std::u16string_view text) noexcept;
+
+}  // namespace detail
 }  // namespace kpx

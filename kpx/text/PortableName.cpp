@@ -21,13 +21,13 @@ bool isPortNumber(char16_t unit) noexcept {
 
 // Devices stay devices with any extension: NUL.txt.
 bool isReserved(View name) noexcept {
-  const View base = withoutTrailingBlanks(name.substr(0, name.find(u'.')));
+  const View base = detail::withoutTrailingBlanks(name.substr(0, name.find(u'.')));
   for (const View device : {u"con", u"prn", u"aux", u"nul", u"conin$", u"conout$"}) {
-    if (compareTextNoCase(base, device) == 0) return true;
+    if (detail::compareTextNoCase(base, device) == 0) return true;
   }
   if (base.size() != 4 || !isPortNumber(base.back())) return false;
-  return compareTextNoCase(base.substr(0, 3), u"com") == 0 ||
-         compareTextNoCase(base.substr(0, 3), u"lpt") == 0;
+  return detail::compareTextNoCase(base.substr(0, 3), u"com") == 0 ||
+         detail::compareTextNoCase(base.substr(0, 3), u"lpt") == 0;
 }
 
 }  // namespace

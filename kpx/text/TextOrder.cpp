@@ -5,11 +5,11 @@
 namespace kpx {
 
 int utlCompStr(const CString& left, const CString& right) noexcept {
-  return compareText(left.view(), right.view());
+  return detail::compareText(left.view(), right.view());
 }
 
 int utlCompStrNoCase(const CString& left, const CString& right) noexcept {
-  return compareTextNoCase(left.view(), right.view());
+  return detail::compareTextNoCase(left.view(), right.view());
 }
 
 void utlInsertSort(unsigned* values, std::size_t count) noexcept {

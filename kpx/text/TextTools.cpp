@@ -47,7 +47,7 @@ std::u16string rtfText(View text) {
       encoded += unit;
     } else {
       encoded += u"\\u";
-      encoded += longAsText(static_cast<std::int16_t>(unit)).view();
+      encoded += detail::longAsText(static_cast<std::int16_t>(unit)).view();
       encoded += u'?';
     }
   }
@@ -62,7 +62,7 @@ int kpxHasWildcard(const CString& text) noexcept {
 
 int kpxMatchWildcardString(const CString& text, const CString& pattern) {
   return Guarded("kpxMatchWildcardString"_text, 0,
-                 [&] { return matchesWildcards(text, pattern) ? 1 : 0; });
+                 [&] { return detail::matchesWildcards(text, pattern) ? 1 : 0; });
 }
 
 void kpxRtfEncode(CString& text) {
@@ -101,18 +101,20 @@ CString kpxChangeFormat(const CString& text, const CString& from, const CString&
   });
 }
 
-View withoutLeadingBlanks(View text) noexcept {
+View detail::withoutLeadingBlanks(View text) noexcept {
   return text.substr(std::min(text.find_first_not_of(u' '), text.size()));
 }
 
-View withoutTrailingBlanks(View text) noexcept {
+View detail::withoutTrailingBlanks(View text) noexcept {
   // With nothing to keep, find_last_not_of answers npos, and npos + 1 is 0.
   return text.substr(0, text.find_last_not_of(u' ') + 1);
 }
 
-View withoutBlanks(View text) noexcept { return withoutLeadingBlanks(withoutTrailingBlanks(text)); }
+View detail::withoutBlanks(View text) noexcept {
+  return detail::withoutLeadingBlanks(detail::withoutTrailingBlanks(text));
+}
 
-CString joinPath(View folder, View file) {
+CString detail::joinPath(View folder, View file) {
   if (folder.empty()) return CString(file);
   if (file.empty()) return CString(folder);
   const std::size_t used = folder.find_last_of(u"/\\");
@@ -129,7 +131,7 @@ CString joinPath(View folder, View file) {
   return path;
 }
 
-CString pathBelow(View path, View folder) {
+CString detail::pathBelow(View path, View folder) {
   const View front = withoutTrailingSeparators(folder);
   // Of a folder that is nothing but separators, the root, every absolute path is a part.
   const bool isRoot = front.empty() && !folder.empty();

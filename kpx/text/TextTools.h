@@ -16,7 +16,9 @@ KPX_API int kpxHasWildcard(const CString& text) noexcept;
 /// "?" for exactly one UTF-16 unit; everything else for itself, with case. There is no way to
 /// take a wildcard literally.
 ///
-/// The cost is that of `matchesWildcards`. Error number 910556.
+/// The time grows with the length of the text plus that of the pattern, whatever they hold; only a
+/// piece between two "*" that has a "?" costs a step per unit of the text for each 64 units of its
+/// own that have begun. Error number 910556.
 KPX_API int kpxMatchWildcardString(const CString& text, const CString& pattern);
 
 // --- encodings ------------------------------------------------------------------------------
@@ -43,24 +45,27 @@ KPX_API CString UTF8to16(const char* text);
 /// the empty text.
 KPX_API CString kpxChangeFormat(const CString& text, const CString& from, const CString& to);
 
+/// Both slashes separate the names of a path, on every system.
+constexpr bool isPathSeparator(char16_t unit) noexcept { return unit == u'/' || unit == u'\\'; }
+
+namespace detail {
+
 // --- blanks and paths -----------------------------------------------------------------------
 
 /// The text without the blanks (U+0020 only) at its beginning, its end, or both.
-KPX_API std::u16string_view withoutLeadingBlanks(std::u16string_view text) noexcept;
-KPX_API std::u16string_view withoutTrailingBlanks(std::u16string_view text) noexcept;
-KPX_API std::u16string_view withoutBlanks(std::u16string_view text) noexcept;
-
-/// Both slashes separate the names of a path, on every system.
-constexpr bool isPathSeparator(char16_t unit) noexcept { return unit == u'/' || unit == u'\\'; }
+std::u16string_view withoutLeadingBlanks(std::u16string_view text) noexcept;
+std::u16string_view withoutTrailingBlanks(std::u16string_view text) noexcept;
+std::u16string_view withoutBlanks(std::u16string_view text) noexcept;
 
 /// Folder and file name with exactly one separator between them, whatever stood there: the kind
 /// that the folder uses already, else the system's own. When one of the two is empty, the other
 /// as it is, so that a missing folder never turns a name into one at the root.
-KPX_API CString joinPath(std::u16string_view folder, std::u16string_view file);
+CString joinPath(std::u16string_view folder, std::u16string_view file);
 
 /// The rest of a path behind a folder that it begins with, without separators in front; the path
 /// as it is when it does not lie there or the folder is empty. Names compare without case by the
 /// library's own table and both separators are alike. The folder itself gives the empty text.
-KPX_API CString pathBelow(std::u16string_view path, std::u16string_view folder);
+CString pathBelow(std::u16string_view path, std::u16string_view folder);
 
+}  // namespace detail
 }  // namespace kpx

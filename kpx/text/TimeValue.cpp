@@ -82,7 +82,7 @@ char16_t* putDate(char16_t* out, std::int32_t date) noexcept {
 }
 
 char16_t* putClock(char16_t* out, TIME time) noexcept {
-  correctTimeSeconds(time);
+  detail::correctTimeSeconds(time);
   out = putField(out, time.time / 10000, 2);
   *out++ = u':';
   out = putField(out, (time.time / 100) % 100, 2);
@@ -211,28 +211,30 @@ TIME packTime(const DateTime& fields) noexcept {
                      pack(fields.hour, fields.minute, fields.second));
 }
 
-void correctTimeSeconds(TIME& time) noexcept {
+void detail::correctTimeSeconds(TIME& time) noexcept {
   if (time.time % 100 == 60) --time.time;
 }
 
-double doubleOfTime(const TIME& time) noexcept { return time.date * timePerDate + time.time; }
+double detail::doubleOfTime(const TIME& time) noexcept {
+  return time.date * timePerDate + time.time;
+}
 
-TIME timeOfDouble(double value) noexcept {
+TIME detail::timeOfDouble(double value) noexcept {
   double date;
   double fraction;
   if (!splitDouble(value, date, fraction)) return {};
   // The hundredths guard against binary fractions a hair below the whole number.
   TIME time{static_cast<std::int32_t>(date + 0.01),
             static_cast<std::int32_t>(fraction * timePerDate + 0.01)};
-  correctTimeSeconds(time);
+  detail::correctTimeSeconds(time);
   return time;
 }
 
-double doubleOfTimeEx(const TIME& time) noexcept {
+double detail::doubleOfTimeEx(const TIME& time) noexcept {
   return time.date * timePerDate + time.time / 10.0;
 }
 
-TIME timeOfDoubleEx(double value) noexcept {
+TIME detail::timeOfDoubleEx(double value) noexcept {
   double date;
   double fraction;
   if (!splitDouble(value, date, fraction)) return {};
@@ -240,24 +242,24 @@ TIME timeOfDoubleEx(double value) noexcept {
           static_cast<std::int32_t>(fraction * timePerDate * 10 + 0.05)};
 }
 
-CString dateText(const TIME& time) {
+CString detail::dateText(const TIME& time) {
   char16_t buffer[longestTimeText];
   return CString(std::u16string_view(buffer, putDate(buffer, time.date)));
 }
 
-CString clockText(const TIME& time) {
+CString detail::clockText(const TIME& time) {
   char16_t buffer[longestTimeText];
   return CString(std::u16string_view(buffer, putClock(buffer, time)));
 }
 
-CString timeDoubleText(double value) {
+CString detail::timeDoubleText(double value) {
   CString text;
-  appendTimeDoubleText(text.units(), value);
+  detail::appendTimeDoubleText(text.units(), value);
   return text;
 }
 
-void appendTimeDoubleText(std::u16string& text, double value) {
-  const TIME time = timeOfDouble(value);
+void detail::appendTimeDoubleText(std::u16string& text, double value) {
+  const TIME time = detail::timeOfDouble(value);
   char16_t usual[usualTimeText];
   if (putUsual(usual, time)) {
     text.append(usual, usualTimeText);
@@ -270,7 +272,7 @@ void appendTimeDoubleText(std::u16string& text, double value) {
   text.append(buffer, static_cast<std::size_t>(end - buffer));
 }
 
-TIME dateOfText(std::u16string_view text) noexcept {
+TIME detail::dateOfText(std::u16string_view text) noexcept {
   std::int64_t fields[3] = {};
   FieldScanner scanner(text);
   if (isYearFirst(text)) {
@@ -281,26 +283,26 @@ TIME dateOfText(std::u16string_view text) noexcept {
   return checkedTime(pack(fields[2], fields[1], fields[0]), 0);
 }
 
-TIME clockOfText(std::u16string_view text) noexcept {
+TIME detail::clockOfText(std::u16string_view text) noexcept {
   std::int64_t fields[3] = {};
   FieldScanner(text).three(fields, u':');
   return checkedTime(0, packClock(fields[0], fields[1], fields[2]));
 }
 
-double timeDoubleOf(std::u16string_view text) noexcept {
+double detail::timeDoubleOf(std::u16string_view text) noexcept {
   double value;
   if (readWrittenForm(text, value)) return value;
-  if (isYearFirst(text)) return doubleOfTime(dateOfText(text));
+  if (isYearFirst(text)) return detail::doubleOfTime(detail::dateOfText(text));
   std::int64_t day[3] = {};
   std::int64_t clock[3] = {};
   FieldScanner scanner(text);
   if (scanner.three(day, u'.') && scanner.literal(u'-')) scanner.three(clock, u':');
-  return doubleOfTime(
+  return detail::doubleOfTime(
       checkedTime(pack(day[2], day[1], day[0]), packClock(clock[0], clock[1], clock[2])));
 }
 
-double oleDateOfTimeDouble(double value) noexcept {
-  const DateTime fields = unpackTime(timeOfDouble(value));
+double detail::oleDateOfTimeDouble(double value) noexcept {
+  const DateTime fields = unpackTime(detail::timeOfDouble(value));
   if (fields.year < firstOleYear || !CKpxCalendar::isValid(fields)) return 0.0;
   const auto days = static_cast<double>(
       CKpxCalendar::dayCount(fields.year, fields.month, fields.day) - oleDayZero());
@@ -309,7 +311,7 @@ double oleDateOfTimeDouble(double value) noexcept {
   return days < 0 ? days - fraction : days + fraction;
 }
 
-double timeDoubleOfOleDate(double days) noexcept {
+double detail::timeDoubleOfOleDate(double days) noexcept {
   // Outside these bounds no date lies in the years 100 to 9999; NaN fails the comparison.
   if (!(days > -657435.0 && days < 2958466.0)) return 0.0;
   const double whole = std::trunc(days);
@@ -321,7 +323,7 @@ double timeDoubleOfOleDate(double days) noexcept {
   fields.hour = rest / 3600;
   fields.minute = rest / 60 % 60;
   fields.second = rest % 60;
-  return doubleOfTime(packTime(fields));
+  return detail::doubleOfTime(packTime(fields));
 }
 
 }  // namespace kpx

@@ -65,10 +65,10 @@ bool VariableTable::write(std::u16string_view name, std::u16string_view text) co
   // would overwrite the value.
   if (const auto* integer = std::get_if<std::int32_t*>(&entry->variable)) {
     if (!beginsWithInteger(text)) return false;
-    **integer = textAsLong(text);
+    **integer = detail::textAsLong(text);
   } else {
     if (!beginsWithReal(text)) return false;
-    *std::get<double*>(entry->variable) = textAsDouble(text);
+    *std::get<double*>(entry->variable) = detail::textAsDouble(text);
   }
   return true;
 }
@@ -79,9 +79,9 @@ bool VariableTable::read(std::u16string_view name, CString& text) const {
   if (const auto* variable = std::get_if<CString*>(&entry->variable)) {
     text = **variable;
   } else if (const auto* integer = std::get_if<std::int32_t*>(&entry->variable)) {
-    longAsTextInto(text, **integer);
+    detail::longAsTextInto(text, **integer);
   } else {
-    doubleAsTextInto(text, *std::get<double*>(entry->variable), entry->decimals, u'.');
+    detail::doubleAsTextInto(text, *std::get<double*>(entry->variable), entry->decimals, u'.');
   }
   return true;
 }

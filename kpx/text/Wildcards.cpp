@@ -156,7 +156,7 @@ std::size_t findPiece(View text, View piece, WildPieceFinder& wild) {
 
 }  // namespace
 
-bool matchesWildcards(View text, View pattern) {
+bool detail::matchesWildcards(View text, View pattern) {
   const std::size_t firstStar = pattern.find(u'*');
   if (firstStar == notFound) {
     return text.size() == pattern.size() && matchesAt(text, 0, pattern);

@@ -155,7 +155,7 @@ std::u16string_view withoutSpace(std::u16string_view text) noexcept {
 int encodingCodePage(std::u16string_view name) noexcept {
   for (const std::u16string_view row : encodings) {
     if (row.size() == nameStart + name.size() &&
-        compareTextNoCase(row.substr(nameStart), name) == 0) {
+        detail::compareTextNoCase(row.substr(nameStart), name) == 0) {
       return codePageOf(row);
     }
   }

@@ -195,7 +195,7 @@ class Checker {
     int end = token_.nameStart;
     while (end < token_.nameEnd && !isMarkupSpace(at(end))) ++end;
     const std::u16string_view target = part(token_.nameStart, end);
-    if (compareTextNoCase(target, u"xml") != 0) {
+    if (detail::compareTextNoCase(target, u"xml") != 0) {
       checkName(target, token_.nameStart);
     } else if (token_.start != documentStart_ || target != u"xml") {
       add(Kind::misplacedDeclaration, {}, token_.start);

@@ -127,7 +127,7 @@ class Exports : public testing::Test {
     GetTimerFactory().getTimer(text)->stopTimer();
     table.add(text, content);
     infos.Add(text, {});
-    for (int i = 0; i < 20; ++i) point.sonstigeEigenschaftenAdd(text + longAsText(i));
+    for (int i = 0; i < 20; ++i) point.sonstigeEigenschaftenAdd(text + detail::longAsText(i));
   }
   ~Exports() override {
     GetTimerFactory().clearTimers();

@@ -18,9 +18,9 @@ TEST(NasObjectKinds, EachIsFoundBothWaysAndNothingNearIt) {
     for (std::size_t at = 0; at < kind.name.size(); ++at) {
       std::u16string other(kind.name);
       other[at] = static_cast<char16_t>(other[at] + 0x100);
-      EXPECT_EQ(nasObjectKindCode(other), 0);
+      EXPECT_EQ(GetNASObjektart(other), 0);
     }
-    EXPECT_EQ(nasObjectKindCode(std::u16string(kind.name) + u'\0'), 0);
+    EXPECT_EQ(GetNASObjektart(std::u16string(kind.name) + u'\0'), 0);
   }
   int named = 0;
   for (std::int32_t code = -100000; code <= 100000; ++code) {

@@ -82,10 +82,10 @@ TEST(NumberGolden, ManyReals) {
     GoldenSum rounded;
     for (std::size_t i = 0; i < values.size(); ++i) {
       const double value = values[i];
-      doubleAsTextInto(text, value, decimals, i % 2 == 0 ? u'.' : u',');
+      detail::doubleAsTextInto(text, value, decimals, i % 2 == 0 ? u'.' : u',');
       texts.add(text);
       // Texts of what is not finite are read as what they say; which NaN that is counts for nobody.
-      const double back = textAsDouble(text);
+      const double back = detail::textAsDouble(text);
       read.add(std::isnan(back) ? 0.0 : back);
       const double round = kpxRunde(value, decimals);
       rounded.add(std::isnan(round) ? 0.0 : round);
@@ -174,7 +174,8 @@ TEST(NumberGolden, DatesAndTimes) {
               utlDoubleAsText(CKpxBaseObjectsUtil::Time2DoubleEx(tenths), allDigits, u'.'),
               CKpxCalendar::weekday(at.year, at.month, at.day),
               CKpxCalendar::dayOfYear(at.year, at.month, at.day), isoWeek.year, isoWeek.week,
-              CKpxCalendar::julianDay(at), timeDoubleText(doubleOfTime(packTime(back))), week,
+              CKpxCalendar::julianDay(at),
+              detail::timeDoubleText(detail::doubleOfTime(packTime(back))), week,
               utlDoubleAsText(second, allDigits, u'.'),
               utlDoubleAsText(CKpxBaseObjectsUtil::TimeDouble2OleDate(value), 8, u'.'));
   }
@@ -186,13 +187,13 @@ TEST(NumberGolden, DatesAndTimes) {
     double second = 0.0;
     utlGPSSec2Date(seconds, at.year, at.month, at.day, at.hour, at.minute, second);
     at.second = static_cast<int>(second);
-    const double value = doubleOfTime(packTime(at));
-    sum.add(timeDoubleText(value));
+    const double value = detail::doubleOfTime(packTime(at));
+    sum.add(detail::timeDoubleText(value));
     sum.add(second);
     sum.add(CKpxCalendar::julianDay(at));
     sum.add(CKpxBaseObjectsUtil::TimeDouble2OleDate(value));
     sum.add(CKpxBaseObjectsUtil::OleDate2TimeDouble(seconds / 1e7));
-    sum.add(CKpxBaseObjectsUtil::Str2TimeDouble(timeDoubleText(value)));
+    sum.add(CKpxBaseObjectsUtil::Str2TimeDouble(detail::timeDoubleText(value)));
   }
   lines.add(u"many: %08X", sum.crc());
   expectGolden("dates.tsv", lines.bytes());

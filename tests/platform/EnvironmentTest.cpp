@@ -21,9 +21,9 @@ TEST(EnvironmentTest, VariablesAndNames) {
   EXPECT_EQ(value, u"before");
   EXPECT_TRUE(readEnvironmentVariable(u"KPX_TEST_EMPTY", value));
   EXPECT_EQ(value, u"");
-  EXPECT_FALSE(computerName().IsEmpty());
-  EXPECT_FALSE(userName().IsEmpty());
-  EXPECT_GT(physicalMemoryBytes(), std::uint64_t{1} << 24);
+  EXPECT_FALSE(detail::computerName().IsEmpty());
+  EXPECT_FALSE(detail::userName().IsEmpty());
+  EXPECT_GT(detail::physicalMemoryBytes(), std::uint64_t{1} << 24);
   EXPECT_FALSE(systemMessage(2).IsEmpty());
   EXPECT_FALSE(systemMessage(2).EndsWith(u"\n"));
 }

@@ -52,7 +52,7 @@ TEST(RowClasses, SettersCreateCellsAndGettersDoNot) {
       row.ColAt(access.key()).Caption = u"own";
       access.setText(row, text + u"0");
       EXPECT_EQ(row.find(access.key())->Caption, u"own");
-      EXPECT_EQ(textAsDouble(access.text(row)), number * 10.0);
+      EXPECT_EQ(detail::textAsDouble(access.text(row)), number * 10.0);
     }
     EXPECT_EQ(row.GetElementName(), u"CFGRow");
   }

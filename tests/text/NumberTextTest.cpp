@@ -99,7 +99,7 @@ TEST(NumberText, RealsAsText) {
   CString kept(u"old text that is long enough to be seen behind a short number");
   for (const auto& [value, decimals, separator, text] : cases) {
     EXPECT_EQ(utlDoubleAsText(value, decimals, separator), text) << value << ' ' << decimals;
-    doubleAsTextInto(kept, value, decimals, separator);
+    detail::doubleAsTextInto(kept, value, decimals, separator);
     EXPECT_EQ(kept, text);
   }
 }
@@ -129,7 +129,7 @@ TEST(NumberText, WithoutMemoryReportsAndGivesTheEmptyTextOrKeepsTheOld) {
     bool passed = false;
     try {
       const FailingAllocations all(0);
-      doubleAsTextInto(kept, -1.23456789012345e-7, decimals, u'.');
+      detail::doubleAsTextInto(kept, -1.23456789012345e-7, decimals, u'.');
     } catch (const std::bad_alloc&) {
       passed = true;
     }
@@ -262,7 +262,7 @@ TEST(NumberText, IntegersStayIn32Bits) {
     expected.Format(u"%ld", value);
     EXPECT_EQ(utlLongAsText(value), expected);
     CString kept(u"old");
-    longAsTextInto(kept, value);
+    detail::longAsTextInto(kept, value);
     EXPECT_EQ(kept, expected);
   }
 }

@@ -128,8 +128,8 @@ TEST(Paths, JoinedWithExactlyOneSeparator) {
       {u"", u"a.xml", u"a.xml"},
       {u"/data/", u"", u"/data/"},
   };
-  for (const auto& item : cases) EXPECT_EQ(joinPath(item.folder, item.file), item.path);
-  const CString plain = joinPath(u"data", u"a");
+  for (const auto& item : cases) EXPECT_EQ(detail::joinPath(item.folder, item.file), item.path);
+  const CString plain = detail::joinPath(u"data", u"a");
   EXPECT_TRUE(plain == u"data/a" || plain == u"data\\a") << testing::PrintToString(plain);
 }
 
@@ -147,15 +147,16 @@ TEST(Paths, CutOnlyAtWholeNames) {
       {u"", u"/", u""},
   };
   for (const auto& item : cases) {
-    EXPECT_EQ(pathBelow(item.path, item.folder), item.rest) << testing::PrintToString(item.folder);
+    EXPECT_EQ(detail::pathBelow(item.path, item.folder), item.rest)
+        << testing::PrintToString(item.folder);
   }
 }
 
 TEST(Blanks, OnlyBlanksAreCut) {
-  EXPECT_EQ(CString(withoutBlanks(u"  \ta b\u00A0 ")), u"\ta b\u00A0");
-  EXPECT_EQ(CString(withoutLeadingBlanks(u" a ")), u"a ");
-  EXPECT_EQ(CString(withoutTrailingBlanks(u" a ")), u" a");
-  EXPECT_EQ(CString(withoutBlanks(u"   ")), u"");
+  EXPECT_EQ(CString(detail::withoutBlanks(u"  \ta b\u00A0 ")), u"\ta b\u00A0");
+  EXPECT_EQ(CString(detail::withoutLeadingBlanks(u" a ")), u"a ");
+  EXPECT_EQ(CString(detail::withoutTrailingBlanks(u" a ")), u" a");
+  EXPECT_EQ(CString(detail::withoutBlanks(u"   ")), u"");
 }
 
 TEST(VariableTable, ReadsAndWritesByName) {

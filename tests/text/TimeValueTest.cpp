@@ -33,12 +33,12 @@ TEST(TimeValue, DoublesAreCutIntoFieldsAndTexts) {
       {-20210305083334.0, {-20210304, -83333}, u"-4.-3.-2021--8:-33:-33"},
   };
   for (const Case& item : cases) {
-    EXPECT_EQ(timeOfDouble(item.value), item.time) << item.value;
-    EXPECT_EQ(timeDoubleText(item.value), item.text);
+    EXPECT_EQ(detail::timeOfDouble(item.value), item.time) << item.value;
+    EXPECT_EQ(detail::timeDoubleText(item.value), item.text);
   }
   for (const double value : {std::nan(""), infinity, -infinity, 2147483648000000.0, 1e300}) {
-    EXPECT_EQ(timeOfDouble(value), TIME()) << value;
-    EXPECT_EQ(timeOfDoubleEx(value), TIME()) << value;
+    EXPECT_EQ(detail::timeOfDouble(value), TIME()) << value;
+    EXPECT_EQ(detail::timeOfDoubleEx(value), TIME()) << value;
   }
 }
 
@@ -48,12 +48,12 @@ TEST(TimeValue, EverySecondSurvivesItsDoubleAndItsText) {
   for (int i = 0; i < 20000; ++i) {
     const TIME time =
         packTime({below(9999) + 1, below(12) + 1, below(31) + 1, below(24), below(60), below(60)});
-    const double value = doubleOfTime(time);
-    ASSERT_EQ(timeOfDouble(value), time);
-    ASSERT_EQ(timeDoubleOf(timeDoubleText(value)), value);
+    const double value = detail::doubleOfTime(time);
+    ASSERT_EQ(detail::timeOfDouble(value), time);
+    ASSERT_EQ(detail::timeDoubleOf(detail::timeDoubleText(value)), value);
     // The year 3355 is the last one whose tenths all survive.
     const TIME tenths{time.date % 33550000 + 10000, time.time * 10 + below(10)};
-    ASSERT_EQ(timeOfDoubleEx(doubleOfTimeEx(tenths)), tenths);
+    ASSERT_EQ(detail::timeOfDoubleEx(detail::doubleOfTimeEx(tenths)), tenths);
   }
 }
 
@@ -64,18 +64,18 @@ TEST(TimeValue, WritesWhatTheGeneralFormatterWrites) {
     // All magnitudes, both signs.
     const double value = std::ldexp(static_cast<double>(static_cast<std::int64_t>(random())),
                                     -static_cast<int>(random() % 64));
-    TIME time = timeOfDouble(value);
+    TIME time = detail::timeOfDouble(value);
     CString expected;
     expected.Format(u"%02d.%02d.%04d-%02d:%02d:%02d", time.date % 100, (time.date / 100) % 100,
                     time.date / 10000, time.time / 10000, (time.time / 100) % 100, time.time % 100);
-    ASSERT_EQ(timeDoubleText(value), expected);
-    ASSERT_EQ(dateText(time) + u"-" + clockText(time), expected);
+    ASSERT_EQ(detail::timeDoubleText(value), expected);
+    ASSERT_EQ(detail::dateText(time) + u"-" + detail::clockText(time), expected);
     appended.clear();
-    appendTimeDoubleText(appended, value);
+    detail::appendTimeDoubleText(appended, value);
     ASSERT_EQ(CString(appended), expected);
   }
   const TIME smallest{std::numeric_limits<std::int32_t>::min(), 0};
-  EXPECT_EQ(dateText(smallest), u"-48.-36.-214748");
+  EXPECT_EQ(detail::dateText(smallest), u"-48.-36.-214748");
 }
 
 // --- reading, against the general scanner -----------------------------------------------------
@@ -129,17 +129,19 @@ TEST(TimeValue, ReadsWhatTheGeneralScannerReads) {
       if (random() % 2) text.Delete(place);
       if (random() % 2) text.Insert(place, units[random() % units.size()]);
     }
-    ASSERT_EQ(timeDoubleOf(text), scanned(text, true)) << testing::PrintToString(text);
-    ASSERT_EQ(doubleOfTime(dateOfText(text)), scanned(text, false)) << testing::PrintToString(text);
-    ASSERT_EQ(doubleOfTime(clockOfText(text)), scannedClock(text)) << testing::PrintToString(text);
+    ASSERT_EQ(detail::timeDoubleOf(text), scanned(text, true)) << testing::PrintToString(text);
+    ASSERT_EQ(detail::doubleOfTime(detail::dateOfText(text)), scanned(text, false))
+        << testing::PrintToString(text);
+    ASSERT_EQ(detail::doubleOfTime(detail::clockOfText(text)), scannedClock(text))
+        << testing::PrintToString(text);
   }
 }
 
 TEST(TimeValue, ClockCarriesWithoutReachingTheDate) {
-  EXPECT_EQ(clockOfText(u"23:59:60"), TIME());
-  EXPECT_EQ(timeDoubleOf(u"31.12.2016-23:59:60"), 20161231000000.0);
-  EXPECT_EQ(timeDoubleOf(u"2021-03-05"), 20210305000000.0);
-  EXPECT_EQ(dateOfText(u""), TIME());
+  EXPECT_EQ(detail::clockOfText(u"23:59:60"), TIME());
+  EXPECT_EQ(detail::timeDoubleOf(u"31.12.2016-23:59:60"), 20161231000000.0);
+  EXPECT_EQ(detail::timeDoubleOf(u"2021-03-05"), 20210305000000.0);
+  EXPECT_EQ(detail::dateOfText(u""), TIME());
 }
 
 // --- office dates ---------------------------------------------------------------------------
@@ -153,16 +155,16 @@ TEST(TimeValue, OfficeDatesCountForwardFromMidnightOnNegativeDaysToo) {
       {36526.5, 20000101120000.0}, {-657434.0, 1000101000000.0}, {2958465.0, 99991231000000.0},
   };
   for (const auto& item : cases) {
-    EXPECT_EQ(timeDoubleOfOleDate(item.days), item.time);
-    EXPECT_EQ(oleDateOfTimeDouble(item.time), item.days);
+    EXPECT_EQ(detail::timeDoubleOfOleDate(item.days), item.time);
+    EXPECT_EQ(detail::oleDateOfTimeDouble(item.time), item.days);
   }
   // A hair before midnight is the next day, not 23:59:60.
-  EXPECT_EQ(timeDoubleOfOleDate(36525.999999), 20000101000000.0);
+  EXPECT_EQ(detail::timeDoubleOfOleDate(36525.999999), 20000101000000.0);
   for (const double days : {std::nan(""), -657435.0, 2958465.999999, infinity}) {
-    EXPECT_EQ(timeDoubleOfOleDate(days), 0.0) << days;
+    EXPECT_EQ(detail::timeDoubleOfOleDate(days), 0.0) << days;
   }
   for (const double time : {20210229000000.0, 20210305240000.0, 991231000000.0}) {
-    EXPECT_EQ(oleDateOfTimeDouble(time), 0.0) << time;
+    EXPECT_EQ(detail::oleDateOfTimeDouble(time), 0.0) << time;
   }
 }
 

@@ -213,7 +213,7 @@ class Reader {
         node.get<std::int64_t>() < least) {
       json_.fail(at, "is beyond the 32-bit range, -2147483648 to 2147483647");
     }
-    return longAsText(node.get<std::int32_t>());
+    return utlLongAsText(node.get<std::int32_t>());
   }
 
   CString textOf(const Json& node, const std::string& at) {

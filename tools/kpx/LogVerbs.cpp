@@ -13,6 +13,7 @@
 #include "kpx/context/ErrorLog.h"
 #include "kpx/context/TextStart.h"
 #include "kpx/platform/FileSystem.h"
+#include "kpx/support/files/CKpxBaseObjectsUtil.h"
 #include "kpx/text/CKpxCalendar.h"
 #include "tools/kpx/ErrorNames.h"
 #include "tools/kpx/Input.h"
@@ -52,21 +53,21 @@ double timeArgument(const std::string& argument, bool isEnd) {
   if (argument.empty()) return 0.0;
   std::string date = argument.substr(0, 10);
   const std::string rest = argument.size() > 10 ? argument.substr(10) : std::string();
-  TIME time = dateOfText(given(date));
+  TIME time = CKpxBaseObjectsUtil::Str2Date(given(date));
   bool isGood = rest.empty();
   if (isGood) {
     time.time = isEnd ? 235959 : 0;
   } else if (rest.size() == 9 && (rest[0] == '-' || rest[0] == 'T' || rest[0] == ' ')) {
     const CString clock = given(rest.substr(1));
-    time.time = clockOfText(clock).time;
-    isGood = clockText(time) == clock;
+    time.time = CKpxBaseObjectsUtil::Str2Time(clock).time;
+    isGood = CKpxBaseObjectsUtil::Time2Str(time) == clock;
   }
   if (!isGood || !CKpxCalendar::isValid(unpackTime(time))) {
     throw Failure(Exit::usage, "'" + argument +
                                    "' is no time; write DD.MM.YYYY or YYYY-MM-DD, with -hh:mm:ss "
                                    "behind it for a time of day");
   }
-  return doubleOfTime(time);
+  return CKpxBaseObjectsUtil::Time2Double(time);
 }
 
 ErrorLogFilter filterOf(const Options& options) {
@@ -81,7 +82,9 @@ ErrorLogFilter filterOf(const Options& options) {
 
 // --- output ---------------------------------------------------------------------------------
 
-std::string timeText(const TIME& time) { return shown(timeDoubleText(doubleOfTime(time))); }
+std::string timeText(const TIME& time) {
+  return shown(CKpxBaseObjectsUtil::TimeDouble2Str(CKpxBaseObjectsUtil::Time2Double(time)));
+}
 
 Json jsonOf(const std::string& file, const ErrorLogEntry& entry) {
   Json json{{"file", file}, {"line", entry.line}};
@@ -190,12 +193,14 @@ Exit stats(const Options& options) {
     }
     ++users[shown(entry.user)];
     ++projects[shown(entry.project)];
-    const double time = doubleOfTime(entry.time);
+    const double time = CKpxBaseObjectsUtil::Time2Double(entry.time);
     first = first == 0.0 ? time : std::min(first, time);
     last = std::max(last, time);
     ++days[std::to_string(entry.time.date)];
   });
-  const auto span = [](double time) { return time == 0.0 ? "" : shown(timeDoubleText(time)); };
+  const auto span = [](double time) {
+    return time == 0.0 ? "" : shown(CKpxBaseObjectsUtil::TimeDouble2Str(time));
+  };
   if (options.json) {
     Json json{{"lines", total},
               {"texts", texts},

@@ -32,7 +32,9 @@ void PropertyList::assign(std::vector<CString>&& texts) noexcept {
 }
 
 bool PropertyList::contains(std::u16string_view text) {
-  const auto isSame = [&](const CString& each) { return compareTextNoCase(each, text) == 0; };
+  const auto isSame = [&](const CString& each) {
+    return detail::compareTextNoCase(each, text) == 0;
+  };
   if (texts_.size() <= shortList) return std::ranges::any_of(texts_, isSame);
   if (slots_.empty()) buildSlots();
   const std::size_t mask = slots_.size() - 1;

@@ -18,12 +18,12 @@ bool readEnvironmentVariable(const CString& name, CString& value) {
   return true;
 }
 
-CString computerName() {
+CString detail::computerName() {
   char name[256] = {};
   return ::gethostname(name, sizeof name - 1) == 0 ? CString::fromUtf8(name) : CString();
 }
 
-CString userName() {
+CString detail::userName() {
   passwd entry = {};
   passwd* found = nullptr;
   std::vector<char> buffer(16384);
@@ -32,7 +32,7 @@ CString userName() {
   return environmentVariable(u"USER");
 }
 
-std::uint64_t physicalMemoryBytes() noexcept {
+std::uint64_t detail::physicalMemoryBytes() noexcept {
   const long pages = ::sysconf(_SC_PHYS_PAGES);
   const long pageSize = ::sysconf(_SC_PAGESIZE);
   if (pages <= 0 || pageSize <= 0) return 0;

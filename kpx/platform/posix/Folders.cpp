@@ -22,7 +22,7 @@ CString withoutLastSeparators(CString path) {
 
 }  // namespace
 
-CString userHomeFolder() {
+CString detail::userHomeFolder() {
   const CString home = environmentVariable(u"HOME");
   if (!home.IsEmpty()) return withoutLastSeparators(home);
   passwd entry = {};
@@ -33,15 +33,15 @@ CString userHomeFolder() {
   return withoutLastSeparators(CString::fromUtf8(found->pw_dir));
 }
 
-CString userDataFolder() {
+CString detail::userDataFolder() {
   // The convention for this variable has relative paths passed over.
   const CString configured = environmentVariable(u"XDG_CONFIG_HOME");
   if (configured.StartsWith(u"/")) return withoutLastSeparators(configured);
-  CString home = userHomeFolder();
+  CString home = detail::userHomeFolder();
   return home.IsEmpty() ? home : home == u"/" ? u"/.config" : home + u"/.config";
 }
 
-CString commonDataFolder() { return u"/etc"; }
+CString detail::commonDataFolder() { return u"/etc"; }
 
 CString programFile() {
   char path[PATH_MAX];

@@ -45,7 +45,7 @@ std::vector<ProcessInfo> detail::systemProcesses(const CString& name) {
     if (error != std::errc() || end != text.data() + text.size() || process.id == self) continue;
     process.name = programName(text);
     if (process.name.IsEmpty()) continue;
-    if (compareTextNoCase(detail::withoutProgramEnding(process.name), wanted) == 0) {
+    if (detail::compareTextNoCase(detail::withoutProgramEnding(process.name), wanted) == 0) {
       found.push_back(std::move(process));
     }
   }

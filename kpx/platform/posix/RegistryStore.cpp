@@ -135,7 +135,7 @@ CString registryStorePath(RegistryRoot root) {
   const bool user = root == RegistryRoot::currentUser;
   CString path = environmentVariable(user ? u"KPX_USER_REGISTRY" : u"KPX_MACHINE_REGISTRY");
   if (!path.IsEmpty()) return path;
-  path = user ? userDataFolder() : commonDataFolder();
+  path = user ? detail::userDataFolder() : detail::commonDataFolder();
   if (!path.IsEmpty()) path += u"/kpx/registry.sqlite";
   return path;
 }

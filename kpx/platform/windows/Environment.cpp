@@ -24,7 +24,7 @@ bool readEnvironmentVariable(const CString& name, CString& value) {
   }
 }
 
-CString computerName() {
+CString detail::computerName() {
   // 15 units are the system's limit, but not everybody's who stands in for it.
   wchar_t name[256];
   auto length = static_cast<DWORD>(sizeof name / sizeof *name);
@@ -32,13 +32,13 @@ CString computerName() {
   return CString(std::wstring_view(name, length));
 }
 
-CString userName() {
+CString detail::userName() {
   wchar_t name[UNLEN + 1];
   auto length = static_cast<DWORD>(sizeof name / sizeof *name);
   return ::GetUserNameW(name, &length) ? CString(name) : CString();
 }
 
-std::uint64_t physicalMemoryBytes() noexcept {
+std::uint64_t detail::physicalMemoryBytes() noexcept {
   MEMORYSTATUSEX status = {};
   status.dwLength = sizeof status;
   return ::GlobalMemoryStatusEx(&status) ? status.ullTotalPhys : 0;

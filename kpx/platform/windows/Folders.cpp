@@ -31,11 +31,11 @@ CString fileOfModule(HMODULE module) {
 
 }  // namespace
 
-CString userHomeFolder() { return shellFolder(CSIDL_PROFILE); }
+CString detail::userHomeFolder() { return shellFolder(CSIDL_PROFILE); }
 
-CString userDataFolder() { return shellFolder(CSIDL_APPDATA); }
+CString detail::userDataFolder() { return shellFolder(CSIDL_APPDATA); }
 
-CString commonDataFolder() { return shellFolder(CSIDL_COMMON_APPDATA); }
+CString detail::commonDataFolder() { return shellFolder(CSIDL_COMMON_APPDATA); }
 
 CString programFile() { return fileOfModule(nullptr); }
 

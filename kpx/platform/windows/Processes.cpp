@@ -24,7 +24,7 @@ std::vector<ProcessInfo> detail::systemProcesses(const CString& name) {
        more = ::Process32NextW(snapshot.get(), &entry)) {
     if (entry.th32ProcessID == ::GetCurrentProcessId()) continue;
     ProcessInfo process{entry.th32ProcessID, CString(entry.szExeFile)};
-    if (compareTextNoCase(detail::withoutProgramEnding(process.name), wanted) == 0) {
+    if (detail::compareTextNoCase(detail::withoutProgramEnding(process.name), wanted) == 0) {
       found.push_back(std::move(process));
     }
   }

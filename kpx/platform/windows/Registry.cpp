@@ -159,8 +159,9 @@ class SystemKey final : public RegistryKey {
       if (code != ERROR_SUCCESS) return resultOf(code);
       found.emplace_back(std::u16string_view(name.data(), length));
     }
-    std::sort(found.begin(), found.end(),
-              [](const CString& a, const CString& b) { return compareTextNoCase(a, b) < 0; });
+    std::sort(found.begin(), found.end(), [](const CString& a, const CString& b) {
+      return detail::compareTextNoCase(a, b) < 0;
+    });
     names = std::move(found);
     return {};
   }

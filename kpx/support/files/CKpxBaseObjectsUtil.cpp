@@ -25,52 +25,62 @@ using Conversion = ZoneResult (Clock::*)(const DateTime&, DateTime&);
 
 double convertZone(double value, Conversion conversion) {
   DateTime converted;
-  const DateTime fields = unpackTime(timeOfDouble(value));
+  const DateTime fields = unpackTime(detail::timeOfDouble(value));
   if ((currentClock().*conversion)(fields, converted) != ZoneResult::converted) return value;
-  return doubleOfTime(packTime(converted));
+  return detail::doubleOfTime(packTime(converted));
 }
 
 double localFileTime(const CString& path, DateTime FileTimes::*which) {
   FileTimes times;
   if (!readFileTimes(path, times)) return 0.0;
-  return convertZone(doubleOfTime(packTime(times.*which)), &Clock::utcToLocal);
+  return convertZone(detail::doubleOfTime(packTime(times.*which)), &Clock::utcToLocal);
 }
 
 }  // namespace
 
-double CKpxBaseObjectsUtil::Time2Double(const TIME& time) noexcept { return doubleOfTime(time); }
-
-TIME CKpxBaseObjectsUtil::Double2Time(double value) noexcept { return timeOfDouble(value); }
-
-double CKpxBaseObjectsUtil::Time2DoubleEx(const TIME& time) noexcept {
-  return doubleOfTimeEx(time);
+double CKpxBaseObjectsUtil::Time2Double(const TIME& time) noexcept {
+  return detail::doubleOfTime(time);
 }
 
-TIME CKpxBaseObjectsUtil::Double2TimeEx(double value) noexcept { return timeOfDoubleEx(value); }
+TIME CKpxBaseObjectsUtil::Double2Time(double value) noexcept { return detail::timeOfDouble(value); }
 
-void CKpxBaseObjectsUtil::correctTimeSeconds(TIME& time) noexcept { kpx::correctTimeSeconds(time); }
+double CKpxBaseObjectsUtil::Time2DoubleEx(const TIME& time) noexcept {
+  return detail::doubleOfTimeEx(time);
+}
+
+TIME CKpxBaseObjectsUtil::Double2TimeEx(double value) noexcept {
+  return detail::timeOfDoubleEx(value);
+}
+
+void CKpxBaseObjectsUtil::correctTimeSeconds(TIME& time) noexcept {
+  kpx::detail::correctTimeSeconds(time);
+}
 
 CString CKpxBaseObjectsUtil::Date2Str(const TIME& time) {
   return Guarded("CKpxBaseObjectsUtil::Date2Str"_support, CString(),
-                 [&] { return dateText(time); });
+                 [&] { return detail::dateText(time); });
 }
 
 CString CKpxBaseObjectsUtil::Time2Str(const TIME& time) {
   return Guarded("CKpxBaseObjectsUtil::Time2Str"_support, CString(),
-                 [&] { return clockText(time); });
+                 [&] { return detail::clockText(time); });
 }
 
 CString CKpxBaseObjectsUtil::TimeDouble2Str(double value) {
   return Guarded("CKpxBaseObjectsUtil::TimeDouble2Str"_support, CString(),
-                 [&] { return timeDoubleText(value); });
+                 [&] { return detail::timeDoubleText(value); });
 }
 
-TIME CKpxBaseObjectsUtil::Str2Date(const CString& text) noexcept { return dateOfText(text); }
+TIME CKpxBaseObjectsUtil::Str2Date(const CString& text) noexcept {
+  return detail::dateOfText(text);
+}
 
-TIME CKpxBaseObjectsUtil::Str2Time(const CString& text) noexcept { return clockOfText(text); }
+TIME CKpxBaseObjectsUtil::Str2Time(const CString& text) noexcept {
+  return detail::clockOfText(text);
+}
 
 double CKpxBaseObjectsUtil::Str2TimeDouble(const CString& text) noexcept {
-  return timeDoubleOf(text);
+  return detail::timeDoubleOf(text);
 }
 
 void CKpxBaseObjectsUtil::GetTimestamp(TIME* time) noexcept {
@@ -82,7 +92,7 @@ void CKpxBaseObjectsUtil::GetTimestamp(TIME* time) noexcept {
 
 double CKpxBaseObjectsUtil::GetTimestamp() noexcept {
   return Guarded("CKpxBaseObjectsUtil::GetTimestamp()"_support, 0.0,
-                 [] { return doubleOfTime(packTime(currentClock().localNow())); });
+                 [] { return detail::doubleOfTime(packTime(currentClock().localNow())); });
 }
 
 double CKpxBaseObjectsUtil::LocalTimeDouble2UTCTimeDouble(double value) {
@@ -111,41 +121,41 @@ double CKpxBaseObjectsUtil::GetLastWriteFileTime(const CString& path) noexcept {
 }
 
 double CKpxBaseObjectsUtil::TimeDouble2OleDate(double value) noexcept {
-  return oleDateOfTimeDouble(value);
+  return detail::oleDateOfTimeDouble(value);
 }
 
 double CKpxBaseObjectsUtil::OleDate2TimeDouble(double days) noexcept {
-  return timeDoubleOfOleDate(days);
+  return detail::timeDoubleOfOleDate(days);
 }
 
 CString CKpxBaseObjectsUtil::TrimLeft(const CString& text) {
   return Guarded("CKpxBaseObjectsUtil::TrimLeft"_support, CString(),
-                 [&] { return CString(withoutLeadingBlanks(text)); });
+                 [&] { return CString(detail::withoutLeadingBlanks(text)); });
 }
 
 CString CKpxBaseObjectsUtil::TrimRight(const CString& text) {
   return Guarded("CKpxBaseObjectsUtil::TrimRight"_support, CString(),
-                 [&] { return CString(withoutTrailingBlanks(text)); });
+                 [&] { return CString(detail::withoutTrailingBlanks(text)); });
 }
 
 CString CKpxBaseObjectsUtil::Trim(const CString& text) {
   return Guarded("CKpxBaseObjectsUtil::Trim"_support, CString(),
-                 [&] { return CString(withoutBlanks(text)); });
+                 [&] { return CString(detail::withoutBlanks(text)); });
 }
 
 CString CKpxBaseObjectsUtil::CatPathFile(const CString& folder, const CString& file) {
   return Guarded("CKpxBaseObjectsUtil::CatPathFile"_support, CString(),
-                 [&] { return joinPath(folder, file); });
+                 [&] { return detail::joinPath(folder, file); });
 }
 
 CString CKpxBaseObjectsUtil::CutSystemPath(const CString& path) {
   return Guarded("CKpxBaseObjectsUtil::CutSystemPath"_support, CString(),
-                 [&] { return pathBelow(path, folderOf(systemFolder)); });
+                 [&] { return detail::pathBelow(path, folderOf(systemFolder)); });
 }
 
 CString CKpxBaseObjectsUtil::CutProjectPath(const CString& path) {
   return Guarded("CKpxBaseObjectsUtil::CutProjectPath"_support, CString(),
-                 [&] { return pathBelow(path, folderOf(projectFolder)); });
+                 [&] { return detail::pathBelow(path, folderOf(projectFolder)); });
 }
 
 FolderProvider CKpxBaseObjectsUtil::setSystemFolderProvider(FolderProvider provider) noexcept {

@@ -21,7 +21,7 @@ using detail::StoredText;
 
 struct LessNoCase {
   bool operator()(std::u16string_view a, std::u16string_view b) const noexcept {
-    return compareTextNoCase(a, b) < 0;
+    return detail::compareTextNoCase(a, b) < 0;
   }
 };
 

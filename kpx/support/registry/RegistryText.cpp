@@ -107,7 +107,7 @@ bool parseRegistryKey(const CString& text, RegistryRoot& root, CString& path) {
   const std::u16string_view whole = text;
   const std::size_t end = std::min(whole.find(u'\\'), whole.size());
   for (const RootName& name : rootNames) {
-    if (compareTextNoCase(whole.substr(0, end), name.name) != 0) continue;
+    if (detail::compareTextNoCase(whole.substr(0, end), name.name) != 0) continue;
     root = name.root;
     path = whole.substr(std::min(end + 1, whole.size()));
     return true;

@@ -19,7 +19,7 @@ const CString hyphens = CString(u'-', 59) + u'\n';
 
 CString now() {
   const TIME time = packTime(currentClock().localNow());
-  return dateText(time) + u' ' + clockText(time);
+  return detail::dateText(time) + u' ' + detail::clockText(time);
 }
 
 CString onOneLine(CString name) {
@@ -160,14 +160,15 @@ CString CTimerFactory::sampleText(timerDestType kind, const CHiFreqTimer& timer)
     text.AppendFormat(u"%s at %s \n", onOneLine(nameOf(&timer)), now());
     text += hyphens;
   }
-  const int width = longAsText(timer.getNumberSamples()).GetLength();
+  const int width = detail::longAsText(timer.getNumberSamples()).GetLength();
   int number = 0;
   for (const double sample : timer.getSamples()) {
     ++number;
     if (kind == timerDestType::csv) {
       text.AppendFormat(u"%d,%lf\n", number, sample);
     } else {
-      text.AppendFormat(u"Sample %*s = %s\n", width, longAsText(number), timeToString(sample));
+      text.AppendFormat(u"Sample %*s = %s\n", width, detail::longAsText(number),
+                        timeToString(sample));
     }
   }
   if (kind == timerDestType::text) text += u'\n';

@@ -37,7 +37,7 @@ bool isTime(std::u16string_view text) {
 
 /// A number of calls, of 32 bits.
 bool isCount(std::u16string_view text) {
-  return std::ranges::all_of(text, isDigit) && utlLongAsText(textAsLong(text)) == text;
+  return std::ranges::all_of(text, isDigit) && utlLongAsText(detail::textAsLong(text)) == text;
 }
 
 bool readLine(std::u16string_view line, TimerLine& result) {
@@ -50,8 +50,8 @@ bool readLine(std::u16string_view line, TimerLine& result) {
   if (!cutField(line, calls) || !cutField(line, time)) return false;
   if (!isCount(calls) || !isTime(time)) return false;
   result.name = line;
-  result.milliseconds = textAsDouble(time);
-  result.calls = textAsLong(calls);
+  result.milliseconds = detail::textAsDouble(time);
+  result.calls = detail::textAsLong(calls);
   return true;
 }
 
@@ -60,13 +60,13 @@ bool readLine(std::u16string_view line, TimerLine& result) {
 CString timeToString(double milliseconds) {
   const double time = std::fabs(milliseconds);
   CString text(milliseconds < 0 ? u"-" : u"");
-  if (time > 500) return text + doubleAsText(time / 1000, 0, u'.') + u" seconds ";
-  if (time > 1) return text + doubleAsText(time, 0, u'.') + u" milli secs ";
-  return text + doubleAsText(time * 1000, 0, u'.') + u" micro secs ";
+  if (time > 500) return text + detail::doubleAsText(time / 1000, 0, u'.') + u" seconds ";
+  if (time > 1) return text + detail::doubleAsText(time, 0, u'.') + u" milli secs ";
+  return text + detail::doubleAsText(time * 1000, 0, u'.') + u" micro secs ";
 }
 
 CString numThou(std::int32_t number) {
-  CString text = longAsText(number);
+  CString text = detail::longAsText(number);
   if (number > 1000) text.Insert(text.GetLength() - 3, u'.');
   return text;
 }

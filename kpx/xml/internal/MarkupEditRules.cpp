@@ -24,7 +24,7 @@ bool isRightComment(std::u16string_view text) noexcept {
 
 bool isRightInstruction(std::u16string_view text) noexcept {
   const std::u16string_view target = targetOf(text);
-  return isXmlName(target) && compareTextNoCase(target, u"xml") != 0;
+  return isXmlName(target) && detail::compareTextNoCase(target, u"xml") != 0;
 }
 
 }  // namespace
@@ -75,7 +75,7 @@ int MarkupEditor::declarationEnd() const noexcept {
   token.end = documentStart();
   const int start = token.end;
   const bool isDeclaration = nextToken(token) == MarkupNode::processingInstruction &&
-                             compareTextNoCase(targetOf(token.name()), u"xml") == 0;
+                             detail::compareTextNoCase(targetOf(token.name()), u"xml") == 0;
   return isDeclaration ? token.end : start;
 }
 
@@ -102,8 +102,8 @@ bool MarkupEditor::mayStandAt(int type, int offset) const noexcept {
 // between its delimiters.
 bool MarkupEditor::isRightNode(int type, std::u16string_view text, std::u16string_view markup,
                                EditPlace place, int removed) const {
-  const bool isDeclaration =
-      type == MarkupNode::processingInstruction && compareTextNoCase(targetOf(text), u"xml") == 0;
+  const bool isDeclaration = type == MarkupNode::processingInstruction &&
+                             detail::compareTextNoCase(targetOf(text), u"xml") == 0;
   if (isDeclaration) {
     const bool isFree = declarationEnd() == documentStart() || removed != 0;
     return place.parent == 0 && place.offset == documentStart() && isFree &&

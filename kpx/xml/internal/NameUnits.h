@@ -20,7 +20,7 @@ inline bool hasTagName(std::u16string_view tag, std::u16string_view name,
                        bool ignoreCase) noexcept {
   if (tag.size() < name.size() + 2 || !endsName(tag[name.size() + 1])) return false;
   const std::u16string_view written = tag.substr(1, name.size());
-  return ignoreCase ? compareTextNoCase(written, name) == 0 : written == name;
+  return ignoreCase ? detail::compareTextNoCase(written, name) == 0 : written == name;
 }
 
 }  // namespace kpx::detail

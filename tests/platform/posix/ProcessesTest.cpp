@@ -21,12 +21,12 @@ namespace {
 TEST(FoldersTest, ConfiguredFoldersCount) {
   setVariable("HOME", u"/home/someone//");
   removeVariable("XDG_CONFIG_HOME");
-  EXPECT_EQ(userHomeFolder(), u"/home/someone");
-  EXPECT_EQ(userDataFolder(), u"/home/someone/.config");
+  EXPECT_EQ(detail::userHomeFolder(), u"/home/someone");
+  EXPECT_EQ(detail::userDataFolder(), u"/home/someone/.config");
   setVariable("XDG_CONFIG_HOME", u"relative");
-  EXPECT_EQ(userDataFolder(), u"/home/someone/.config");
+  EXPECT_EQ(detail::userDataFolder(), u"/home/someone/.config");
   setVariable("XDG_CONFIG_HOME", u"/elsewhere/");
-  EXPECT_EQ(userDataFolder(), u"/elsewhere");
+  EXPECT_EQ(detail::userDataFolder(), u"/elsewhere");
   removeVariable("XDG_CONFIG_HOME");
   EXPECT_TRUE(std::filesystem::equivalent(programFile().utf8(), libraryFile().utf8()));
   EXPECT_TRUE(programFile().EndsWith(u"test_platform"));

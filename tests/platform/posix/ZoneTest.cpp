@@ -46,7 +46,7 @@ TEST(Zone, TimeGoesForwardWhateverTheZone) {
     ZoneScope zone(name);
     DateTime utc;
     EXPECT_EQ(systemClock().localToUtc(systemClock().localNow(), utc), ZoneResult::converted);
-    return doubleOfTime(packTime(utc));
+    return detail::doubleOfTime(packTime(utc));
   };
   const std::uint64_t counter = systemClock().counter();
   const double before = utcIn("UTC");

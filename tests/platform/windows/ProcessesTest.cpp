@@ -14,11 +14,12 @@ namespace kpx {
 namespace {
 
 TEST(FoldersTest, AreThoseOfTheSystem) {
-  for (const CString& folder : {userHomeFolder(), userDataFolder(), commonDataFolder()}) {
+  for (const CString& folder :
+       {detail::userHomeFolder(), detail::userDataFolder(), detail::commonDataFolder()}) {
     EXPECT_EQ(folder.Find(u':'), 1) << folder.utf8();
     EXPECT_FALSE(folder.EndsWith(u"\\"));
   }
-  EXPECT_TRUE(userDataFolder().StartsWith(userHomeFolder()));
+  EXPECT_TRUE(detail::userDataFolder().StartsWith(detail::userHomeFolder()));
   EXPECT_TRUE(programFile().EndsWith(u"\\test_platform.exe")) << programFile().utf8();
   EXPECT_EQ(programFile(), libraryFile());
 }

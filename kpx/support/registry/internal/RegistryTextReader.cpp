@@ -50,7 +50,7 @@ bool RegistryTextReader::passLineEnd() {
 
 bool RegistryTextReader::passWord(std::u16string_view word) noexcept {
   const std::u16string_view rest = std::u16string_view(text_).substr(place_, word.size());
-  if (compareTextNoCase(rest, word) != 0) return false;
+  if (detail::compareTextNoCase(rest, word) != 0) return false;
   place_ += word.size();
   return true;
 }
