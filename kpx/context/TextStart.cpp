@@ -9,7 +9,7 @@
 #include "kpx/context/Operations.h"
 #include "kpx/platform/FileSystem.h"
 #include "kpx/report/Error.h"
-#include "kpx/report/Trace.h"
+#include "kpx/report/TraceScope.h"
 #include "kpx/settings/CFGProjectSettingsIntern.h"
 #include "kpx/support/texts/LanguageFile.h"
 #include "kpx/support/texts/TextStore.h"

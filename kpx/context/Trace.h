@@ -3,14 +3,14 @@
 #include <string_view>
 
 #include "kpx/report/Export.h"
-#include "kpx/report/Trace.h"
+#include "kpx/report/TraceScope.h"
 #include "kpx/text/CString.h"
 #include "kpx/text/FormatArgs.h"
 
 namespace kpx {
 
 // The trace of a process: a text file (UTF-8) that begins anew with each trace. Functions trace
-// themselves with a TraceScope of kpx/report/Trace.h; such a scope writes
+// themselves with a TraceScope of kpx/report/TraceScope.h; such a scope writes
 //
 //     0.123 - Enter:    name
 //     0.125 - Leave:    name

@@ -29,6 +29,10 @@ inline constexpr ErrorEntry domainOperations[] = {
     {910011, "CNAS_Punktobjekt::sonstigeEigenschaftenGetAsText"},
     {910012, "kpxCoordAndHeightIDs2POIDsSetAt"},
     {910013, "CAaaPunktortUUID::text"},
+    {910312, "kpxInitHGS"},
+    {910313, "kpxInitLGS"},
+    {910314, "kpxSetHGS"},
+    {910315, "kpxSetLGS"},
 };
 
 /// The number of one of them: "CFCFieldInfos::Add"_domain.

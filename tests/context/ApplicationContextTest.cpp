@@ -2,7 +2,6 @@
 
 #include <array>
 
-#include "kpx/context/ReferenceStatus.h"
 #include "kpx/context/WindowTitle.h"
 #include "kpx/platform/Folders.h"
 #include "kpx/settings/AllSettings.h"
@@ -193,53 +192,7 @@ TEST(Context, DataOfModulesComesBack) {
   EXPECT_EQ(kpxGetKPXSettingFromRegistry(u"Language"), u"English [ENG.LNG]");
 }
 
-// --- lists and titles ---------------------------------------------------------------------------
-
-TEST(Context, StatusLists) {
-  addBuiltInTexts();
-  using Values = std::vector<std::int32_t>;
-  const struct {
-    bool isHeight, withAutomatic;
-    int limit;
-    Values values;
-  } cases[] = {
-      {true, true, 0, {-1, 0, 1, 2, 3, 4, 5}}, {true, false, 0, {0, 1, 2, 3, 4, 5}},
-      {false, true, 0, {-1, 0, 1, 2, 4, 5}},   {false, false, 3, {0, 1, 2}},
-      {true, true, 3, {-1, 0, 1, 2, 3}},
-  };
-  for (const auto& each : cases) {
-    std::vector<CString> texts{u"old"};
-    Values values{9};
-    const auto fill = each.isHeight ? &kpxInitHGS : &kpxInitLGS;
-    fill(texts, values, each.withAutomatic, each.limit);
-    EXPECT_EQ(values, each.values);
-    ASSERT_EQ(texts.size(), values.size());
-    for (std::size_t i = 0; i < values.size(); ++i) {
-      const auto code = each.isHeight ? &kpxSetHGS : &kpxSetLGS;
-      const auto value = each.isHeight ? &kpxGetHGS : &kpxGetLGS;
-      const CString found = code(values[i], each.withAutomatic, each.limit);
-      EXPECT_EQ(value(found, each.withAutomatic), values[i]);
-      EXPECT_TRUE(texts[i].StartsWith(found + u' ')) << texts[i].utf8();
-    }
-  }
-  std::vector<CString> texts;
-  std::vector<std::int32_t> values;
-  kpxInitHGS(texts, values, true, 0);
-  EXPECT_EQ(texts[0], u"Auto Automatisch");
-  EXPECT_EQ(texts[2], u"D Topgraphische Höhe");
-  kpxInitLGS(texts, values, false, 0);
-  EXPECT_EQ(texts.back(), u"S Sollwert");
-}
-
-TEST(Context, UnknownStatus) {
-  EXPECT_EQ(kpxGetHGS(u"x", true), 0);
-  EXPECT_EQ(kpxGetHGS(u"n", true), 0);
-  EXPECT_EQ(kpxGetLGS(u"N", true), 0) << "positions have no N";
-  EXPECT_EQ(kpxGetLGS(u"Auto", false), 0);
-  EXPECT_EQ(kpxSetLGS(3, true, 0), u"0");
-  EXPECT_EQ(kpxSetHGS(-1, false, 0), u"0");
-  EXPECT_EQ(kpxSetHGS(5, true, 4), u"0");
-}
+// --- titles -------------------------------------------------------------------------------------
 
 CString lastTitle;
 

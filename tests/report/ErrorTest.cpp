@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "kpx/report/Error.h"
-#include "kpx/report/Trace.h"
+#include "kpx/report/TraceScope.h"
 
 namespace kpx {
 namespace {

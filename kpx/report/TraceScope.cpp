@@ -1,4 +1,4 @@
-#include "kpx/report/Trace.h"
+#include "kpx/report/TraceScope.h"
 
 #include <atomic>
 

@@ -1,9 +1,9 @@
-#include "kpx/context/ReferenceStatus.h"
+#include "kpx/domain/ReferenceStatus.h"
 
 #include <span>
 #include <string_view>
 
-#include "kpx/context/Operations.h"
+#include "kpx/domain/Operations.h"
 #include "kpx/report/Error.h"
 #include "kpx/support/texts/TextStore.h"
 
@@ -85,11 +85,11 @@ CString codeOf(OperationNumber operation, std::span<const Status> list, int valu
 
 void kpxInitHGS(std::vector<CString>& texts, std::vector<std::int32_t>& values, bool withAutomatic,
                 int limit) {
-  fill("kpxInitHGS"_context, heights, texts, values, withAutomatic, limit);
+  fill("kpxInitHGS"_domain, heights, texts, values, withAutomatic, limit);
 }
 void kpxInitLGS(std::vector<CString>& texts, std::vector<std::int32_t>& values, bool withAutomatic,
                 int limit) {
-  fill("kpxInitLGS"_context, positions, texts, values, withAutomatic, limit);
+  fill("kpxInitLGS"_domain, positions, texts, values, withAutomatic, limit);
 }
 
 std::int32_t kpxGetHGS(const CString& code, bool withAutomatic) noexcept {
@@ -100,10 +100,10 @@ std::int32_t kpxGetLGS(const CString& code, bool withAutomatic) noexcept {
 }
 
 CString kpxSetHGS(int value, bool withAutomatic, int limit) {
-  return codeOf("kpxSetHGS"_context, heights, value, withAutomatic, limit);
+  return codeOf("kpxSetHGS"_domain, heights, value, withAutomatic, limit);
 }
 CString kpxSetLGS(int value, bool withAutomatic, int limit) {
-  return codeOf("kpxSetLGS"_context, positions, value, withAutomatic, limit);
+  return codeOf("kpxSetLGS"_domain, positions, value, withAutomatic, limit);
 }
 
 }  // namespace kpx
