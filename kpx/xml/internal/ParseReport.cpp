@@ -1,7 +1,5 @@
 #include "kpx/xml/internal/ParseReport.h"
 
-#include <algorithm>
-
 #include "kpx/text/Utf.h"
 #include "kpx/xml/internal/Tokenizer.h"
 
@@ -101,18 +99,6 @@ void ParseReport::tooLarge(std::u16string_view what, int offset) {
   tell(MarkupProblemKind::tooLarge, what, offset);
 }
 
-int ParseReport::lineOf(int offset) {
-  // The unit at the offset counts too, as in FindErrorLine.
-  const std::u16string_view counted = text_.substr(0, static_cast<std::size_t>(offset) + 1);
-  const int end = static_cast<int>(counted.size());
-  while (countedTo_ < end) {
-    const int feed = findUnit(counted, countedTo_, '\n');
-    if (feed < end) ++countedLines_;
-    countedTo_ = std::min(feed, end - 1) + 1;
-  }
-  return countedLines_;
-}
-
 void ParseReport::plainLine(std::u16string_view opening, std::u16string_view name,
                             std::u16string_view middle, int offset, std::u16string_view beforeLine,
                             int lineOffset) {
@@ -121,7 +107,8 @@ void ParseReport::plainLine(std::u16string_view opening, std::u16string_view nam
   text.append(opening).append(cutName(name)).append(middle);
   appendNumber(text, offset);
   text.append(beforeLine);
-  appendNumber(text, lineOf(lineOffset));
+  // The unit at the offset counts too, as in FindErrorLine.
+  appendNumber(text, lines_.at(lineOffset + 1).line - 1);
   text.append(u"\n");
 }
 

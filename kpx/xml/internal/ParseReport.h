@@ -15,7 +15,7 @@ class ParseReport {
  public:
   /// All three must outlive it; without a result text a hostile document costs no memory for it.
   ParseReport(std::u16string_view text, CString* result, const MarkupProblemSink& sink)
-      : text_(text), result_(result), sink_(sink), lines_(text) {}
+      : result_(result), sink_(sink), lines_(text) {}
 
   void syntaxError(MarkupProblemKind kind, int offset);
   /// `openType` names what was open.
@@ -33,7 +33,6 @@ class ParseReport {
   void tooLarge(std::u16string_view what, int offset);
 
   /// The plain lines, with the number of the line that `lineOffset` lies in, counted from 0.
-  /// That offset must not be smaller than in earlier calls.
   void mismatchLine(std::u16string_view endTagName, int endTagOffset, int lineOffset);
   void unterminatedLine(std::u16string_view tagName, int tagOffset, int lineOffset);
 
@@ -42,14 +41,10 @@ class ParseReport {
   void tell(MarkupProblemKind kind, std::u16string_view name, int offset);
   void plainLine(std::u16string_view opening, std::u16string_view name, std::u16string_view middle,
                  int offset, std::u16string_view beforeLine, int lineOffset);
-  int lineOf(int offset);
 
-  std::u16string_view text_;
   CString* result_;
   const MarkupProblemSink& sink_;
   LineTable lines_;
-  int countedTo_ = 0;
-  int countedLines_ = 0;
 };
 
 }  // namespace kpx::detail
