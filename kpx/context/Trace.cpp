@@ -38,13 +38,8 @@ void traceScope(const char* name, bool entering) noexcept {
 
 CString traceFilePath() {
   return Guarded("traceFilePath"_context, CString(), [] {
-    CString folder(sharedDebugFolder);
-    if (folder.IsEmpty()) {
-      folder = detail::userDataFolder();
-      if (folder.IsEmpty()) return folder;
-      folder = detail::joinPath(folder, u"KPX/TmvDebug");
-    }
-    return detail::joinPath(folder, u"KpxBaseObjectsRel.TXT");
+    const CString folder = detail::debugFolder();
+    return folder.IsEmpty() ? folder : detail::joinPath(folder, u"KpxBaseObjectsRel.TXT");
   });
 }
 

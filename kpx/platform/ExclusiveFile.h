@@ -17,13 +17,6 @@ inline constexpr std::string_view systemLineEnd =
     "\n";
 #endif
 
-/// The folder for traces that is the same for all users; empty where each user has one of his own.
-#ifdef _WIN32
-inline constexpr std::u16string_view sharedDebugFolder = u"C:\\Temp\\TmvDebug";
-#else
-inline constexpr std::u16string_view sharedDebugFolder;
-#endif
-
 /// A file that no two programs write at the same time: error logs and the trace. While it is open
 /// here, other writers are denied: by the sharing mode on Windows, elsewhere by an advisory lock
 /// that every program of the suite takes.

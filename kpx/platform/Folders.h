@@ -20,6 +20,10 @@ CString userDataFolder();
 /// Where programs keep data of all users: the common application data on Windows, /etc elsewhere.
 CString commonDataFolder();
 
+/// Where traces are written: one folder for all users on Windows, elsewhere one in the user's data
+/// folder. Nobody creates it.
+CString debugFolder();
+
 }  // namespace detail
 
 /// The path of the program that runs in this process.

@@ -43,6 +43,11 @@ CString detail::userDataFolder() {
 
 CString detail::commonDataFolder() { return u"/etc"; }
 
+CString detail::debugFolder() {
+  const CString folder = detail::userDataFolder();
+  return folder.IsEmpty() ? folder : folder + u"/KPX/TmvDebug";
+}
+
 CString programFile() {
   char path[PATH_MAX];
   const ssize_t length = ::readlink("/proc/self/exe", path, sizeof path);

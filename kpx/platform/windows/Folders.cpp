@@ -37,6 +37,8 @@ CString detail::userDataFolder() { return shellFolder(CSIDL_APPDATA); }
 
 CString detail::commonDataFolder() { return shellFolder(CSIDL_COMMON_APPDATA); }
 
+CString detail::debugFolder() { return u"C:\\Temp\\TmvDebug"; }
+
 CString programFile() { return fileOfModule(nullptr); }
 
 CString libraryFile() {
