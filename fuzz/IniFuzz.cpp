@@ -22,7 +22,7 @@ std::vector<KeyData> contentOf(const CIniEx& ini) {
   FUZZ_CHECK(ini.GetSectionAll(sections) == 1);
   for (const CSection* const section : sections) {
     for (const KEY_STRUCT& key : section->keys()) {
-      if (key.state() != 2) {
+      if (key.state() != detail::IniEntry::removed) {
         content.push_back({section->name(), key.key(), key.value(), key.comment()});
       }
     }
@@ -41,7 +41,7 @@ void checkRoundTrip(const CIniEx& ini) {
 bool hasSection(const CIniEx& ini, const CString& name) {
   CSection* section = nullptr;
   if (ini.GetSection(name, section) == 0) return false;
-  FUZZ_CHECK(section->state() != 2);
+  FUZZ_CHECK(section->state() != detail::IniEntry::removed);
   return true;
 }
 

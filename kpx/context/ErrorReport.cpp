@@ -26,12 +26,13 @@ namespace kpx {
 namespace {
 
 using std::chrono::milliseconds;
-using Clock = std::chrono::steady_clock;
+using SteadyClock = std::chrono::steady_clock;
 
 constinit std::atomic<std::int64_t> patience{250};
 
 /// Appends a line to the log of a folder.
-void appendTo(std::u16string_view folder, std::string_view line, Clock::time_point end) noexcept {
+void appendTo(std::u16string_view folder, std::string_view line,
+              SteadyClock::time_point end) noexcept {
   constexpr std::u16string_view name = u"Error.log";
   // On the stack, since memory may have run out.
   char16_t path[4096];
@@ -40,7 +41,7 @@ void appendTo(std::u16string_view folder, std::string_view line, Clock::time_poi
   char16_t* next = std::copy(folder.begin(), folder.end(), path);
   *next++ = static_cast<char16_t>(std::filesystem::path::preferred_separator);
   next = std::copy(name.begin(), name.end(), next);
-  const auto left = std::chrono::ceil<milliseconds>(end - Clock::now());
+  const auto left = std::chrono::ceil<milliseconds>(end - SteadyClock::now());
   ExclusiveFile log;
   if (log.open({path, static_cast<std::size_t>(next - path)}, ExclusiveFile::Mode::append,
                std::max(left, milliseconds(0)))) {
@@ -49,7 +50,7 @@ void appendTo(std::u16string_view folder, std::string_view line, Clock::time_poi
 }
 
 /// Both logs get the same line.
-void writeLogs(const detail::Report& report, Clock::time_point end) noexcept {
+void writeLogs(const detail::Report& report, SteadyClock::time_point end) noexcept {
   const RegistryDeadline deadline(end);
   std::string made;
   char buffer[2048];
@@ -74,7 +75,7 @@ void writeLogs(const detail::Report& report, Clock::time_point end) noexcept {
   }
 }
 
-bool isBoxWanted(Clock::time_point end) noexcept {
+bool isBoxWanted(SteadyClock::time_point end) noexcept {
   const RegistryDeadline deadline(end);
   try {
     return kpxShowKPXErrorMessages() != 0;
@@ -104,11 +105,11 @@ CString systemFailure(const CString& text, std::int32_t code) {
 }  // namespace
 
 void detail::showAndLog(int number) noexcept {
-  Clock::time_point end = Clock::now() + logPatience();
+  SteadyClock::time_point end = SteadyClock::now() + logPatience();
   if (isBoxWanted(end)) {
-    const Clock::time_point shown = Clock::now();
+    const SteadyClock::time_point shown = SteadyClock::now();
     showBox(number);
-    end += Clock::now() - shown;  // the user's time is none that logs are waited for
+    end += SteadyClock::now() - shown;  // the user's time is none that logs are waited for
   }
   writeLogs({number, nullptr}, end);
 }
@@ -117,7 +118,7 @@ void kpxErrorText(const CString& text) noexcept {
   const detail::ReportScope scope;
   if (scope.isNested()) return;
   const std::u16string_view view = text;
-  writeLogs({0, &view}, Clock::now() + logPatience());
+  writeLogs({0, &view}, SteadyClock::now() + logPatience());
 }
 
 milliseconds logPatience() noexcept {

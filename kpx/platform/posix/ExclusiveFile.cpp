@@ -21,7 +21,7 @@ using detail::uninterrupted;
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
+using SteadyClock = std::chrono::steady_clock;
 
 /// A path as the system takes it, without memory of its own.
 class StackPath {
@@ -50,12 +50,12 @@ class StackPath {
 
 /// Tries for the lock until it is free or the time is over.
 bool lock(int descriptor, std::chrono::milliseconds patience) noexcept {
-  const Clock::time_point end = Clock::now() + patience;
+  const SteadyClock::time_point end = SteadyClock::now() + patience;
   long pause = 200'000;  // nanoseconds
   while (uninterrupted([&] { return ::flock(descriptor, LOCK_EX | LOCK_NB); }) != 0) {
     // Where a volume knows no locks, a line that may get mixed up is better than none.
     if (errno != EWOULDBLOCK) return true;
-    if (Clock::now() >= end) {
+    if (SteadyClock::now() >= end) {
       errno = EWOULDBLOCK;
       return false;
     }

@@ -49,7 +49,10 @@ void CSection::remove(std::size_t position) noexcept {
 }
 
 void CSection::eraseRemoved() noexcept {
-  if (std::erase_if(keys_, [](const KEY_STRUCT& key) { return key.state() == 2; }) == 0) return;
+  if (std::erase_if(keys_, [](const KEY_STRUCT& key) {
+        return key.state() == detail::IniEntry::removed;
+      }) == 0)
+    return;
   // Fewer entries than before need no memory.
   index_.rebuild(*this, keys_.size());
 }

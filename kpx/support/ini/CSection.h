@@ -66,7 +66,9 @@ class CSection {
   std::u16string_view nameAt(std::size_t position) const noexcept {
     return keys_[position].entry_.name();
   }
-  bool isRemoved(std::size_t position) const noexcept { return keys_[position].state() == 2; }
+  bool isRemoved(std::size_t position) const noexcept {
+    return keys_[position].state() == detail::IniEntry::removed;
+  }
 
   void add(KEY_STRUCT&& key);
   std::size_t find(std::u16string_view name) const noexcept { return index_.find(*this, name); }

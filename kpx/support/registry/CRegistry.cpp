@@ -9,7 +9,7 @@
 namespace kpx {
 namespace {
 
-constexpr RegistryResult noKey{RegistryStatus::failed};
+constexpr RegistryResult failure{RegistryStatus::failed};
 
 // KEY_SET_VALUE and KEY_CREATE_SUB_KEY, which KEY_WRITE and KEY_ALL_ACCESS hold.
 constexpr std::uint32_t writeRights = 0x6;
@@ -23,7 +23,7 @@ CRegistry::~CRegistry() = default;
 /// An operation on a root and a path; an unknown root is a bad name.
 template <class Body>
 int CRegistry::onRoot(OperationNumber operation, HKEY handle, Body&& body) {
-  result_ = noKey;
+  result_ = failure;
   return Guarded(operation, 0, [&] {
     RegistryRoot root = RegistryRoot::currentUser;
     result_ = rootOfHandle(handle, root) ? body(root) : RegistryResult{RegistryStatus::badName};
@@ -34,7 +34,7 @@ int CRegistry::onRoot(OperationNumber operation, HKEY handle, Body&& body) {
 /// An operation on the open key.
 template <class Body>
 int CRegistry::onOpenKey(OperationNumber operation, Body&& body) {
-  result_ = noKey;
+  result_ = failure;
   if (!key_) return 0;
   return Guarded(operation, 0, [&] {
     result_ = body(*key_);
@@ -154,13 +154,13 @@ int CRegistry::Read(const CString& name, CWnd* window) {
     RegistryValue value;
     WindowPlacement placement;
     WindowPlacementHandler* const windows = windowPlacementHandler();
-    if (!windows || !window) return noKey;
+    if (!windows || !window) return failure;
     const RegistryResult result = key.read(name, value);
     if (!result) return result;
     if (value.type != RegistryType::binary || !placement.assign(value.bytes)) {
       return RegistryResult{RegistryStatus::wrongType};
     }
-    return windows->set(*window, placement) ? RegistryResult{} : noKey;
+    return windows->set(*window, placement) ? RegistryResult{} : failure;
   });
 }
 
@@ -168,7 +168,7 @@ int CRegistry::Write(const CString& name, const CWnd* window) {
   return onOpenKey("CRegistry::Write(const CWnd*)"_support, [&](RegistryKey& key) {
     WindowPlacement placement;
     WindowPlacementHandler* const windows = windowPlacementHandler();
-    if (!windows || !window || !windows->get(*window, placement)) return noKey;
+    if (!windows || !window || !windows->get(*window, placement)) return failure;
     return key.write(name, RegistryValue::ofBytes(placement.bytes()));
   });
 }

@@ -30,7 +30,9 @@ struct KPX_LOCAL CIniEx::Content {
   std::u16string_view nameAt(std::size_t position) const noexcept {
     return sections[position]->header_.name();
   }
-  bool isRemoved(std::size_t position) const noexcept { return sections[position]->state() == 2; }
+  bool isRemoved(std::size_t position) const noexcept {
+    return sections[position]->state() == detail::IniEntry::removed;
+  }
 
   /// Fills an empty content with the sections and keys of the text.
   void read();
