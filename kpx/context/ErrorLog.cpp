@@ -65,6 +65,43 @@ CString decoded(std::string_view line) {
   return CString(std::move(text));
 }
 
+/// Where date and time stand in a line, with the texts around them.
+struct TimeField {
+  TIME time;
+  std::size_t begin;
+  std::size_t end;
+};
+
+std::optional<TimeField> findTime(View line, View beforeDate, View beforeClock, View behindClock) {
+  for (std::size_t begin = 0;; ++begin) {
+    begin = line.find(beforeDate, begin);
+    if (begin == View::npos) return std::nullopt;
+    std::size_t next = begin + beforeDate.size();
+    const View date = line.substr(next, dateLength);
+    next = std::min(next + dateLength, line.size());
+    if (!line.substr(next).starts_with(beforeClock)) continue;
+    next += beforeClock.size();
+    const View clock = line.substr(next, clockLength);
+    next = std::min(next + clockLength, line.size());
+    if (!line.substr(next).starts_with(behindClock)) continue;
+    if (const auto time = timeOf(date, clock)) {
+      return TimeField{*time, begin, next + behindClock.size()};
+    }
+  }
+}
+
+/// Takes the last number behind the text in front of it away from the end of `names`.
+bool cutNumber(View& names, View beforeNumber, std::int32_t& number) {
+  const std::size_t place = names.rfind(beforeNumber);
+  if (place == View::npos) return false;
+  const View text = names.substr(place + beforeNumber.size());
+  const View digits = text.starts_with(u'-') ? text.substr(1) : text;
+  if (digits.empty() || !std::all_of(digits.begin(), digits.end(), isDigit)) return false;
+  number = detail::textAsLong(text);
+  names = names.substr(0, place);
+  return true;
+}
+
 }  // namespace
 
 ErrorLogReader::ErrorLogReader() {
@@ -116,51 +153,22 @@ void ErrorLogReader::addForm(View text, bool hasNumber) {
 bool ErrorLogReader::readForm(const Form& form, View line, ErrorLogEntry& entry) {
   const std::vector<CString>& literals = form.literals;
   const std::size_t dateField = form.hasNumber ? 3 : 2;
-  const View beforeDate = literals[dateField];
-  const View beforeClock = literals[dateField + 1];
-  const View beforeUser = literals[dateField + 2];
-  if (!line.starts_with(literals[0]) || !line.ends_with(literals.back())) return false;
+  if (!line.ends_with(literals.back())) return false;
   line.remove_suffix(literals.back().view().size());
+  if (!line.starts_with(literals[0])) return false;
+  line.remove_prefix(literals[0].view().size());
 
   // Date and time are the only fields whose shape is known, so they are the anchor.
-  std::optional<TIME> time;
-  std::size_t anchor = literals[0].view().size();
-  std::size_t behind = 0;
-  for (;; ++anchor) {
-    anchor = line.find(beforeDate, anchor);
-    if (anchor == View::npos) return false;
-    std::size_t next = anchor + beforeDate.size();
-    const View date = line.substr(next, dateLength);
-    next = std::min(next + dateLength, line.size());
-    if (!line.substr(next).starts_with(beforeClock)) continue;
-    next += beforeClock.size();
-    const View clock = line.substr(next, clockLength);
-    next = std::min(next + clockLength, line.size());
-    if (!line.substr(next).starts_with(beforeUser)) continue;
-    time = timeOf(date, clock);
-    behind = next + beforeUser.size();
-    if (time) break;
-  }
-
-  View names = line.substr(literals[0].view().size(), anchor - literals[0].view().size());
+  const std::optional<TimeField> time =
+      findTime(line, literals[dateField], literals[dateField + 1], literals[dateField + 2]);
+  if (!time) return false;
+  View names = line.substr(0, time->begin);
   std::int32_t number = 0;
-  if (form.hasNumber) {
-    const View beforeNumber = literals[2];
-    const std::size_t place = names.rfind(beforeNumber);
-    if (place == View::npos) return false;
-    const View digits = names.substr(place + beforeNumber.size());
-    const View unsignedDigits = digits.starts_with(u'-') ? digits.substr(1) : digits;
-    if (unsignedDigits.empty() ||
-        !std::all_of(unsignedDigits.begin(), unsignedDigits.end(), isDigit)) {
-      return false;
-    }
-    number = detail::textAsLong(digits);
-    names = names.substr(0, place);
-  }
+  if (form.hasNumber && !cutNumber(names, literals[2], number)) return false;
   const std::size_t job = names.find(literals[1]);
   if (job == View::npos) return false;
 
-  View user = line.substr(behind);
+  View user = line.substr(time->end);
   View text;
   if (!form.hasNumber) {
     const View beforeText = literals[dateField + 3];
@@ -173,7 +181,7 @@ bool ErrorLogReader::readForm(const Form& form, View line, ErrorLogEntry& entry)
   entry.number = number;
   entry.project = names.substr(0, job);
   entry.job = names.substr(job + literals[1].view().size());
-  entry.time = *time;
+  entry.time = time->time;
   splitUser(user, entry);
   entry.text = text;
   return true;

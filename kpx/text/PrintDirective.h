@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string_view>
+
 #include "kpx/text/LengthModifier.h"
 
 namespace kpx::detail {
@@ -18,6 +20,8 @@ struct PrintDirective {
   LengthModifier length = LengthModifier::none;
   char conversion = 0;  // one of the grammar's letters
 };
+
+inline constexpr std::string_view printConversions = "sdfuigxXeEFGoaAcCSp%";
 
 /// Reads what follows a percent sign and moves `at` behind it. False when it is no conversion
 /// of the grammar. `%n` is none: writing through an argument has no place in a text that a
@@ -57,33 +61,13 @@ bool readPrintDirective(const CharT*& at, const CharT* end, PrintDirective& dire
     }
   }
   directive.length = readLengthModifier(at, end);
-  if (at == end) return false;
-  switch (*at) {
-    case 'd':
-    case 'i':
-    case 'u':
-    case 'o':
-    case 'x':
-    case 'X':
-    case 'f':
-    case 'F':
-    case 'e':
-    case 'E':
-    case 'g':
-    case 'G':
-    case 'a':
-    case 'A':
-    case 'c':
-    case 'C':
-    case 's':
-    case 'S':
-    case 'p':
-    case '%':
-      directive.conversion = static_cast<char>(*at++);
-      return true;
-    default:
-      return false;
+  for (const char conversion : printConversions) {
+    if (at == end || *at != static_cast<CharT>(conversion)) continue;
+    directive.conversion = conversion;
+    ++at;
+    return true;
   }
+  return false;
 }
 
 }  // namespace kpx::detail

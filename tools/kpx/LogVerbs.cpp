@@ -170,7 +170,7 @@ std::string describeNumber(const std::string& number) {
   return name.empty() ? number : number + " " + name;
 }
 
-Exit stats(const Options& options) {
+struct Statistics {
   Counts numbers;
   Counts users;
   Counts projects;
@@ -180,7 +180,8 @@ Exit stats(const Options& options) {
   std::size_t total = 0;
   double first = 0.0;
   double last = 0.0;
-  forEachEntry(options, [&](const std::string&, const ErrorLogEntry& entry) {
+
+  void add(const ErrorLogEntry& entry) {
     ++total;
     if (entry.kind == ErrorLogEntry::Kind::broken) {
       ++broken;
@@ -197,31 +198,37 @@ Exit stats(const Options& options) {
     first = first == 0.0 ? time : std::min(first, time);
     last = std::max(last, time);
     ++days[std::to_string(entry.time.date)];
-  });
-  const auto span = [](double time) {
-    return time == 0.0 ? "" : shown(CKpxBaseObjectsUtil::TimeDouble2Str(time));
-  };
-  if (options.json) {
-    Json json{{"lines", total},
-              {"texts", texts},
-              {"broken", broken},
-              {"first", span(first)},
-              {"last", span(last)}};
-    json["numbers"] = Json::array();
-    for (const auto& [number, count] : mostFirst(numbers)) {
-      json["numbers"].push_back({{"number", std::stoi(number)},
-                                 {"operation", operationName(std::stoi(number))},
-                                 {"count", count}});
-    }
-    json["users"] = users;
-    json["projects"] = projects;
-    json["days"] = days;
-    printJson(json);
-    return total == 0 ? Exit::no : Exit::success;
   }
-  std::string text = std::to_string(total) + " lines, " + std::to_string(texts) + " free texts, " +
-                     std::to_string(broken) + " broken\n";
-  if (first != 0.0) text += "from " + span(first) + " to " + span(last) + "\n";
+};
+
+std::string timeOrNothing(double time) {
+  return time == 0.0 ? "" : shown(CKpxBaseObjectsUtil::TimeDouble2Str(time));
+}
+
+Json jsonOf(const Statistics& all) {
+  Json json{{"lines", all.total},
+            {"texts", all.texts},
+            {"broken", all.broken},
+            {"first", timeOrNothing(all.first)},
+            {"last", timeOrNothing(all.last)}};
+  json["numbers"] = Json::array();
+  for (const auto& [number, count] : mostFirst(all.numbers)) {
+    json["numbers"].push_back({{"number", std::stoi(number)},
+                               {"operation", operationName(std::stoi(number))},
+                               {"count", count}});
+  }
+  json["users"] = all.users;
+  json["projects"] = all.projects;
+  json["days"] = all.days;
+  return json;
+}
+
+std::string textOf(const Statistics& all) {
+  std::string text = std::to_string(all.total) + " lines, " + std::to_string(all.texts) +
+                     " free texts, " + std::to_string(all.broken) + " broken\n";
+  if (all.first != 0.0) {
+    text += "from " + timeOrNothing(all.first) + " to " + timeOrNothing(all.last) + "\n";
+  }
   const auto section = [&](const char* title, const Counts& counts, auto describe) {
     if (counts.empty()) return;
     text += std::string("\n") + title + "\n";
@@ -234,11 +241,21 @@ Exit stats(const Options& options) {
   const auto asItIs = [](const std::string& name) {
     return name.empty() ? "(none)" : shownOnOneLine(CString::fromUtf8(name));
   };
-  section("Errors", numbers, describeNumber);
-  section("Users", users, asItIs);
-  section("Projects", projects, asItIs);
-  print(text);
-  return total == 0 ? Exit::no : Exit::success;
+  section("Errors", all.numbers, describeNumber);
+  section("Users", all.users, asItIs);
+  section("Projects", all.projects, asItIs);
+  return text;
+}
+
+Exit stats(const Options& options) {
+  Statistics all;
+  forEachEntry(options, [&](const std::string&, const ErrorLogEntry& entry) { all.add(entry); });
+  if (options.json) {
+    printJson(jsonOf(all));
+  } else {
+    print(textOf(all));
+  }
+  return all.total == 0 ? Exit::no : Exit::success;
 }
 
 // --- follow ---------------------------------------------------------------------------------
