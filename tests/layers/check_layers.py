@@ -41,6 +41,12 @@ def enters_internals(name, target):
 def check(root, layers):
     problems = []
     includes = {}
+    for folder in ("tools", "examples"):
+        for path in sorted((root / folder).rglob("*.[hc]*")):
+            name = path.relative_to(root).as_posix()
+            for target in re.findall(r'#include "(kpx/[^"]*)"', path.read_text(encoding="utf-8")):
+                if enters_internals(name, target):
+                    problems.append(f"{name}: may not enter {target}")
     for path in sorted((root / "kpx").rglob("*")):
         if path.suffix not in (".h", ".cpp"):
             continue
