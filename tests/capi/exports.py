@@ -21,6 +21,7 @@ STANDARD_NAMES = (
     (r"\b(\d+)u?ll?\b", r"\1"),
     (r"__va_list_tag\*|(?<=, )char\*(?=\)$)", "va_list"),
     (r"_IO_FILE|_iobuf", "FILE"),
+    (r"std::basic_ostream<char ?>", "std::ostream"),
     (r" >", ">"),
     (r"kpx::", ""),
 )
