@@ -33,7 +33,7 @@ void ElementReader::read(std::u16string_view name, std::int32_t& value) {
   if (text.size() == 1 && text[0] >= u'0' && text[0] <= u'9') {
     value = text[0] - u'0';
   } else {
-    value = textAsLong(attributes_.value());
+    value = detail::textAsLong(attributes_.value());
   }
 }
 
@@ -42,7 +42,7 @@ void ElementReader::read(std::u16string_view name, double& time) {
   if (attributes_.rawValue() == zeroTimeText) {
     time = 0.0;
   } else {
-    time = timeDoubleOf(attributes_.value());
+    time = detail::timeDoubleOf(attributes_.value());
   }
 }
 

@@ -42,9 +42,9 @@ ValueCheck SettingAccess::setText(CDBObject& object, std::u16string_view text) c
     if (setting->kind == ValueKind::text) {
       set(object, check.normal);
     } else if (setting->kind == ValueKind::real) {
-      set(object, textAsDouble(text));
+      set(object, detail::textAsDouble(text));
     } else {
-      set(object, textAsLong(text));
+      set(object, detail::textAsLong(text));
     }
   }
   return check;

@@ -18,11 +18,11 @@ namespace {
 
 /// What the getter of a number makes of a text.
 CString readAs(ValueKind kind, std::u16string_view text) {
-  if (kind != ValueKind::real) return longAsText(textAsLong(text));
-  const double value = textAsDouble(text);
+  if (kind != ValueKind::real) return detail::longAsText(textAsLong(text));
+  const double value = detail::textAsDouble(text);
   // All digits, but as a person writes them where that is possible.
   const bool isUsual = value == 0 || (std::abs(value) >= 1e-6 && std::abs(value) < 1e9);
-  CString number = doubleAsText(value, isUsual ? 10 : -1, u'.');
+  CString number = detail::doubleAsText(value, isUsual ? 10 : -1, u'.');
   if (isUsual) number.TrimRight(u"0");
   number.TrimRight(u".");
   return number;
@@ -151,7 +151,7 @@ class Validator {
     if (!checkValueText(ValueKind::integer, type).valid()) return;  // told as an attribute
     if (utlTextAsLong(type) == usual->Type) return;
     add(FindingKind::wrongType, key, type, element.begin + attributes.valueBegin(),
-        ValueProblem::none, longAsText(usual->Type));
+        ValueProblem::none, detail::longAsText(usual->Type));
   }
 
   void checkAttributes(const ConfigElement& element, std::span<const ElementAttribute> known,
