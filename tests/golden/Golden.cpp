@@ -4,7 +4,6 @@
 #include <zlib.h>
 
 #include <algorithm>
-#include <bit>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -14,8 +13,6 @@
 
 namespace kpx {
 namespace {
-
-constexpr std::size_t pendingMost = 1 << 16;
 
 /// Some bytes before and behind an offset, readable whatever they are.
 std::string around(std::string_view bytes, std::size_t offset) {
@@ -45,46 +42,19 @@ void expectGolden(const std::string& file, std::string_view bytes) {
                 << around(golden, offset) << "\nwritten " << around(bytes, offset);
 }
 
-std::vector<CString> split(const CString& list, char16_t separator) {
-  std::vector<CString> pieces;
-  int begin = 0;
-  for (int end; (end = list.Find(separator, begin)) >= 0; begin = end + 1) {
-    pieces.push_back(list.Mid(begin, end - begin));
-  }
-  pieces.push_back(list.Mid(begin));
-  return pieces;
-}
-
-void GoldenSum::addBytes(std::string_view bytes) {
-  pending_ += bytes;
-  if (pending_.size() >= pendingMost) crc();
-}
-
 void GoldenSum::add(const CString& text) {
   for (const char16_t unit : text.view()) {
-    pending_ += static_cast<char>(unit);
-    pending_ += static_cast<char>(unit >> 8);
+    bytes_ += static_cast<char>(unit);
+    bytes_ += static_cast<char>(unit >> 8);
   }
-  addBytes("\n");
+  bytes_ += '\n';
 }
 
-void GoldenSum::add(double value) {
-  auto bits = std::bit_cast<std::uint64_t>(value);
-  for (int byte = 0; byte < 8; ++byte, bits >>= 8) pending_ += static_cast<char>(bits);
-  addBytes({});
-}
-
-std::uint32_t GoldenSum::crc() {
-  crc_ = static_cast<std::uint32_t>(
-      crc32_z(crc_, reinterpret_cast<const Bytef*>(pending_.data()), pending_.size()));
-  pending_.clear();
-  return crc_;
-}
+std::uint32_t GoldenSum::crc() const { return crcOf(bytes_); }
 
 std::uint32_t crcOf(std::string_view bytes) {
-  GoldenSum sum;
-  sum.addBytes(bytes);
-  return sum.crc();
+  return static_cast<std::uint32_t>(
+      crc32_z(0, reinterpret_cast<const Bytef*>(bytes.data()), bytes.size()));
 }
 
 }  // namespace kpx

@@ -8,14 +8,11 @@
 #include <vector>
 
 #include "kpx/platform/ExclusiveFile.h"
-#include "kpx/support/files/CUtf16StdioFile.h"
-#include "kpx/support/ini/CIniEx.h"
 #include "kpx/support/registry/RegistryText.h"
 #include "kpx/support/texts/LanguageFile.h"
 #include "kpx/support/texts/TextTable.h"
 #include "kpx/support/timers/CTimerFactory.h"
 #include "kpx/support/zip/MemZip.h"
-#include "kpx/text/PrintScan.h"
 #include "tests/common/TextPrinter.h"
 #include "tests/context/ContextScope.h"
 #include "tests/golden/Golden.h"
@@ -69,28 +66,6 @@ TEST(ReportGolden, ErrorLog) {
   expectGolden("error.log", log);
 }
 
-TEST(ReportGolden, IniFiles) {
-  const TemporaryFolder folder;
-  folder.write("a.ini",
-               "; Kopf\r\nohne=Abschnitt\n\n[KPX]\r\nSYSTEM_PATH = D:\\data \n; alt\nALT=1\r\n"
-               "NEU=\xC3\xA4\r\n[Leer]\r[Sonst]\r\n\"a=b\"=c=d;e");
-  CIniEx ini;
-  int index = 0;
-  ASSERT_EQ(ini.ReadFile(folder / "a.ini"), 1);
-  EXPECT_EQ(ini.UpdateKey(u"KPX", u"ALT", u"zwei\nZeilen"), 1);
-  EXPECT_EQ(ini.DeleteKey(u"KPX", u"NEU"), 1);
-  EXPECT_EQ(ini.AddNewSection(u"Größe", u"; neu", index), 1);
-  EXPECT_EQ(ini.AddNewKey(u"Größe", u"Maß", u"1.5 €", u"; in m", u"", index), 1);
-  EXPECT_EQ(ini.SaveFile(folder / "a.ini"), 1);
-  expectGolden("edited.ini", folder.read("a.ini"));
-
-  CIniEx created;
-  EXPECT_EQ(created.AddNewSection(u"A", u"", index), 1);
-  EXPECT_EQ(created.AddNewKey(u"A", u"ä", u"\U0001F600"), 1);
-  EXPECT_EQ(created.SaveFile(folder / "b.ini"), 1);
-  expectGolden("new.ini", folder.read("b.ini"));
-}
-
 TEST(ReportGolden, RegistryText) {
   const auto write = [](const CString& name, RegistryValue value) {
     RegistryStep step;
@@ -116,35 +91,6 @@ TEST(ReportGolden, RegistryText) {
   expectGolden("registry.reg", registryTextBytes(text));
 }
 
-TEST(ReportGolden, TextFiles) {
-  using File = CUtf16StdioFile;
-  const TemporaryFolder folder;
-  for (const bool isUnicode : {true, false}) {
-    for (const std::uint32_t type : {File::typeText, File::typeBinary}) {
-      File file;
-      ASSERT_EQ(file.Open(folder / "a.txt", File::modeCreate | File::modeWrite | type), 1);
-      file.setUnicodeFile(isUnicode);
-      EXPECT_EQ(file.WriteString(u"Größe €\n\r\nzwei\r"), 1);
-      EXPECT_EQ(file.WriteString(u"\n\x1A\n"), 1);
-      EXPECT_EQ(file.Close(), 1);
-      ASSERT_EQ(file.Open(folder / "a.txt", File::modeRead | type), 1);
-      CString lines;
-      for (CString line; file.ReadString(line) == 1;) lines += line + u"|";
-      const std::string name = std::string(isUnicode ? "unicode" : "ansi") +
-                               (type == File::typeText ? "_text.txt" : "_binary.txt");
-      expectGolden(name, folder.read("a.txt") + lines.utf8());
-    }
-  }
-  // A stream of the caller's, whose mode decides on line ends.
-  const std::string path = (folder.path() / "b.txt").string();
-  std::FILE* const stream = std::fopen(path.c_str(), "wb");
-  ASSERT_NE(stream, nullptr);
-  kpxfwprintf(stream, u"%s\n", u"Größe \U0001F600\xD83D");
-  kpxfprintf(stream, "%s %.3f\n", u"Höhe", 2.675);
-  std::fclose(stream);
-  expectGolden("stream.txt", folder.read("b.txt"));
-}
-
 TEST(ReportGolden, LanguageFiles) {
   std::ifstream english(KPX_TEXT_LISTS "/eng.tsv", std::ios::binary);
   TextList list;
@@ -160,6 +106,19 @@ TEST(ReportGolden, LanguageFiles) {
   }
   expectGolden("lengths.LNG", languageFileBytes(list));
   expectGolden("lengths.tsv", textTableBytes(list));
+}
+
+// Case is the library's own, so it depends on nobody's locale.
+TEST(ReportGolden, CaseOfEveryUnit) {
+  GoldenLines lines;
+  GoldenSum upper;
+  GoldenSum lower;
+  for (int code = 1; code < 0x10000; ++code) {
+    upper.add(CString(static_cast<char16_t>(code), 1).MakeUpper());
+    lower.add(CString(static_cast<char16_t>(code), 1).MakeLower());
+  }
+  lines.add(u"upper case %08X, lower case %08X", upper.crc(), lower.crc());
+  expectGolden("case.txt", lines.bytes());
 }
 
 // Versions of zlib may compress in another way; what counts is that each reads what another wrote.

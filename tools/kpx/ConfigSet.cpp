@@ -172,7 +172,7 @@ Exit setValue(const std::string& file, const std::string& key, const Selection& 
                                (!changed         ? " (unchanged)"
                                 : options.dryRun ? " (not written)"
                                                  : "");
-  if (textAsDouble(given(options.value)) != textAsDouble(done.newValue)) {
+  if (utlTextAsDouble(given(options.value)) != utlTextAsDouble(done.newValue)) {
     complain(key + ": " + options.value + " is stored as " + shownOnOneLine(done.newValue) +
              ", with the decimals of this setting");
   }
