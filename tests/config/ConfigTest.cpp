@@ -176,14 +176,6 @@ TEST(Config, AssignmentKeepsWhatOnlyTheTargetHas) {
   EXPECT_EQ(copy.Class.Cols.size(), 2u);
 }
 
-TEST(Config, WritesTheSameAgainAfterReading) {
-  CFGConfig config = configWith({u"a", u"<&>", u"Groß\n"});
-  config.Class.TransID = 9;
-  CFGConfig read = configWith({u"a", u"<&>", u"Groß\n"});
-  ASSERT_EQ(loadFromXml(read, xmlOf(config)), 1);
-  EXPECT_EQ(xmlOf(read), xmlOf(config));
-}
-
 std::vector<int> reported;
 
 struct RecordReports {
