@@ -14,9 +14,12 @@
 #include <vector>
 
 #include "kpx/platform/Processes.h"
+#include "kpx/report/ErrorTable.h"
 #include "kpx/settings/Catalogue.h"
+#include "kpx/xml/MarkupValidator.h"
 #include "KpxBaseObjects.h"
 #include "tests/common/FailingAllocations.h"
+#include "tests/common/TextPrinter.h"
 #include "tests/context/ContextScope.h"
 
 namespace kpx {
@@ -28,30 +31,31 @@ namespace {
 struct Call {
   std::string name;
   std::function<void()> run;
+  bool changesMarkup = false;  // the same document for each try, which a failure leaves as it was
+  bool readsMarkup = false;    // a document that may be another one after a failure
+  int number = 0;              // of a setting
 };
 
-/// Lets each allocation of a call fail in its turn, of many only some, until none does.
-void expectGuarded(const Call& call) {
-  for (int count = 0; count < 1'000'000; count += 1 + count / 64) {
-    const GuardWatch watch;
-    bool hasThrown = false;
-    bool hasFailed = false;
-    {
-      const FailingAllocations failing(count);
-      try {
-        call.run();
-      } catch (...) {
-        hasThrown = true;
-      }
-      hasFailed = failing.hasFailed();
-    }
-    EXPECT_FALSE(hasThrown) << call.name << " lets an exception pass";
-    EXPECT_EQ(watch.hasCaught(), hasFailed)
-        << call.name << " reports something else than allocation " << count;
-    if (!hasFailed || hasThrown) return;
-  }
-  ADD_FAILURE() << call.name << " does not come to its end";
+std::string_view withoutParameters(std::string_view operation) {
+  return operation.substr(0, operation.find('('));
 }
+
+/// Whether a failure was reported under the call's own number, where it has one, or under that of a
+/// step which answers its own failures.
+bool isOwnReport(const Call& call, int number) {
+  if (call.number != 0) return number == call.number;
+  constexpr std::string_view steps[] = {
+      "CIniEx::ReadFile", "CMarkup::x_ParseDoc", "CProject::CProject", "CUser::CUser",
+      "kpxGetProgPath",   "languageFilePath",    "textFolder",         "utlMessageBox"};
+  const std::string_view operation = withoutParameters(operationOf(number));
+  const auto isCall = [&](const ErrorEntry& entry) {
+    return withoutParameters(entry.operation) == call.name;
+  };
+  return operation == call.name || operation.ends_with("::GetElementName") ||
+         std::ranges::count(steps, operation) > 0 || std::ranges::none_of(errorTable, isCall);
+}
+
+int lastReport = 0;
 
 class Derived : public CIniEx {
  public:
@@ -98,7 +102,7 @@ bool formatted(CKpxString& text, std::u16string_view format, ...) {
 
 class Exports : public testing::Test {
  protected:
-  Exports() : sink_(setErrorSink(nullptr)) {
+  Exports() : sink_(setErrorSink([](int report) noexcept { lastReport = report; })) {
     setMessageBoxHandler([](const MessageBoxRequest& request) {
       const MessageBoxRequest copy = request;
       return copy.style;
@@ -133,6 +137,36 @@ class Exports : public testing::Test {
     GetTimerFactory().clearTimers();
     setWindowTitleHandler(nullptr);
     setErrorSink(sink_);
+  }
+
+  /// Lets each allocation of a call fail in its turn, of many only some, until none does.
+  void expectGuarded(const Call& call) {
+    for (int count = 0; count < 1'000'000; count += 1 + count / 64) {
+      if (call.changesMarkup || call.readsMarkup) markup = original;
+      const GuardWatch watch;
+      bool hasThrown = false;
+      bool hasFailed = false;
+      {
+        const FailingAllocations failing(count);
+        try {
+          call.run();
+        } catch (...) {
+          hasThrown = true;
+        }
+        hasFailed = failing.hasFailed();
+      }
+      EXPECT_FALSE(hasThrown) << call.name << " lets an exception pass";
+      EXPECT_EQ(watch.hasCaught(), hasFailed)
+          << call.name << " reports something else than allocation " << count;
+      if (!hasFailed || hasThrown) return;
+      EXPECT_TRUE(isOwnReport(call, lastReport))
+          << call.name << " fails as " << operationOf(lastReport) << ' ' << lastReport;
+      if (call.changesMarkup) {
+        EXPECT_EQ(markup.GetDoc(), original.GetDoc()) << call.name;
+        EXPECT_EQ(MarkupValidator::check(markup), "") << call.name;
+      }
+    }
+    ADD_FAILURE() << call.name << " does not come to its end";
   }
 
   /// Writing, reading and naming of a persistent object.
@@ -193,6 +227,7 @@ class Exports : public testing::Test {
   const std::string languageFile = languageFileBytes({0, text, {{1, text}}});
   CFCFieldInfos infos;
   CNAS_Punktobjekt point;
+  CMarkup original;
   CMarkup markup;
   CFGConfig config;
   CFGTable rows;
@@ -213,10 +248,16 @@ void Exports::addMarkup() {
       u"<!DOCTYPE aNameOfAnElementThatIsLong><aNameOfAnElementThatIsLong Name='a value'>"
       u"<aNameOfAnElementThatIsLong Name='a value'>a text that is long enough"
       u"</aNameOfAnElementThatIsLong></aNameOfAnElementThatIsLong></alone>";
-  markup.SetDoc(document);
-  markup.FindElem();
-  markup.FindChildElem();
-#define MARKUP(operation, ...) add({MEMBER(CMarkup, operation, markup, __VA_ARGS__)})
+  original.SetDoc(document);
+  original.FindElem();
+  original.FindChildElem();
+  const auto addCall = [&](Call call, bool readsMarkup = false) {
+    call.changesMarkup = !readsMarkup;
+    call.readsMarkup = readsMarkup;
+    calls_.push_back(std::move(call));
+  };
+#define MARKUP(operation, ...) addCall({MEMBER(CMarkup, operation, markup, __VA_ARGS__)})
+#define READ(operation, ...) addCall({MEMBER(CMarkup, operation, markup, __VA_ARGS__)}, true)
   MARKUP(GetError);
   MARKUP(GetTagName);
   MARKUP(GetChildTagName);
@@ -229,7 +270,7 @@ void Exports::addMarkup() {
   MARKUP(GetSubDoc);
   MARKUP(GetChildSubDoc);
   MARKUP(GetElemContent);
-  MARKUP(SavePos, name);
+  MARKUP(SavePos, text);
   MARKUP(SetTagName, longer);
   MARKUP(SetChildTagName, longer);
   MARKUP(SetChildData, text);
@@ -239,20 +280,32 @@ void Exports::addMarkup() {
   MARKUP(RemoveChildAttrib, u"Name");
   MARKUP(AddNode, MarkupNode::comment, text);
   MARKUP(InsertNode, MarkupNode::comment, text);
+  MARKUP(AddElem, name, text);
+  MARKUP(InsertElem, name, text);
   MARKUP(AddChildElem, name, text);
   MARKUP(InsertChildElem, name, text);
-  MARKUP(AddChildSubDoc, u"<b/>");
-  MARKUP(InsertChildSubDoc, u"<b/>");
+  MARKUP(AddSubDoc, u"<x b='&lt;'><y/><z>t</z></x>");
+  MARKUP(InsertSubDoc, u"<x b='&lt;'><y/><z/></x>");
+  MARKUP(AddChildSubDoc, u"<x><y/><y/><y/><y/><y/><y/><y/><y/><y/><z><y>t</y></z></x>");
+  MARKUP(InsertChildSubDoc, u"<x b='&lt;'><y/></x>");
+  addCall(
+      {"CMarkup::SetData", [&] { static_cast<void>(markup.IntoElem() && markup.SetData(text)); }});
+  addCall({"CMarkup::RemoveNode", [&] {
+             markup.ResetPos();
+             markup.FindNode(MarkupNode::documentType);
+             markup.RemoveNode();
+           }});
   MARKUP(EscapeText, text);
   MARKUP(x_EncodeCDATASection, text);
   MARKUP(UnescapeText, text);
   MARKUP(EncodeBase64, reinterpret_cast<const unsigned char*>("some bytes"), 10);
   MARKUP(GetDeclaredEncoding, u"<?xml encoding='a-long-name'?>");
-  MARKUP(Load, textPath);
   MARKUP(Save, path);
-  MARKUP(SetDoc, document);
-  MARKUP(SetDoc, u"<aNameOfAnElementThatIsLong/>");
+  READ(Load, textPath);
+  READ(SetDoc, document);
+  READ(SetDoc, u"<aNameOfAnElementThatIsLong/>");
 #undef MARKUP
+#undef READ
 }
 
 void Exports::addConfigurations() {
@@ -448,15 +501,18 @@ TEST_F(Exports, SettingsReportFailuresUnderTheirNumbers) {
       if (access.setting->kind == ValueKind::text) value = text;
       if (access.set) access.set(*object, value);
       if (access.get && access.setting->getterError != 0) {
-        expectGuarded({name, [&] { access.get(*object); }});
+        expectGuarded(
+            {name, [&] { access.get(*object); }, false, false, access.setting->getterError});
       }
       if (access.set && access.setting->setterError != 0) {
         if (access.setting->kind == ValueKind::text) value = CString(text + text);
-        expectGuarded({name, [&] { access.set(*object, value); }});
+        expectGuarded(
+            {name, [&] { access.set(*object, value); }, false, false, access.setting->setterError});
       }
     }
     if (each->resetError != 0) {
-      expectGuarded({"ResetPos", [&] { static_cast<CFGConfig&>(*object).ResetPos(); }});
+      expectGuarded({"ResetPos", [&] { static_cast<CFGConfig&>(*object).ResetPos(); }, false, false,
+                     each->resetError});
     }
   }
 }
