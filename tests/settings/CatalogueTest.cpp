@@ -6,7 +6,6 @@
 
 #include <set>
 
-#include "kpx/config/CFGHeader.h"
 #include "kpx/support/texts/TextStore.h"
 #include "kpx/xml/CMarkup.h"
 #include "tests/common/ObjectXml.h"
@@ -75,19 +74,6 @@ TEST_P(EveryClass, SavesAndLoadsEveryValue) {
   if (fresh->Class.Cols.size() == object->Class.Cols.size()) {
     EXPECT_EQ(xmlOf(*fresh), xml);
   }
-}
-
-TEST_P(EveryClass, CopyIsDeep) {
-  const std::unique_ptr<CFGConfig> object = GetParam()->create();
-  const CString before = xmlOf(*object);
-  CFGConfig copy(*object);
-  for (const auto& entry : object->Class.Cols) {
-    copy.Class.ColAt(entry.key).Value.Value += u"x";
-    copy.Class.ColAt(entry.key).CodedValues.resize(1);
-  }
-  EXPECT_EQ(xmlOf(*object), before);
-  copy = *object;
-  EXPECT_EQ(xmlOf(copy), before);
 }
 
 TEST_P(EveryClass, NewObjectIsInTheOrderOfItsConstruction) {
@@ -179,16 +165,6 @@ TEST(Catalogue, DoesNotFindWhatThereIsNot) {
   ASSERT_NE(header, nullptr);
   EXPECT_EQ(header->findKey(u"class"), nullptr);
   EXPECT_EQ(header->findAccessor(u""), nullptr);
-}
-
-TEST(Catalogue, CopyOfAnObjectKeepsItsClass) {
-  const CFGHeader source;
-  CFGHeader copy(source);
-  copy.setClass(u"changed");
-  EXPECT_EQ(source.getClass(), u"");
-  copy = source;
-  EXPECT_EQ(copy.getClass(), u"");
-  EXPECT_EQ(copy.GetElementName(), source.GetElementName());
 }
 
 }  // namespace

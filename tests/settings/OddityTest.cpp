@@ -11,8 +11,7 @@
 #include "kpx/settings/CFGConfigDXFConvertTable.h"
 #include "kpx/settings/CFGConfigDXFExport.h"
 #include "kpx/settings/CFGConfigDXFExportGraphic.h"
-#include "kpx/settings/CFGConfigGeneralBW.h"
-#include "kpx/settings/CFGConfigReceiver.h"
+#include "kpx/settings/CFGGeneralSettings.h"
 #include "kpx/settings/CFGGNSSEvalMask.h"
 #include "kpx/settings/CFGNASExport.h"
 #include "kpx/settings/CFGProjectSettings.h"
@@ -46,6 +45,14 @@ Settings savedAndLoaded(const Settings& settings) {
   Settings loaded;
   EXPECT_EQ(loadFromXml(loaded, xmlOf(settings)), 1);
   return loaded;
+}
+
+TEST(GeneralSettings, CaptionsOfSettersAreAsStoredFilesHaveThem) {
+  auto settings = withoutColumns<CFGGeneralSettings>();
+  settings.setTachyTolXY(0.05);
+  EXPECT_EQ(column(settings, u"TACHY_Tol_XY").Caption, u"Toleranz eranz XY");
+  settings.setPolyTolXY(0.05);
+  EXPECT_EQ(column(settings, u"POLY_Tol_XY").Caption, u"Toleranz_XY");
 }
 
 TEST(ProjectSettings, TwoSettersAreCrossed) {
@@ -95,12 +102,6 @@ TEST(ProjectSettings, MissingSettingsOfOlderProjects) {
   EXPECT_EQ(settings.getAreaTypeSplitting(), -1);
 }
 
-TEST(ProjectSettings, KindOfProjectKeepsAnyNumber) {
-  CFGProjectSettings settings;
-  settings.setProjectType(static_cast<enumKPXProjectType>(-4711));
-  EXPECT_EQ(savedAndLoaded(settings).getProjectType(), -4711);
-}
-
 TEST(NASExport, HasColumnsWithoutAccessors) {
   CFGNASExport settings;
   EXPECT_EQ(column(settings, u"VermStelle").Caption, u"Vermessungstelle");
@@ -108,14 +109,6 @@ TEST(NASExport, HasColumnsWithoutAccessors) {
   EXPECT_EQ(column(settings, u"Anlass").Type, ColumnType::integer);
   settings.Class.ColAt(u"Anlass").Value.Value = u"20";
   EXPECT_EQ(column(savedAndLoaded(settings), u"Anlass").Value.Value, u"20");
-}
-
-TEST(TachyEvalMask, ReflectorIsANumberAndItsText) {
-  CFGTachyEvalMask mask;
-  EXPECT_EQ(mask.getGebReflektorAsText(), u"0.2");
-  mask.setGebReflektor(0.02);
-  EXPECT_EQ(mask.getGebReflektorAsText(), u"2.e-002");
-  EXPECT_EQ(mask.getGebReflektor(), 0.02);
 }
 
 TEST(TachyEvalMask, MissingSettingDiffersFromANewOne) {
@@ -145,30 +138,11 @@ TEST(Calculation, TwoModulesShareOneActiveName) {
   EXPECT_EQ(column(first, u"CFGConfigCA2T").Category, u"1581");
 }
 
-TEST(GeneralBW, FormulasOfOlderProjectsAreRead) {
-  auto settings = withoutColumns<CFGConfigGeneralBW>();
-  settings.Class.ColAt(u"GENERAL_BW_ZS_1").Value.Value = u"0,05";
-  EXPECT_EQ(settings.getFormelZS_1(), u"0,05");
-  settings.setFormelZS_1(u"");
-  EXPECT_EQ(settings.getFormelZS_1(), u"");
-  EXPECT_EQ(column(settings, u"GENERAL_BW_ZS_1").Value.Value, u"0,05");
-}
-
-TEST(AreaCalc, RealsUnderTheTypeOfTexts) {
+TEST(AreaCalc, TwoColumnsLeaveTheOrderNotTheObject) {
   CFGConfigAreaCalc settings;
-  settings.setHPMaxDiffArc(0.125);
-  EXPECT_EQ(column(settings, u"AC_HPMaxDiffArc").Type, ColumnType::text);
-  EXPECT_EQ(savedAndLoaded(settings).getHPMaxDiffArc(), 0.125);
   settings.ResetPos();
-  EXPECT_EQ(settings.Class.KeyOrder.size(), 5u) << "two columns leave the order, not the object";
+  EXPECT_EQ(settings.Class.KeyOrder.size(), 5u);
   EXPECT_TRUE(has(settings, u"AC_HPMaxDiffArc"));
-}
-
-TEST(Receiver, KeysWithSignsAndGuardedSetters) {
-  CFGConfigReceiver settings;
-  settings.setBaseRadioRTSCTS(1);
-  EXPECT_EQ(column(settings, u"Base: Radio RTS/CTS").Category, u"");
-  EXPECT_EQ(savedAndLoaded(settings).getBaseRadioRTSCTS(), 1);
 }
 
 TEST(Dxf, TwoExportsShareKeysEachInItsOwnObject) {

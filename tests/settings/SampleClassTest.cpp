@@ -104,49 +104,6 @@ TEST_F(Sample, SetterTakesAPartOfItsOwnText) {
   EXPECT_EQ(sample_.getText(), u"0123456789 0123456789");
 }
 
-TEST_F(Sample, FailingAccessorsReportTheirOwnNumber) {
-  sample_.setText(u"longer than a text without memory of its own");
-  const CString longer(u'x', 1000);
-  {
-    const FailingAllocations all(0);
-    EXPECT_TRUE(sample_.getText().IsEmpty());
-    EXPECT_EQ(std::exchange(lastError, 0), 909903);
-    EXPECT_EQ(sample_.setText(longer), 1);
-    EXPECT_EQ(std::exchange(lastError, 0), 909904);
-  }
-  EXPECT_EQ(sample_.getText(), u"longer than a text without memory of its own");
-  bool passed = false;
-  try {
-    const FailingAllocations all(0);
-    sample_.setBoth(longer);
-  } catch (const std::bad_alloc&) {
-    passed = true;
-  }
-  EXPECT_TRUE(passed) << "an unguarded setter let no exception pass";
-  EXPECT_EQ(lastError, 0);
-}
-
-TEST_F(Sample, FailingCreationStoresNothing) {
-  const CString value = u"1";
-  const CString key = u"a key that needs memory";
-  int failures = 0;
-  for (bool failed = true; failed; ++failures) {
-    lastError = 0;
-    {
-      const FailingAllocations all(failures);
-      sample_.AddSetting(value, key, value, 1, value, 1, 0, 0);
-    }
-    failed = lastError != 0;
-    if (failed) {
-      EXPECT_EQ(lastError, 42886);
-      EXPECT_EQ(sample_.Class.find(key), nullptr);
-      EXPECT_EQ(sample_.Class.KeyOrder.size(), 8u);
-    }
-  }
-  EXPECT_GT(failures, 4);
-  EXPECT_EQ(sample_.Class.KeyOrder.back(), key);
-}
-
 TEST_F(Sample, FailingChangeLosesNothing) {
   sample_.Class.ColAt(u"S_Real").Value.Value = u"1.5";
   const std::vector<CString> order = sample_.Class.KeyOrder;

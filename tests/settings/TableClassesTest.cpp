@@ -4,18 +4,14 @@
 
 #include <type_traits>
 
-#include "kpx/report/Error.h"
 #include "kpx/settings/Catalogue.h"
 #include "kpx/settings/CFGAdjustEvalGroupRow.h"
 #include "kpx/settings/CFGConfigAdjustGroupTable.h"
 #include "kpx/settings/CFGConfigDXFConvertLineHeader.h"
-#include "kpx/settings/CFGConfigDXFConvertLineRow.h"
 #include "kpx/settings/CFGConfigDXFConvertTextHeader.h"
-#include "kpx/settings/CFGConfigDXFConvertTextRow.h"
 #include "kpx/settings/CFGConfigDXFConvertTextTable.h"
 #include "kpx/support/texts/TextStore.h"
 #include "kpx/text/NumberText.h"
-#include "tests/common/FailingAllocations.h"
 #include "tests/common/ObjectXml.h"
 #include "tests/common/TextPrinter.h"
 
@@ -29,6 +25,9 @@ std::vector<const SettingsClass*> classesOf(ClassShape shape) {
   }
   return classes;
 }
+
+static_assert(std::is_nothrow_move_constructible_v<CFGConfigDXFConvertTextTable>);
+static_assert(std::is_nothrow_move_constructible_v<CFGConfigDXFConvertTextHeader>);
 
 TEST(RowClasses, SettersCreateCellsAndGettersDoNot) {
   addBuiltInTexts();
@@ -94,30 +93,6 @@ TEST(TableClasses, HeaderTravelsWithItsColumns) {
   EXPECT_EQ(loaded.Class.find(u"DXFLINETABLE_SAVE"), nullptr) << "a cell without a column";
 }
 
-TEST(TableClasses, AreCopiedDeepAndMoved) {
-  static_assert(std::is_nothrow_move_constructible_v<CFGConfigDXFConvertTextTable>);
-  static_assert(std::is_nothrow_move_constructible_v<CFGConfigDXFConvertTextHeader>);
-  CFGConfigDXFConvertTextRow row;
-  row.setLayer(u"Punkte");
-  row.setSize(2.5);
-  CFGConfigDXFConvertTextTable table;
-  table.SetCol(u"1", row);
-  row.setLayer(u"changed");
-
-  const CFGConfigDXFConvertTextTable copy(table);
-  table.ColAt(u"1").ColAt(u"DXFTEXTTABLE_LAYER").Value.Value = u"changed too";
-  CFGConfigDXFConvertTextRow stored;
-  ASSERT_TRUE(copy.FindCol(u"1", stored));
-  EXPECT_EQ(stored.getLayer(), u"Punkte");
-  EXPECT_EQ(stored.getSize(), 2.5);
-  EXPECT_EQ(stored.getMText(), 0);
-
-  const CFGConfigDXFConvertTextTable moved(std::move(table));
-  ASSERT_TRUE(moved.FindCol(u"1", stored));
-  EXPECT_EQ(stored.getLayer(), u"changed too");
-  EXPECT_EQ(moved.Class.Cols.size(), 6u);
-}
-
 TEST(AdjustmentGroups, CaptionsAreLookedUpWhenACellIsMade) {
   AddMLT(2968, u"Messung");
   CFGAdjustEvalGroupRow row;
@@ -127,21 +102,6 @@ TEST(AdjustmentGroups, CaptionsAreLookedUpWhenACellIsMade) {
   EXPECT_EQ(row.find(u"Measure")->Caption, u"Messung");
   EXPECT_EQ(row.getMeasure(), 5);
   EXPECT_EQ(CFGConfigAdjustGroupTable().Class.find(u"Measure")->Caption, u"Measurement");
-}
-
-int lastError = 0;
-
-TEST(RowClasses, FailingSetterReportsAndStoresNothing) {
-  const ErrorSink earlier = setErrorSink([](int number) noexcept { lastError = number; });
-  const CString longText(u'x', 100);
-  CFGConfigDXFConvertLineRow row;
-  {
-    const FailingAllocations failing(0);
-    EXPECT_EQ(row.setStyle(longText), 1);
-  }
-  EXPECT_NE(lastError, 0);
-  EXPECT_TRUE(row.Cells.empty());
-  setErrorSink(earlier);
 }
 
 }  // namespace
