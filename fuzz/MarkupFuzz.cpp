@@ -1,16 +1,16 @@
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
+#include <string>
 #include <string_view>
 
 #include "fuzz/Check.h"
 #include "kpx/xml/CMarkup.h"
-#include "kpx/xml/internal/ElementParser.h"
 #include "kpx/xml/internal/PieceCheck.h"
-#include "kpx/xml/internal/TagScan.h"
 #include "kpx/xml/MarkupCheck.h"
-#include "kpx/xml/MarkupValidator.h"
+#include "tests/common/MarkupOutline.h"
+#include "tests/common/ScanAgreement.h"
 
 using namespace kpx;
 
@@ -61,7 +61,7 @@ class Operations {
 };
 
 void checkValid(const CMarkup& document) {
-  const std::string problem = MarkupValidator::check(document);
+  const std::string problem = outlineProblem(document);
   if (problem.empty()) return;
   std::fprintf(stderr, "%s\n%s\n", problem.c_str(), document.GetDoc().utf8().c_str());
   std::abort();
@@ -78,34 +78,6 @@ bool isRight(const CString& text, int docFlags) {
   });
   parsed.SetDoc(text);
   return right && detail::isRightDocument(text);
-}
-
-// Every fast scan makes the records that the plain road makes.
-void checkScans(const CString& text, int docFlags) {
-  struct Parsed {
-    detail::ElementIndex index;
-    CString result;
-  };
-  const auto parse = [&](const detail::TagScan& scan) {
-    Parsed parsed;
-    const MarkupProblemSink noSink;
-    detail::ParseReport report(text, &parsed.result, noSink);
-    parsed.index.reset();
-    const detail::TagScan& before = detail::activeTagScan();
-    detail::setActiveTagScan(scan);
-    detail::ElementParser(text, docFlags, parsed.index, report).parse(0, 0);
-    detail::setActiveTagScan(before);
-    return parsed;
-  };
-  const Parsed plain = parse(detail::tagScans().back());
-  for (const detail::TagScan& scan : detail::tagScans()) {
-    const Parsed fast = parse(scan);
-    FUZZ_CHECK(fast.result == plain.result);
-    FUZZ_CHECK(fast.index.usedCount() == plain.index.usedCount());
-    for (int i = 0; i < plain.index.usedCount(); ++i) {
-      FUZZ_CHECK(std::memcmp(&fast.index[i], &plain.index[i], sizeof(ElemPos)) == 0);
-    }
-  }
 }
 
 bool navigate(CMarkup& document, Operations& operations) {
@@ -224,7 +196,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   Operations operations(bytes.substr(std::min(textEnd + 1, bytes.size())));
   const int docFlags = operations.next() % 2 ? MarkupFlag::ignoreCase : 0;
 
-  checkScans(text, docFlags);
+  FUZZ_CHECK(disagreeingScan(text, docFlags).empty());
   MarkupCheck::check(text, [](const MarkupProblem& problem) { describe(problem); });
   CMarkup document(docFlags);
   document.SetDoc(text);

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -188,24 +187,6 @@ TEST(Codec, UnescapeResolvesReferencesAndLeavesTheRest) {
     for (int before = 0; before < 18; ++before) {
       const CString front(u'.', before);
       EXPECT_EQ(CMarkup::UnescapeText(front + each.text), front + each.plain);
-    }
-  }
-}
-
-TEST(Codec, EscapedTextReadsBackAsItWas) {
-  std::mt19937 random(7);
-  const std::u16string_view alphabet = u"&<>\"'#x;altgqu10 \xD83D\xDE00ä€\r\n";
-  for (int round = 0; round < 500; ++round) {
-    CString text;
-    for (unsigned length = random() % 70; length != 0; --length) {
-      text += alphabet[random() % alphabet.size()];
-    }
-    for (const int flags : {0, attribute}) {
-      const CString escaped = CMarkup::EscapeText(text, flags);
-      EXPECT_EQ(escaped.FindOneOf(flags != 0 ? u"<>\"'" : u"<>"), -1);
-      EXPECT_EQ(CMarkup::UnescapeText(escaped), text);
-      // What is escaped already is not escaped again.
-      EXPECT_EQ(CMarkup::EscapeText(escaped, flags | references), escaped);
     }
   }
 }

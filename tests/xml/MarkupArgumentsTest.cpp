@@ -11,72 +11,39 @@ namespace {
 
 // --- what compiles, and what must not ------------------------------------------------------------
 
-// clang-format off: it takes the braces of requirements for blocks.
+#define TAKES(operation) \
+  requires(CMarkup & d, Value v) { d.operation; }
 
 // How many of the operations that take a value take one of this type.
 template <class Value>
-constexpr int takingValue() {
-  int count = 0;
-  count += requires(CMarkup & d, Value v) { d.SetData(v); }
-  ? 1 : 0;
-  count += requires(CMarkup & d, Value v) { d.SetChildData(v); }
-  ? 1 : 0;
-  count += requires(CMarkup & d, Value v) { d.SetAttrib(u"n", v); }
-  ? 1 : 0;
-  count += requires(CMarkup & d, Value v) { d.SetChildAttrib(u"n", v); }
-  ? 1 : 0;
-  count += requires(CMarkup & d, Value v) { d.AddElem(u"n", v); }
-  ? 1 : 0;
-  count += requires(CMarkup & d, Value v) { d.InsertElem(u"n", v); }
-  ? 1 : 0;
-  count += requires(CMarkup & d, Value v) { d.AddChildElem(u"n", v); }
-  ? 1 : 0;
-  count += requires(CMarkup & d, Value v) { d.InsertChildElem(u"n", v); }
-  ? 1 : 0;
-  return count;
-}
-
+constexpr int takingValue = TAKES(SetData(v)) + TAKES(SetChildData(v)) + TAKES(SetAttrib(u"n", v)) +
+                            TAKES(SetChildAttrib(u"n", v)) + TAKES(AddElem(u"n", v)) +
+                            TAKES(InsertElem(u"n", v)) + TAKES(AddChildElem(u"n", v)) +
+                            TAKES(InsertChildElem(u"n", v));
 // The same with decimals or flags behind it.
 template <class Value>
-constexpr int takingMore() {
-  int count = 0;
-  count += requires(CMarkup & d, Value v) { d.SetData(v, 2); }
-  ? 1 : 0;
-  count += requires(CMarkup & d, Value v) { d.SetChildData(v, 2); }
-  ? 1 : 0;
-  count += requires(CMarkup & d, Value v) { d.SetAttrib(u"n", v, 2); }
-  ? 1 : 0;
-  count += requires(CMarkup & d, Value v) { d.SetChildAttrib(u"n", v, 2); }
-  ? 1 : 0;
-  count += requires(CMarkup & d, Value v) { d.AddElem(u"n", v, 2); }
-  ? 1 : 0;
-  count += requires(CMarkup & d, Value v) { d.InsertElem(u"n", v, 2); }
-  ? 1 : 0;
-  count += requires(CMarkup & d, Value v) { d.AddChildElem(u"n", v, 2); }
-  ? 1 : 0;
-  count += requires(CMarkup & d, Value v) { d.InsertChildElem(u"n", v, 2); }
-  ? 1 : 0;
-  return count;
-}
-
-// clang-format on
+constexpr int takingMore = TAKES(SetData(v, 2)) + TAKES(SetChildData(v, 2)) +
+                           TAKES(SetAttrib(u"n", v, 2)) + TAKES(SetChildAttrib(u"n", v, 2)) +
+                           TAKES(AddElem(u"n", v, 2)) + TAKES(InsertElem(u"n", v, 2)) +
+                           TAKES(AddChildElem(u"n", v, 2)) + TAKES(InsertChildElem(u"n", v, 2));
+#undef TAKES
 
 enum Plain { plain = 7 };
 enum class Scoped { value };
 
 template <class... Values>
-constexpr bool allTaken = ((takingValue<Values>() == 8) && ...);
+constexpr bool allTaken = ((takingValue<Values> == 8) && ...);
 template <class... Values>
-constexpr bool noneTaken = ((takingValue<Values>() == 0 && takingMore<Values>() == 0) && ...);
+constexpr bool noneTaken = ((takingValue<Values> == 0 && takingMore<Values> == 0) && ...);
 
 static_assert(allTaken<int, unsigned, long, unsigned long, long long, std::uint64_t, short, bool,
                        Plain, float, double, long double>);
 static_assert(allTaken<const char16_t*, std::u16string_view, std::u16string, CString,
                        const wchar_t*, std::wstring, std::wstring_view>);
-static_assert(takingMore<double>() == 8 && takingMore<float>() == 8);
+static_assert(takingMore<double> == 8 && takingMore<float> == 8);
 // Texts take flags, but attributes have none.
-static_assert(takingMore<CString>() == 6 && takingMore<const wchar_t*>() == 6);
-static_assert(takingMore<int>() == 0 && takingMore<bool>() == 0 && takingMore<std::int64_t>() == 0);
+static_assert(takingMore<CString> == 6 && takingMore<const wchar_t*> == 6);
+static_assert(takingMore<int> == 0 && takingMore<bool> == 0 && takingMore<std::int64_t> == 0);
 static_assert(noneTaken<char, signed char, unsigned char, wchar_t, char16_t, char32_t, char8_t,
                         std::nullptr_t, const char*, void*, Scoped>);
 

@@ -1,16 +1,11 @@
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <random>
-#include <string>
 #include <vector>
 
-#include "kpx/report/Error.h"
 #include "kpx/xml/CMarkup.h"
-#include "kpx/xml/MarkupCheck.h"
 #include "kpx/xml/MarkupValidator.h"
-#include "kpx/xml/Operations.h"
-#include "tests/common/FailingAllocations.h"
+#include "tests/common/MarkupOutline.h"
 #include "tests/common/TextPrinter.h"
 
 namespace kpx {
@@ -29,40 +24,6 @@ bool goTo(CMarkup& document, std::u16string_view name) {
   return false;
 }
 
-// What a parse makes of the text has to be what the document has: each element in order with its
-// level, its place and its state.
-std::string outline(CMarkup document) {
-  std::string lines;
-  document.ResetPos();
-  std::vector<int> open;
-  bool down = document.FindElem();
-  while (down || document.GetElemLevel() > 0 || !document.GetTagName().IsEmpty()) {
-    int begin = 0;
-    int end = 0;
-    document.GetOffsets(begin, end);
-    lines += std::to_string(document.GetElemLevel()) + document.GetTagName().utf8() + " " +
-             std::to_string(begin) + "-" + std::to_string(end) +
-             (document.GetElemFlags() & 0x100000 ? " unended\n" : "\n");
-    document.IntoElem();
-    down = document.FindElem();
-    while (!down) {
-      if (!document.OutOfElem() || document.GetTagName().IsEmpty()) return lines;
-      down = document.FindElem();
-    }
-  }
-  return lines;
-}
-
-std::string problem(const CMarkup& document) {
-  std::string wrong = MarkupValidator::check(document);
-  if (!wrong.empty()) return wrong;
-  CMarkup parsed(document.GetDocFlags());
-  parsed.SetDoc(document.GetDoc());
-  const std::string expected = outline(parsed);
-  const std::string found = outline(document);
-  return found == expected ? std::string() : "a parse makes\n" + expected + "not\n" + found;
-}
-
 // --- what changes write --------------------------------------------------------------------------
 
 struct Case {
@@ -78,7 +39,7 @@ void check(const std::vector<Case>& cases) {
     ASSERT_TRUE(*each.at == 0 || goTo(document, each.at));
     EXPECT_TRUE(each.edit(document)) << CString(each.before).utf8();
     EXPECT_EQ(document.GetDoc(), each.after) << CString(each.before).utf8();
-    EXPECT_EQ(problem(document), "") << document.GetDoc().utf8();
+    EXPECT_EQ(outlineProblem(document), "") << document.GetDoc().utf8();
   }
 }
 
@@ -251,7 +212,7 @@ TEST(MarkupEdit, ManyAttributesAreWrittenOnce) {
     }
   }
   EXPECT_EQ(document.GetDoc(), CString(expected + u"/>\r\n"));
-  EXPECT_EQ(problem(document), "");
+  EXPECT_EQ(outlineProblem(document), "");
 }
 
 TEST(MarkupEdit, AttributesOfAnotherDocumentAreNotTakenForKnown) {
@@ -475,112 +436,6 @@ TEST(MarkupEdit, LongestNamesAndDeepestLevelsCanBeUsed) {
   EXPECT_EQ(MarkupValidator::check(document), "");
 }
 
-// The number that was reported, or -1 after several.
-int reported = 0;
-void noteReport(int number) noexcept { reported = reported == 0 ? number : -1; }
-
-// Whatever allocation fails: the operation reports it, answers what is neutral, and changes
-// nothing.
-TEST(MarkupEdit, RunningOutOfMemoryIsReportedAndChangesNothing) {
-  const CString value(u"a value that is too long for the text itself <");
-  const CString name(u"aVeryLongNameOfAnElement");
-  const auto text = [](const CString& answer) { return !answer.IsEmpty(); };
-  const struct {
-    const char* operation;
-    Edit edit;
-  } cases[] = {
-      {"AddElem", [&](CMarkup& d) { return d.AddElem(name, value); }},
-      {"InsertElem", [&](CMarkup& d) { return d.InsertElem(name, value); }},
-      {"AddChildElem", [&](CMarkup& d) { return d.AddChildElem(name, value); }},
-      {"InsertChildElem", [&](CMarkup& d) { return d.InsertChildElem(name, value); }},
-      {"AddSubDoc", [](CMarkup& d) { return d.AddSubDoc(u"<x b='&lt;'><y/><z>t</z></x>"); }},
-      {"InsertSubDoc", [](CMarkup& d) { return d.InsertSubDoc(u"<x b='&lt;'><y/><z/></x>"); }},
-      {"AddChildSubDoc",
-       [](CMarkup& d) {
-         return d.AddChildSubDoc(u"<x><y/><y/><y/><y/><y/><y/><y/><y/><y/><z><y>t</y></z></x>");
-       }},
-      {"InsertChildSubDoc",
-       [](CMarkup& d) { return d.InsertChildSubDoc(u"<x b='&lt;'><y/></x>"); }},
-      {"SetTagName", [&](CMarkup& d) { return d.SetTagName(name); }},
-      {"SetChildTagName", [&](CMarkup& d) { return d.SetChildTagName(name); }},
-      {"SetData", [&](CMarkup& d) { return d.IntoElem() && d.SetData(value); }},
-      {"SetChildData", [&](CMarkup& d) { return d.SetChildData(value); }},
-      {"SetAttrib", [&](CMarkup& d) { return d.SetAttrib(name, value); }},
-      {"SetChildAttrib", [&](CMarkup& d) { return d.SetChildAttrib(name, value); }},
-      {"RemoveAttrib", [&](CMarkup& d) { return d.RemoveAttrib(u"name"); }},
-      {"RemoveChildAttrib", [&](CMarkup& d) { return d.RemoveChildAttrib(u"name"); }},
-      {"AddNode", [&](CMarkup& d) { return d.AddNode(MarkupNode::comment, value); }},
-      {"InsertNode", [&](CMarkup& d) { return d.InsertNode(MarkupNode::comment, value); }},
-      {"RemoveNode",
-       [](CMarkup& d) {
-         return (d.ResetPos(), d.FindNode(MarkupNode::documentType)) && d.RemoveNode();
-       }},
-      {"SavePos", [&](CMarkup& d) { return d.SavePos(value); }},
-      {"GetTagName", [&](CMarkup& d) { return text(d.GetTagName()); }},
-      {"GetChildTagName", [&](CMarkup& d) { return text(d.GetChildTagName()); }},
-      {"GetData", [&](CMarkup& d) { return d.IntoElem() && text(d.GetData()); }},
-      {"GetChildData", [&](CMarkup& d) { return text(d.GetChildData()); }},
-      {"GetAttrib", [&](CMarkup& d) { return text(d.GetAttrib(u"name")); }},
-      {"GetChildAttrib", [&](CMarkup& d) { return text(d.GetChildAttrib(u"name")); }},
-      {"GetNthAttrib",
-       [n = CString(), v = CString()](CMarkup& d) mutable { return d.GetNthAttrib(0, n, v); }},
-      {"GetNthChildAttrib",
-       [n = CString(), v = CString()](CMarkup& d) mutable { return d.GetNthChildAttrib(0, n, v); }},
-      {"GetSubDoc", [&](CMarkup& d) { return text(d.GetSubDoc()); }},
-      {"GetChildSubDoc", [&](CMarkup& d) { return text(d.GetChildSubDoc()); }},
-      {"GetElemContent", [&](CMarkup& d) { return text(d.GetElemContent()); }},
-      {"GetError", [&](CMarkup& d) { return text(d.GetError()); }},
-      {"EscapeText", [&](CMarkup&) { return text(CMarkup::EscapeText(value)); }},
-      {"UnescapeText", [&](CMarkup&) { return text(CMarkup::UnescapeText(value)); }},
-      {"EncodeBase64",
-       [&](CMarkup&) {
-         return text(
-             CMarkup::EncodeBase64(reinterpret_cast<const unsigned char*>("some bytes"), 10));
-       }},
-      {"GetDeclaredEncoding",
-       [&](CMarkup&) {
-         return text(CMarkup::GetDeclaredEncoding(u"<?xml encoding='a-long-name'?>"));
-       }},
-  };
-  const CMarkup original(
-      u"<!DOCTYPE aVeryLongTagName><aVeryLongTagName name='a long value'><anotherLongTagName "
-      u"name='a long value'>some longer data</anotherLongTagName></aVeryLongTagName></lone>");
-  setErrorSink(&noteReport);
-  for (const auto& each : cases) {
-    int failures = 0;
-    for (bool done = false; !done; ++failures) {
-      CMarkup document(original);
-      document.FindElem();
-      document.FindChildElem();
-      const CString before = document.GetDoc();
-      reported = 0;
-      {
-        const FailingAllocations failing(failures);
-        done = each.edit(document);
-      }
-      const std::string expected = done ? "" : std::string("CMarkup::") + each.operation;
-      ASSERT_EQ(operationIn(xmlOperations, reported), expected)
-          << reported << " at allocation " << failures;
-      EXPECT_EQ(MarkupValidator::check(document), "") << each.operation;
-      EXPECT_TRUE(done || document.GetDoc() == before) << each.operation;
-      ASSERT_LT(failures, 100) << each.operation;
-    }
-    EXPECT_GT(failures, 1) << each.operation;
-  }
-
-  CMarkup document(original);
-  const CString before = document.GetDoc();
-  const CString longText(u' ', 1000);
-  reported = 0;
-  {
-    const FailingAllocations failing(0);
-    EXPECT_FALSE(document.SetDoc(longText));
-  }
-  EXPECT_EQ(operationIn(xmlOperations, reported), "CMarkup::SetDoc");
-  EXPECT_EQ(document.GetDoc(), before);
-  setErrorSink(nullptr);
-}
-
 // --- saved positions -----------------------------------------------------------------------------
 
 TEST(MarkupEdit, SavedPositionsMoveWithTheText) {
@@ -624,161 +479,6 @@ TEST(MarkupEdit, EmptyDataForAnEmptyElementKeepsPositionsInIt) {
     EXPECT_TRUE(document.SetData(u""));
     EXPECT_TRUE(document.RestorePos(u"inside"));
     EXPECT_EQ(document.GetDoc(), text);
-  }
-}
-
-// --- random changes ------------------------------------------------------------------------------
-
-class RandomEditor {
- public:
-  RandomEditor(unsigned seed, const char16_t* markup) : random_(seed), document_(markup) {}
-
-  void run(int steps) {
-    for (int step = 0; step < steps; ++step) {
-      const CString before = document_.GetDoc();
-      const bool wasRight = isRight();
-      const int kind = pick(24);
-      const bool done = act(kind);
-      const bool isChange = kind >= 10;
-      ASSERT_TRUE((isChange && done) || document_.GetDoc() == before) << "action " << kind;
-      ASSERT_TRUE(!wasRight || isRight())
-          << "action " << kind << " made of " << before.utf8() << "\n"
-          << document_.GetDoc().utf8();
-      ASSERT_EQ(problem(document_), "") << "action " << kind << " made of " << before.utf8() << "\n"
-                                        << document_.GetDoc().utf8();
-    }
-  }
-
- private:
-  int pick(int count) { return std::uniform_int_distribution<int>(0, count - 1)(random_); }
-  std::u16string_view name() {
-    constexpr std::u16string_view names[] = {u"a", u"b",  u"c",  u"longer-name", u"\u00e4",
-                                             u"a", u"a{", u"1a", u"\u00d7"};
-    return names[pick(9)];
-  }
-  std::u16string_view data() {
-    constexpr std::u16string_view texts[] = {u"",   u"x", u"a < b & \"c\"", u" \r\n", u"]]>",
-                                             u"]]", u">", u"\x01",          u"&e;",   u"&#1;"};
-    return texts[pick(10)];
-  }
-  std::u16string_view nodeText() {
-    constexpr std::u16string_view texts[] = {u"--",
-                                             u"a-",
-                                             u"a b",
-                                             u"1",
-                                             u"xml version='1.0'",
-                                             u"xml version='1.1'",
-                                             u"xml version='1.0' standalone='yes'",
-                                             u"XML",
-                                             u"<!DOCTYPE a>",
-                                             u"<!DOCTYPE a [<!ENTITY e 'x'>]>",
-                                             u"<!DOCTYPE a SYSTEM 'a.dtd'>"};
-    return pick(2) != 0 ? data() : texts[pick(11)];
-  }
-  std::u16string_view savedName() { return pick(2) != 0 ? u"1" : u"2"; }
-
-  bool act(int kind) {
-    constexpr int flags[] = {0, 0, MarkupFlag::withReferences, MarkupFlag::withCData};
-    CMarkup& d = document_;
-    switch (kind) {
-      case 0:
-        return d.FindElem();
-      case 1:
-        return d.FindPrevElem();
-      case 2:
-        return d.FindChildElem();
-      case 3:
-        return d.IntoElem();
-      case 4:
-        return d.OutOfElem();
-      case 5:
-      case 6:
-        return d.FindNode() != 0;
-      case 7:
-        return d.SavePos(savedName());
-      case 8:
-        return d.RestorePos(savedName());
-      case 9:
-        d.ResetPos();
-        return true;
-      case 10:
-        return d.AddElem(name(), data(), flags[pick(4)]);
-      case 11:
-        return d.InsertElem(name(), data());
-      case 12:
-        return d.AddChildElem(name());
-      case 13:
-        return d.InsertChildElem(name(), data());
-      case 14:
-        return d.AddSubDoc(pick(2) != 0 ? u"<a x='1'>\n<b/>t<c><a>u</a></c></a>"
-                                        : u"<a b=1>&e;</a>");
-      case 15:
-        return d.InsertChildSubDoc(u"<b><b/></b>");
-      case 16:
-        return pick(3) == 0 && d.RemoveElem();
-      case 17:
-        return pick(3) == 0 && d.RemoveChildElem();
-      case 18:
-        return d.SetTagName(name());
-      case 19:
-        return d.SetData(nodeText(), flags[pick(4)]);
-      case 20:
-        return d.SetAttrib(name(), data());
-      case 21:
-        return d.SetChildAttrib(name(), data());
-      case 22:
-        return d.RemoveAttrib(name());
-      default:
-        return pick(3) == 0 ? d.RemoveNode()
-                            : (pick(2) != 0 ? d.AddNode(1 << pick(8), nodeText())
-                                            : d.InsertNode(1 << pick(8), nodeText()));
-    }
-  }
-
-  // Whether other programs take the document, but for the number of its roots and for odd
-  // characters in values.
-  bool isRight() const {
-    using Kind = MarkupProblemKind;
-    bool right = true;
-    const auto take = [&](const MarkupProblem& problem) {
-      right = right &&
-              (MarkupCheck::isWarning(problem.kind) || problem.kind == Kind::forbiddenCharacter ||
-               problem.kind == Kind::rootHasSibling || problem.kind == Kind::noRootElement);
-    };
-    CMarkup parsed;
-    parsed.SetProblemSink(take);
-    parsed.SetDoc(document_.GetDoc());
-    MarkupCheck::check(document_.GetDoc(), take);
-    return right;
-  }
-
-  std::mt19937 random_;
-  CMarkup document_;
-};
-
-TEST(MarkupEdit, RandomChangesKeepRecordsAndTextTogether) {
-  constexpr const char16_t* documents[] = {
-      u"",
-      u"<?xml version=\"1.0\"?>\r\n<r>\r\n<a x=\"1\">data</a>\r\n<b/>\r\n</r>\r\n",
-      u"<r>one <a>two</a> three <!--c--> four <b y='1'/><![CDATA[z]]></r>",
-      u"\xFEFF<?xml version='1.0'?>\n<!--c-->\n<!DOCTYPE a [<!ENTITY e 'x'>]>\n<a>&e;</a>\n",
-      u"<?xml\nversion='1.1'?><!DOCTYPE a SYSTEM 'a.dtd'><a>&#1;<b>]]<!--c-->></b>&f;</a>",
-      u"<a/><b/>text<c/>",
-      u"<r><a>text<b></r>",
-      u"<r></b><a></c></a><b></r></a>",
-      u"<r><a x=1 y=http://h/ z><b/></a><longer-name / ></r> <!-- never ended",
-      u"<a><a><b></a><b></a>< junk><c></a></b></c>",
-  };
-  unsigned seed = 1;
-  for (const char16_t* markup : documents) {
-    for (int round = 0; round < 12; ++round) {
-      RandomEditor editor(seed++, markup);
-      editor.run(120);
-      if (HasFatalFailure()) {
-        ADD_FAILURE() << "seed " << seed - 1;
-        return;
-      }
-    }
   }
 }
 
