@@ -137,25 +137,6 @@ TEST(Timer, ReportsInBothOrders) {
   EXPECT_TRUE(reports[1][2].running);
 }
 
-TEST(Timer, SampleReports) {
-  StandingClock clock;
-  const TemporaryFolder folder;
-  CTimerFactory factory;
-  for (int run = 1; run <= 10; ++run) {
-    const CTimerProxy proxy(factory.getTimer(u"a"));
-    clock.pass(run);
-  }
-  EXPECT_EQ(factory.dumpSamples(u"a", folder / "s.txt"), 1);
-  const std::string text = folder.read("s.txt");
-  EXPECT_TRUE(text.starts_with(hyphens + "a at 05.03.2021 08:33:34 \n" + hyphens +
-                               "Sample  1 = 1000 micro secs \nSample  2 = 2 milli secs \n"));
-  EXPECT_TRUE(text.ends_with("Sample 10 = 10 milli secs \n\n"));
-  EXPECT_EQ(factory.dumpSamplesCsv(factory.getTimer(u"a"), folder / "s.csv"), 1);
-  EXPECT_TRUE(folder.read("s.csv").starts_with("1,1.000000\n2,2.000000\n"));
-  EXPECT_EQ(factory.dumpSamples(u"b", folder / "b.txt"), 0);
-  EXPECT_EQ(factory.isTimerPresent(u"b"), 0);
-}
-
 TEST(Timer, MissingTimerIsTold) {
   static CString told;
   CTimerFactory factory;
@@ -165,6 +146,8 @@ TEST(Timer, MissingTimerIsTold) {
   });
   EXPECT_EQ(factory.getTimerChecked(u"x"), nullptr);
   EXPECT_EQ(told, u"Error|Timer not found: x");
+  EXPECT_EQ(factory.dumpSamples(u"x", u"never written"), 0);
+  EXPECT_EQ(factory.isTimerPresent(u"x"), 0);
   CHiFreqTimer* const timer = factory.getTimer(u"x");
   EXPECT_EQ(factory.getTimerChecked(u"x"), timer);
   EXPECT_EQ(factory.getTimerName(timer), u"x");
