@@ -3,8 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <limits>
-#include <thread>
-#include <vector>
 
 #include "kpx/report/Error.h"
 #include "tests/common/FailingAllocations.h"
@@ -72,23 +70,6 @@ TEST(TextStore, BuiltInTextsReplaceOthersAndAreKeptApartFromThem) {
   EXPECT_EQ(GetMLT(12), u"Tabelle wird bearbeitet!\nWarte auf Zugriff.");
   EXPECT_TRUE(GetMLT(542).EndsWith(u"User: %s\n"));
   EXPECT_TRUE(builtInText(4300).empty());
-}
-
-TEST(TextStore, ManyReadersAtOnce) {
-  addBuiltInTexts();
-  AddMLT(70000, u"Rand");
-  std::vector<std::thread> readers;
-  readers.reserve(4);
-  for (int i = 0; i < 4; ++i) {
-    readers.emplace_back([] {
-      for (int round = 0; round < 2000; ++round) {
-        EXPECT_EQ(GetMLT(1581), u"Kreis an 2 Tangenten");
-        EXPECT_EQ(GetMLT(70000), u"Rand");
-        EXPECT_EQ(GetMLT(70001), u"");
-      }
-    });
-  }
-  for (std::thread& reader : readers) reader.join();
 }
 
 }  // namespace
