@@ -11,6 +11,7 @@
 #include <string>
 
 #include "kpx/text/PrintScan.h"
+#include "tests/common/FailingAllocations.h"
 #include "tests/common/TextPrinter.h"
 
 namespace kpx {
@@ -244,6 +245,19 @@ TEST(PrintFamily, TextsThatDoNotFitAreCutAndEnded) {
   EXPECT_EQ(kpxsprintf(narrow, static_cast<const char*>(nullptr)), -1);
   EXPECT_EQ(kpxsprintf(narrow, ""), 0);
   EXPECT_STREQ(narrow, "");
+}
+
+TEST(PrintFamily, WithoutMemoryTheAnswerIsMinusOne) {
+  static char narrow[70000];
+  static char16_t wide[70000];
+  int answers[2] = {};
+  {
+    const FailingAllocations all(0);
+    answers[0] = kpxsprintf(narrow, "%60000d", 1);
+    answers[1] = kpxswprintf(wide, u"%60000d", 1);
+  }
+  EXPECT_EQ(answers[0], -1);
+  EXPECT_EQ(answers[1], -1);
 }
 
 template <class Unit>
