@@ -420,6 +420,8 @@ TEST(MarkupEdit, LongestNamesAndDeepestLevelsCanBeUsed) {
   ASSERT_TRUE(document.AddElem(tooLong));     // without an end tag it fits
   EXPECT_FALSE(document.AddChildElem(u"c"));  // but not when it would get one
   EXPECT_FALSE(document.SetData(u"data"));
+  ASSERT_TRUE(document.AddElem(CString(u'n', ElemPos::maxStartTag - 3)));
+  EXPECT_FALSE(document.AddElem(CString(u'n', ElemPos::maxStartTag - 2)));
   EXPECT_EQ(MarkupValidator::check(document), "");
 
   std::u16string deep;
