@@ -1,13 +1,12 @@
 #include "tools/kpx/ConfigDiff.h"
 
 #include <deque>
-#include <limits>
 #include <map>
+#include <nlohmann/json.hpp>
 #include <utility>
 
 #include "tools/kpx/Exit.h"
 #include "tools/kpx/Output.h"
-#include "tools/kpx/Usage.h"
 
 namespace kpx::tool {
 namespace {
@@ -102,11 +101,10 @@ Selection selectionInB(Selection selection, const DiffOptions& options) {
 
 }  // namespace
 
-void addDiffOptions(CLI::App& command, DiffOptions& options) {
-  command.add_option("B", options.other, "The same; without it, the defaults");
-  takesWholeNumber(*command.add_option("--other-index", options.otherIndex,
-                                       "The number in B, where it is not that in A"),
-                   1, std::numeric_limits<int>::max());
+void addDiffOptions(OptionList& verb, DiffOptions& options) {
+  verb.takes("B", &options.other, "The same; without it, the defaults")
+      .takes("--other-index", &options.otherIndex, "The number in B, where it is not that in A",
+             WholeNumbers{.least = 1});
 }
 
 Exit diffConfigurations(const std::string& file, const Selection& selection,

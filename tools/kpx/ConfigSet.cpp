@@ -1,6 +1,7 @@
 #include "tools/kpx/ConfigSet.h"
 
 #include <algorithm>
+#include <nlohmann/json.hpp>
 #include <vector>
 
 #include "kpx/text/NumberText.h"
@@ -134,6 +135,15 @@ std::string encode(const Configurations& read) {
 }
 
 }  // namespace
+
+void addSetOptions(OptionList& verb, SetOptions& options) {
+  verb.needs("VALUE", &options.value, "Its new value")
+      .takes("--add", &options.add,
+             "Add the setting, or its value, if the class knows it and the file lacks it")
+      .takes("--dry-run", &options.dryRun, "Only tell what would be changed");
+  addWaitOption(verb, options.wait);
+  verb.takes("--backup", &options.backup, "Keep the old file as FILE.bak, .bak2 ...");
+}
 
 Exit setValue(const std::string& file, const std::string& key, const Selection& selection,
               const SetOptions& options, bool json) {

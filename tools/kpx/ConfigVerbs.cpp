@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <map>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <utility>
 #include <vector>
@@ -245,73 +246,42 @@ Exit convertFile(const Arguments& arguments) {
 
 }  // namespace
 
-void addConfigVerbs(CLI::App& app, Action& chosen) {
-  CLI::App* config = app.add_subcommand("config", "Show, change and compare configurations");
+void addConfigVerbs(VerbGroup& program) {
+  VerbGroup config = program.group("config", "Show, change and compare configurations");
   const auto add = [&](const char* name, const char* description, Exit (*verb)(const Arguments&)) {
-    auto added = addVerb(*config, chosen, name, description, verb);
-    added.first->add_flag("--json", added.second->json, "Print JSON");
-    return added;
+    return config.verb(name, description, verb).takes("--json", &Arguments::json, "Print JSON");
   };
   const char* const filesOrClasses = "Files, - for standard input, or names of classes";
   const char* const fileOrClass = "A file, - for standard input, or the name of a class";
 
-  {
-    const auto [command, arguments] =
-        add("defaults", "Print a new object of a class as XML", &defaults);
-    command->add_option("CLASS", arguments->file, "Name of the class")->required();
-  }
-  {
-    const auto [command, arguments] = add("show", "Show all settings with their values", &show);
-    command->add_option("FILE|CLASS", arguments->files, filesOrClasses)->required();
-    addSelection(*command, arguments->selection);
-    command->add_flag("--changed", arguments->onlyChanged,
-                      "Only those whose text differs from the default");
-  }
-  {
-    const auto [command, arguments] = add("get", "Print the value of one setting", &get);
-    command->add_option("FILE|CLASS", arguments->file, fileOrClass)->required();
-    command->add_option("KEY", arguments->key, "Key of the setting")->required();
-    addSelection(*command, arguments->selection);
-  }
-  {
-    const auto [command, arguments] =
-        add("set", "Change one value; every other byte of the file stays as it was", &set);
-    command->add_option("FILE", arguments->file, "A file, or - to read standard input and print")
-        ->required();
-    command->add_option("KEY", arguments->key, "Key of the setting")->required();
-    command->add_option("VALUE", arguments->set.value, "Its new value")->required();
-    addSelection(*command, arguments->selection);
-    command->add_flag("--add", arguments->set.add,
-                      "Add the setting, or its value, if the class knows it and the file lacks it");
-    command->add_flag("--dry-run", arguments->set.dryRun, "Only tell what would be changed");
-    addWaitOption(*command, arguments->set.wait);
-    command->add_flag("--backup", arguments->set.backup,
-                      "Keep the old file as FILE.bak, .bak2 ...");
-  }
-  {
-    const auto [command, arguments] =
-        add("diff", "Compare the values of two files, or of one with the defaults", &diff);
-    command->add_option("A", arguments->file, fileOrClass)->required();
-    addSelection(*command, arguments->selection);
-    addDiffOptions(*command, arguments->diff);
-  }
-  {
-    const auto [command, arguments] =
-        add("validate", "Name everything that is not as the suite writes it", &validate);
-    command->add_option("FILE|CLASS", arguments->files, filesOrClasses)->required();
-    addSelection(*command, arguments->selection);
-    command->add_flag("--all", arguments->all, "Print more than the first 1000");
-  }
-  {
-    auto arguments = std::make_shared<Arguments>();
-    CLI::App* const command =
-        config->add_subcommand("convert", "Convert to JSON, CSV or INI, and JSON back to XML");
-    command->callback(
-        [&chosen, arguments] { chosen = [arguments] { return convertFile(*arguments); }; });
-    command->add_option("FILE|CLASS", arguments->file, fileOrClass)->required();
-    addConvertOptions(*command, arguments->convert);
-    addSelection(*command, arguments->selection);
-  }
+  add("defaults", "Print a new object of a class as XML", &defaults)
+      .needs("CLASS", &Arguments::file, "Name of the class");
+  add("show", "Show all settings with their values", &show)
+      .needs("FILE|CLASS", &Arguments::files, filesOrClasses)
+      .with(&Arguments::selection, &addSelection)
+      .takes("--changed", &Arguments::onlyChanged,
+             "Only those whose text differs from the default");
+  add("get", "Print the value of one setting", &get)
+      .needs("FILE|CLASS", &Arguments::file, fileOrClass)
+      .needs("KEY", &Arguments::key, "Key of the setting")
+      .with(&Arguments::selection, &addSelection);
+  add("set", "Change one value; every other byte of the file stays as it was", &set)
+      .needs("FILE", &Arguments::file, "A file, or - to read standard input and print")
+      .needs("KEY", &Arguments::key, "Key of the setting")
+      .with(&Arguments::selection, &addSelection)
+      .with(&Arguments::set, &addSetOptions);
+  add("diff", "Compare the values of two files, or of one with the defaults", &diff)
+      .needs("A", &Arguments::file, fileOrClass)
+      .with(&Arguments::selection, &addSelection)
+      .with(&Arguments::diff, &addDiffOptions);
+  add("validate", "Name everything that is not as the suite writes it", &validate)
+      .needs("FILE|CLASS", &Arguments::files, filesOrClasses)
+      .with(&Arguments::selection, &addSelection)
+      .takes("--all", &Arguments::all, "Print more than the first 1000");
+  config.verb("convert", "Convert to JSON, CSV or INI, and JSON back to XML", &convertFile)
+      .needs("FILE|CLASS", &Arguments::file, fileOrClass)
+      .with(&Arguments::convert, &addConvertOptions)
+      .with(&Arguments::selection, &addSelection);
 }
 
 }  // namespace kpx::tool

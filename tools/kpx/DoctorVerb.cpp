@@ -1,5 +1,5 @@
 #include <algorithm>
-#include <memory>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
@@ -10,6 +10,10 @@
 namespace kpx::tool {
 namespace {
 
+struct Arguments {
+  bool json = false;
+};
+
 /// What this program was built from and with; the rest comes from the library.
 std::vector<DiagnosisLine> wholeReport() {
   std::vector<DiagnosisLine> lines{
@@ -19,12 +23,12 @@ std::vector<DiagnosisLine> wholeReport() {
   return lines;
 }
 
-Exit doctor(bool json) {
+Exit doctor(const Arguments& arguments) {
   const std::vector<DiagnosisLine> lines = wholeReport();
   const auto problems = std::count_if(lines.begin(), lines.end(), [](const DiagnosisLine& line) {
     return !line.problem.IsEmpty();
   });
-  if (json) {
+  if (arguments.json) {
     Json report = Json::array();
     for (const DiagnosisLine& line : lines) {
       report.push_back({{"topic", shown(line.topic)},
@@ -60,12 +64,11 @@ Exit doctor(bool json) {
 
 }  // namespace
 
-void addDoctorVerb(CLI::App& app, Action& chosen) {
-  auto json = std::make_shared<bool>(false);
-  CLI::App* command = app.add_subcommand(
-      "doctor", "Folders, switches, language and logs in one report for a support request");
-  command->add_flag("--json", *json, "Print JSON");
-  command->callback([&chosen, json] { chosen = [json] { return doctor(*json); }; });
+void addDoctorVerb(VerbGroup& program) {
+  program
+      .verb("doctor", "Folders, switches, language and logs in one report for a support request",
+            &doctor)
+      .takes("--json", &Arguments::json, "Print JSON");
 }
 
 }  // namespace kpx::tool

@@ -1,5 +1,5 @@
 #include <algorithm>
-#include <memory>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
@@ -169,44 +169,35 @@ Exit check(const Arguments& arguments) {
 
 }  // namespace
 
-void addIniVerbs(CLI::App& app, Action& chosen) {
-  CLI::App* ini = app.add_subcommand("ini", "Read, change and check INI files");
+void addIniVerbs(VerbGroup& program) {
+  VerbGroup ini = program.group("ini", "Read, change and check INI files");
+  const char* const file = "INI file, or - for standard input";
+  const char* const files = "INI files, or - for standard input";
+  const char* const section = "Section; \"\" for the keys above the first section";
 
-  const auto add = [&](const char* name, const char* description, Exit (*verb)(const Arguments&)) {
-    return addVerb(*ini, chosen, name, description, verb);
-  };
-  const auto addKey = [&](const char* name, const char* description,
-                          Exit (*verb)(const Arguments&)) {
-    auto added = add(name, description, verb);
-    const auto& [command, arguments] = added;
-    command->add_option("FILE", arguments->file, "INI file, or - for standard input")->required();
-    command
-        ->add_option("SECTION", arguments->section,
-                     "Section; \"\" for the keys above the first section")
-        ->required();
-    command->add_option("KEY", arguments->key, "Key")->required();
-    if (verb != &get) addWaitOption(*command, arguments->wait);
-    return added;
-  };
-  const auto getter = addKey("get", "Print the value of a key", &get);
-  getter.first->add_flag("--json", getter.second->json, "Print JSON");
-  const auto setter =
-      addKey("set", "Set the value of a key, which is added where it is missing", &set);
-  setter.first
-      ->add_option("VALUE", setter.second->value,
-                   "The new value; -- in front of one that begins with -")
-      ->required();
-  addKey("del", "Remove a key and the comment above it", &remove);
-
-  const auto lister = add("list", "Print all sections, keys and values", &list);
-  lister.first->add_option("FILE", lister.second->file, "INI file, or - for standard input")
-      ->required();
-  lister.first->add_flag("--json", lister.second->json, "Print JSON");
-  const auto checker = add("check", "Print what readers trip over, with line and column", &check);
-  checker.first->add_option("FILE", checker.second->files, "INI files, or - for standard input")
-      ->required();
-  checker.first->add_flag("--json", checker.second->json, "Print JSON");
-  checker.first->add_flag("--all", checker.second->all, "Print more than the first 1000");
+  ini.verb("get", "Print the value of a key", &get)
+      .needs("FILE", &Arguments::file, file)
+      .needs("SECTION", &Arguments::section, section)
+      .needs("KEY", &Arguments::key, "Key")
+      .takes("--json", &Arguments::json, "Print JSON");
+  ini.verb("set", "Set the value of a key, which is added where it is missing", &set)
+      .needs("FILE", &Arguments::file, file)
+      .needs("SECTION", &Arguments::section, section)
+      .needs("KEY", &Arguments::key, "Key")
+      .needs("VALUE", &Arguments::value, "The new value; -- in front of one that begins with -")
+      .with(&Arguments::wait, &addWaitOption);
+  ini.verb("del", "Remove a key and the comment above it", &remove)
+      .needs("FILE", &Arguments::file, file)
+      .needs("SECTION", &Arguments::section, section)
+      .needs("KEY", &Arguments::key, "Key")
+      .with(&Arguments::wait, &addWaitOption);
+  ini.verb("list", "Print all sections, keys and values", &list)
+      .needs("FILE", &Arguments::file, file)
+      .takes("--json", &Arguments::json, "Print JSON");
+  ini.verb("check", "Print what readers trip over, with line and column", &check)
+      .needs("FILE", &Arguments::files, files)
+      .takes("--json", &Arguments::json, "Print JSON")
+      .takes("--all", &Arguments::all, "Print more than the first 1000");
 }
 
 }  // namespace kpx::tool

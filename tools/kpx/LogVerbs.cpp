@@ -2,9 +2,9 @@
 #include <charconv>
 #include <chrono>
 #include <cstdint>
-#include <limits>
 #include <map>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <thread>
 #include <utility>
@@ -17,7 +17,6 @@
 #include "tools/kpx/ErrorNames.h"
 #include "tools/kpx/Input.h"
 #include "tools/kpx/Output.h"
-#include "tools/kpx/Usage.h"
 #include "tools/kpx/Verbs.h"
 
 namespace kpx::tool {
@@ -293,41 +292,28 @@ Exit follow(const Options& options) {
   return Exit::success;
 }
 
-CLI::App* addLogVerb(CLI::App* log, const std::shared_ptr<Options>& options, const char* name,
-                     const char* about) {
-  CLI::App* const command = log->add_subcommand(name, about);
-  command->add_option("FILE", options->files, "Error logs")->required();
-  takesWholeNumber(
-      *command->add_option("--number", options->numbers, "Only this error number; may be repeated"),
-      std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max());
-  command->add_option("--user", options->user, "Only this user (* and ? as wildcards)");
-  command->add_option("--project", options->project, "Only this project (* and ? as wildcards)");
-  command->add_option("--from", options->from, "Not before: DD.MM.YYYY[-hh:mm:ss] or YYYY-MM-DD");
-  command->add_option("--to", options->to, "Not after; a day counts whole");
-  return command;
-}
-
 }  // namespace
 
-void addLogVerbs(CLI::App& app, Action& chosen) {
-  CLI::App* log = app.add_subcommand("log", "The error logs of the suite");
-  auto options = std::make_shared<Options>();
-
-  CLI::App* command =
-      addLogVerb(log, options, "show", "Print the lines that match, with the operations' names");
-  command->add_flag("--json", options->json, "Print JSON");
-  command->callback([&chosen, options] { chosen = [options] { return show(*options); }; });
-
-  command = addLogVerb(log, options, "stats", "Count errors, users and projects");
-  command->add_flag("--json", options->json, "Print JSON");
-  command->callback([&chosen, options] { chosen = [options] { return stats(*options); }; });
-
-  command = addLogVerb(log, options, "follow", "Print new lines as they are written");
-  takesWholeNumber(
-      *command->add_option("--seconds", options->seconds, "End after this time; 0: never"), 0,
-      std::numeric_limits<std::int32_t>::max());
-  command->add_flag("--json", options->json, "Print JSON, an object a line");
-  command->callback([&chosen, options] { chosen = [options] { return follow(*options); }; });
+void addLogVerbs(VerbGroup& program) {
+  VerbGroup log = program.group("log", "The error logs of the suite");
+  const auto add = [&](const char* name, const char* description, Exit (*verb)(const Options&)) {
+    return log.verb(name, description, verb)
+        .needs("FILE", &Options::files, "Error logs")
+        .takes("--number", &Options::numbers, "Only this error number; may be repeated",
+               WholeNumbers())
+        .takes("--user", &Options::user, "Only this user (* and ? as wildcards)")
+        .takes("--project", &Options::project, "Only this project (* and ? as wildcards)")
+        .takes("--from", &Options::from, "Not before: DD.MM.YYYY[-hh:mm:ss] or YYYY-MM-DD")
+        .takes("--to", &Options::to, "Not after; a day counts whole");
+  };
+  add("show", "Print the lines that match, with the operations' names", &show)
+      .takes("--json", &Options::json, "Print JSON");
+  add("stats", "Count errors, users and projects", &stats)
+      .takes("--json", &Options::json, "Print JSON");
+  add("follow", "Print new lines as they are written", &follow)
+      .takes("--seconds", &Options::seconds, "End after this time; 0: never",
+             WholeNumbers{.least = 0})
+      .takes("--json", &Options::json, "Print JSON, an object a line");
 }
 
 }  // namespace kpx::tool

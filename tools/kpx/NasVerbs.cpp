@@ -1,6 +1,7 @@
 #include <charconv>
 #include <cstdint>
-#include <memory>
+#include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -11,6 +12,11 @@
 
 namespace kpx::tool {
 namespace {
+
+struct Arguments {
+  std::optional<std::string> wanted;  // all without it
+  bool json = false;
+};
 
 // --- codes ----------------------------------------------------------------------------------
 
@@ -82,22 +88,17 @@ Exit showCode(const std::string& wanted, bool json) {
   return Exit::success;
 }
 
+Exit codes(const Arguments& arguments) {
+  return arguments.wanted ? showCode(*arguments.wanted, arguments.json) : listCodes(arguments.json);
+}
+
 }  // namespace
 
-void addNasVerbs(CLI::App& app, Action& chosen) {
-  CLI::App* nas = app.add_subcommand("nas", "The cadastral exchange format NAS");
-  auto json = std::make_shared<bool>(false);
-  auto wanted = std::make_shared<std::string>();
-
-  CLI::App* command =
-      nas->add_subcommand("codes", "List the object kinds, or look one up by name or number");
-  CLI::Option* one =
-      command->add_option("NAME|NUMBER", *wanted, "Feature class or object-kind number");
-  command->add_flag("--json", *json, "Print JSON");
-  command->callback([&chosen, json, wanted, one] {
-    const bool all = one->count() == 0;
-    chosen = [json, wanted, all] { return all ? listCodes(*json) : showCode(*wanted, *json); };
-  });
+void addNasVerbs(VerbGroup& program) {
+  program.group("nas", "The cadastral exchange format NAS")
+      .verb("codes", "List the object kinds, or look one up by name or number", &codes)
+      .takes("NAME|NUMBER", &Arguments::wanted, "Feature class or object-kind number")
+      .takes("--json", &Arguments::json, "Print JSON");
 }
 
 }  // namespace kpx::tool

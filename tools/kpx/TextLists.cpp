@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 #include <new>
+#include <nlohmann/json.hpp>
 #include <utility>
 
 #include "kpx/support/TextTable.h"

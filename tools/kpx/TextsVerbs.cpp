@@ -1,6 +1,5 @@
 #include <algorithm>
-#include <limits>
-#include <memory>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
@@ -13,7 +12,6 @@
 #include "tools/kpx/Input.h"
 #include "tools/kpx/Output.h"
 #include "tools/kpx/TextLists.h"
-#include "tools/kpx/Usage.h"
 #include "tools/kpx/Verbs.h"
 
 namespace kpx::tool {
@@ -32,6 +30,11 @@ struct Arguments {
   bool json = false;
   bool all = false;
 };
+
+void addRoom(OptionList& verb, TextRoom& room) {
+  verb.takes("--room", &room.percent, "Longest line in percent of the German text's",
+             WholeNumbers{.least = 1, .most = 10'000});
+}
 
 std::string lineOf(std::int32_t id, const CString& text) {
   return std::to_string(id) + "\t" + shown(escapedText(text)) + "\n";
@@ -228,78 +231,49 @@ Exit diff(const Arguments& arguments) {
 
 }  // namespace
 
-void addTextsVerbs(CLI::App& app, Action& chosen) {
-  CLI::App* texts = app.add_subcommand("texts", "Show, build and check the texts and languages");
-  texts->footer(
+void addTextsVerbs(VerbGroup& program) {
+  VerbGroup texts = program.group("texts", "Show, build and check the texts and languages");
+  const std::string aboutLists =
       "A list of texts is a language file (.LNG), a tab-separated list (id, tab, text; \\n is a\n"
       "line break, \\t a tab, \\\\ a backslash, \\uXXXX a UTF-16 unit), or JSON as dump --json\n"
-      "prints it; \"\" is the built-in German list.");
+      "prints it; \"\" is the built-in German list.";
+  texts.footer(aboutLists);
+  const char* const german = "List of German texts in place of the built-in ones";
 
-  const auto add = [&](const char* name, const char* description, Exit (*verb)(const Arguments&)) {
-    return addVerb(*texts, chosen, name, description, verb);
-  };
-  const auto addJson = [](const auto& added) {
-    added.first->add_flag("--json", added.second->json, "Print JSON");
-  };
-  const auto addGerman = [](const auto& added) {
-    added.first->add_option("--german", added.second->german,
-                            "List of German texts in place of the built-in ones");
-  };
-
-  const auto getter = add("get", "Print a text as the suite shows it to this user", &get);
-  takesWholeNumber(
-      *getter.first->add_option("ID", getter.second->id, "Number of the text")->required(),
-      std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max());
-  CLI::Option* over = getter.first->add_option(
-      "FILE", getter.second->files, "Lists to lay over the built-in texts, in place of a language");
-  getter.first
-      ->add_option("--language", getter.second->language,
-                   "Language in place of the user's: ENG, ENG.LNG, \"English [ENG.LNG]\"; DEU is "
-                   "German")
-      ->excludes(over);
-  addJson(getter);
-
-  const auto builder = add("build", "Make a language file of a list", &build);
-  builder.first->add_option("LIST", builder.second->file, "List, or - for standard input")
-      ->required();
-  builder.first
-      ->add_option("LNG", builder.second->output, "Language file, or - for standard output")
-      ->required();
-  builder.first->add_option("--title", builder.second->title, "Title in place of the list's");
-
-  const auto dumper = add("dump", "Print a list tab-separated, without loss", &dump);
-  dumper.first->add_option("FILE", dumper.second->file,
-                           "List, or - for standard input; without it, the built-in texts");
-  addJson(dumper);
-
-  const auto checker =
-      add("check", "Compare the texts that lists hold with the German ones", &check);
-  checker.first->add_option("FILE", checker.second->files,
-                            "Lists, or - for standard input; without any, the German texts alone");
-  addGerman(checker);
-  takesWholeNumber(*checker.first
-                        ->add_option("--room", checker.second->room.percent,
-                                     "Longest line in percent of the German text's")
-                        ->capture_default_str(),
-                   1, 10000);
-  addJson(checker);
-  checker.first->add_flag("--all", checker.second->all, "Print more than the first 1000");
-  checker.first->footer(
-      texts->get_footer() +
-      "\n\nTexts that a list lacks are not named, since the suite shows English or German ones in\n"
-      "their place; kpx texts coverage counts them.");
-
-  const auto coverer = add("coverage", "Print how many of the German texts lists hold", &coverage);
-  coverer.first->add_option("FILE", coverer.second->files, "Lists, or - for standard input")
-      ->required();
-  addGerman(coverer);
-  addJson(coverer);
-
-  const auto differ =
-      add("diff", "Print what two lists say differently; exit code 1 if they do", &diff);
-  differ.first->add_option("A", differ.second->file, "List")->required();
-  differ.first->add_option("B", differ.second->other, "List")->required();
-  addJson(differ);
+  texts.verb("get", "Print a text as the suite shows it to this user", &get)
+      .needs("ID", &Arguments::id, "Number of the text", WholeNumbers())
+      .takes("FILE", &Arguments::files,
+             "Lists to lay over the built-in texts, in place of a language")
+      .takes("--language", &Arguments::language,
+             "Language in place of the user's: ENG, ENG.LNG, \"English [ENG.LNG]\"; DEU is German")
+      .excludes("--language", {"FILE"})
+      .takes("--json", &Arguments::json, "Print JSON");
+  texts.verb("build", "Make a language file of a list", &build)
+      .needs("LIST", &Arguments::file, "List, or - for standard input")
+      .needs("LNG", &Arguments::output, "Language file, or - for standard output")
+      .takes("--title", &Arguments::title, "Title in place of the list's");
+  texts.verb("dump", "Print a list tab-separated, without loss", &dump)
+      .takes("FILE", &Arguments::file,
+             "List, or - for standard input; without it, the built-in texts")
+      .takes("--json", &Arguments::json, "Print JSON");
+  texts.verb("check", "Compare the texts that lists hold with the German ones", &check)
+      .takes("FILE", &Arguments::files,
+             "Lists, or - for standard input; without any, the German texts alone")
+      .takes("--german", &Arguments::german, german)
+      .with(&Arguments::room, &addRoom)
+      .takes("--json", &Arguments::json, "Print JSON")
+      .takes("--all", &Arguments::all, "Print more than the first 1000")
+      .footer(aboutLists +
+              "\n\nTexts that a list lacks are not named, since the suite shows English or German "
+              "ones in\ntheir place; kpx texts coverage counts them.");
+  texts.verb("coverage", "Print how many of the German texts lists hold", &coverage)
+      .needs("FILE", &Arguments::files, "Lists, or - for standard input")
+      .takes("--german", &Arguments::german, german)
+      .takes("--json", &Arguments::json, "Print JSON");
+  texts.verb("diff", "Print what two lists say differently; exit code 1 if they do", &diff)
+      .needs("A", &Arguments::file, "List")
+      .needs("B", &Arguments::other, "List")
+      .takes("--json", &Arguments::json, "Print JSON");
 }
 
 }  // namespace kpx::tool

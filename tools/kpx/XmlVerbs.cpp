@@ -1,6 +1,6 @@
 #include <algorithm>
 #include <chrono>
-#include <memory>
+#include <nlohmann/json.hpp>
 #include <vector>
 
 #include "kpx/xml/CMarkup.h"
@@ -227,28 +227,23 @@ Exit format(const Arguments& arguments) {
 
 }  // namespace
 
-void addXmlVerbs(CLI::App& app, Action& chosen) {
-  CLI::App* xml = app.add_subcommand("xml", "Check, measure and format XML files");
-
+void addXmlVerbs(VerbGroup& program) {
+  VerbGroup xml = program.group("xml", "Check, measure and format XML files");
   const auto add = [&](const char* name, const char* description, Exit (*verb)(const Arguments&)) {
-    auto added = addVerb(*xml, chosen, name, description, verb);
-    added.first->add_option("FILE", added.second->files, "XML files, or - for standard input")
-        ->required();
-    added.first->add_flag("--json", added.second->json, "Print JSON");
-    return added;
+    return xml.verb(name, description, verb)
+        .needs("FILE", &Arguments::files, "XML files, or - for standard input")
+        .takes("--json", &Arguments::json, "Print JSON");
   };
-  const auto checker =
-      add("check", "Print what other programs would refuse, with line and column", &check);
-  checker.first->add_flag("--all", checker.second->all, "Print more than the first 1000");
+  add("check", "Print what other programs would refuse, with line and column", &check)
+      .takes("--all", &Arguments::all, "Print more than the first 1000");
   add("stats", "Print size, elements, depth, well-formedness and parsing speed", &stats);
-  const auto [command, arguments] =
-      add("format", "Print the document with one element a line, indented, in its own encoding",
-          &format);
-  CLI::Option* const checks = command->add_flag(
-      "--check", arguments->check, "Only name the files that are not so; exit code 1 if any is");
-  command->add_flag("--write", arguments->write, "Write the file again in place of printing it")
-      ->excludes(checks);
-  addWaitOption(*command, arguments->wait);
+  add("format", "Print the document with one element a line, indented, in its own encoding",
+      &format)
+      .takes("--check", &Arguments::check,
+             "Only name the files that are not so; exit code 1 if any is")
+      .takes("--write", &Arguments::write, "Write the file again in place of printing it")
+      .excludes("--write", {"--check"})
+      .with(&Arguments::wait, &addWaitOption);
 }
 
 }  // namespace kpx::tool
