@@ -1,11 +1,11 @@
 #include <algorithm>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <variant>
 
 #include "kpx/config/CFGTable.h"
 #include "kpx/settings/Catalogue.h"
+#include "tools/kpx/Answers.h"
 #include "tools/kpx/Classes.h"
 #include "tools/kpx/Output.h"
 #include "tools/kpx/Verbs.h"
@@ -64,7 +64,9 @@ Exit list(const Arguments& arguments) {
     }
   }
   if (arguments.json) {
-    printJson(report);
+    Json answer = newAnswer();
+    answer["classes"] = std::move(report);
+    printJson(answer);
   } else {
     CString heading;
     heading.Format(u"%-34s %-14s %-14s %5s  %s\n", u"class", u"family", u"shape", u"keys",
@@ -156,11 +158,13 @@ Exit show(const Arguments& arguments) {
     }
   }
   if (arguments.json) {
-    printJson(Json{{"class", shown(entry.name)},
+    Json answer = newAnswer();
+    answer.update({{"class", shown(entry.name)},
                    {"family", shown(entry.family)},
                    {"shape", shapeName(entry.shape)},
                    {"element", shown(object->GetElementName())},
                    {"accessors", std::move(settings)}});
+    printJson(answer);
   } else {
     print(shown(text));
   }
@@ -261,7 +265,9 @@ Json exportClass(const SettingsClass& entry) {
 Exit exportAll(const Arguments&) {
   Json report = Json::array();
   for (const SettingsClass* entry : settingsClasses()) report.push_back(exportClass(*entry));
-  printJson(report);
+  Json answer = newAnswer();
+  answer["classes"] = std::move(report);
+  printJson(answer);
   return Exit::success;
 }
 
@@ -278,8 +284,7 @@ void addClassesVerbs(VerbGroup& program) {
   classes.verb("show", "Show the settings of a class with their accessors", &show)
       .needs("CLASS", &Arguments::name, "Name of the class")
       .takes("--json", &Arguments::json, "Print JSON");
-  classes
-      .verb("export", "Print what a new object of every class holds, as one JSON array", &exportAll)
+  classes.verb("export", "Print what a new object of every class holds, as JSON", &exportAll)
       .takes("--json", &Arguments::json, "Print JSON (it always does)");
 }
 

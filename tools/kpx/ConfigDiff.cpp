@@ -2,9 +2,9 @@
 
 #include <deque>
 #include <map>
-#include <nlohmann/json.hpp>
 #include <utility>
 
+#include "tools/kpx/Answers.h"
 #include "tools/kpx/Exit.h"
 #include "tools/kpx/Output.h"
 
@@ -37,7 +37,9 @@ class DifferenceReport {
 
   Exit finish(bool json) const {
     if (json) {
-      printJson(Json{{"a", a_}, {"b", b_}, {"differences", list_}});
+      Json answer = newAnswer();
+      answer.update({{"a", a_}, {"b", b_}, {"differences", list_}});
+      printJson(answer);
     } else {
       print(lines_);
     }

@@ -1,10 +1,10 @@
 #include "tools/kpx/ConfigSet.h"
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
 #include <vector>
 
 #include "kpx/text/NumberText.h"
+#include "tools/kpx/Answers.h"
 #include "tools/kpx/ConfigAbsent.h"
 #include "tools/kpx/FileChange.h"
 #include "tools/kpx/Output.h"
@@ -192,12 +192,13 @@ Exit setValue(const std::string& file, const std::string& key, const Selection& 
     change.write(bytes);
     complain(sentence);
   } else if (json) {
-    printJson(Json{{"file", input.name},
-                   {"index", result.number},
+    Json answer = answerAbout(input.name);
+    answer.update({{"index", result.number},
                    {"key", key},
                    {"old", added ? Json(nullptr) : Json(shown(result.oldValue))},
                    {"new", shown(result.newValue)},
                    {"written", write}});
+    printJson(answer);
   } else {
     print(sentence + "\n");
   }

@@ -1,12 +1,12 @@
 #include <algorithm>
 #include <map>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "kpx/settings/ConfigFile.h"
+#include "tools/kpx/Answers.h"
 #include "tools/kpx/ConfigAbsent.h"
 #include "tools/kpx/ConfigConvert.h"
 #include "tools/kpx/ConfigDiff.h"
@@ -41,7 +41,9 @@ Exit defaults(const Arguments& arguments) {
   }
   const CString text = defaultsAsXml(*known);
   if (arguments.json) {
-    printJson(Json{{"class", shown(known->name)}, {"xml", shown(text)}});
+    Json answer = newAnswer();
+    answer.update({{"class", shown(known->name)}, {"xml", shown(text)}});
+    printJson(answer);
   } else {
     print(text.utf8());
   }
@@ -86,10 +88,11 @@ void showConfiguration(const DocumentConfiguration& configuration, const Argumen
   }
 }
 
-void showFile(const std::string& file, const Arguments& arguments, CString& text, Json& report) {
+void showFile(const std::string& file, const Arguments& arguments, CString& text, Json& answer) {
   const Configurations configurations = readConfigurations(file, arguments.selection);
   const bool isOneOfSeveral = arguments.files.size() > 1;
   PlaceCounter places(configurations.document.GetDoc());
+  Json list = Json::array();
   for (const DocumentConfiguration& configuration : configurations.list) {
     const int line = places.at(configuration.offset).first;
     CString heading(text.IsEmpty() ? u"" : u"\n");
@@ -100,28 +103,27 @@ void showFile(const std::string& file, const Arguments& arguments, CString& text
     }
     Json settings = Json::array();
     showConfiguration(configuration, arguments, heading + u'\n', text, settings);
-    Json entry;
-    if (isOneOfSeveral) entry["file"] = configurations.source;
-    entry.update({{"class", nameOf(configuration)},
-                  {"index", configuration.number},
-                  {"line", line},
-                  {"name", shown(configuration.name)},
-                  {"element", shown(configuration.elementName)},
-                  {"known", configuration.settingsClass != nullptr},
-                  {"settings", std::move(settings)}});
-    report.push_back(std::move(entry));
+    list.push_back({{"class", nameOf(configuration)},
+                    {"index", configuration.number},
+                    {"line", line},
+                    {"name", shown(configuration.name)},
+                    {"element", shown(configuration.elementName)},
+                    {"known", configuration.settingsClass != nullptr},
+                    {"settings", std::move(settings)}});
   }
+  answer["configurations"] = std::move(list);
 }
 
 Exit show(const Arguments& arguments) {
-  Json report = Json::array();
+  Json answer;
   CString text;
-  const Exit exit = forEachFile(arguments.files, [&](const std::string& file) {
-    showFile(file, arguments, text, report);
-    return Exit::success;
-  });
+  const Exit exit =
+      answerForEach(arguments.files, answer, [&](const std::string& file, Json& each) {
+        showFile(file, arguments, text, each);
+        return Exit::success;
+      });
   if (arguments.json) {
-    printJson(report);
+    printJson(answer);
   } else {
     print(shown(text));
   }
@@ -165,10 +167,12 @@ Exit get(const Arguments& arguments) {
              " more than once; this is the last, which programs read");
   }
   if (arguments.json) {
-    printJson(Json{{"class", nameOf(*owner)},
+    Json answer = answerAbout(arguments.file);
+    answer.update({{"class", nameOf(*owner)},
                    {"index", owner->number},
                    {"key", arguments.key},
                    {"value", shown(found->value)}});
+    printJson(answer);
   } else {
     print(shown(found->value) + "\n");
   }
@@ -183,9 +187,10 @@ Exit diff(const Arguments& arguments) {
 
 // --- validate -------------------------------------------------------------------------------
 
-Exit validateFile(const std::string& file, const Arguments& arguments, Json& report) {
+Exit validateFile(const std::string& file, const Arguments& arguments, Json& answer) {
   Configurations configurations = readConfigurations(file, arguments.selection);
   PlaceCounter places(configurations.document.GetDoc());
+  Json list = Json::array();
   Exit exit = Exit::success;
   auto owner = configurations.list.begin();
   const Problems<ConfigFinding> findings = validateConfigurations(
@@ -203,35 +208,29 @@ Exit validateFile(const std::string& file, const Arguments& arguments, Json& rep
     const std::string subject = labelOf(configurations, *owner) +
                                 (finding.key.IsEmpty() ? "" : "." + shownName(finding.key));
     const std::string sentence = subject + " " + shown(describe(finding));
-    if (!arguments.json) printLine(placeOf(configurations.source, {line, column, sentence}));
-    Json entry;
-    if (arguments.files.size() > 1) entry["file"] = configurations.source;
-    entry.update({{"line", line},
-                  {"column", column},
-                  {"class", shown(finding.className)},
+    const ProblemLine problem{line, column, sentence, false, wordOf(kindName(finding.kind))};
+    if (!arguments.json) printLine(placeOf(configurations.source, problem));
+    Json entry = jsonOf(problem);
+    entry.update({{"class", shown(finding.className)},
                   {"index", owner->number},
                   {"key", shown(finding.key)},
-                  {"value", shown(finding.value)},
-                  {"message", onOneLine(sentence)}});
-    report.push_back(std::move(entry));
+                  {"value", shown(finding.value)}});
+    list.push_back(std::move(entry));
   }
-  if (findings.leftOut() > 0) {
-    const std::string line = leftOutLine(configurations.source, findings.leftOut());
-    if (arguments.json) {
-      complain(line);
-    } else {
-      printLine(line);
-    }
+  answer["findings"] = std::move(list);
+  if (const std::size_t leftOut = findings.leftOut(); leftOut > 0) {
+    answer["left_out"] = leftOut;
+    if (!arguments.json) printLine(leftOutLine(configurations.source, leftOut));
   }
   return exit;
 }
 
 Exit validate(const Arguments& arguments) {
-  Json report = Json::array();
-  const Exit exit = forEachFile(arguments.files, [&](const std::string& file) {
-    return validateFile(file, arguments, report);
-  });
-  if (arguments.json) printJson(report);
+  Json answer;
+  const Exit exit = answerForEach(
+      arguments.files, answer,
+      [&](const std::string& file, Json& each) { return validateFile(file, arguments, each); });
+  if (arguments.json) printJson(answer);
   return exit;
 }
 

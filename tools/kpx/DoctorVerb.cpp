@@ -1,9 +1,9 @@
 #include <algorithm>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
 #include "kpx/context/Diagnosis.h"
+#include "tools/kpx/Answers.h"
 #include "tools/kpx/Output.h"
 #include "tools/kpx/Verbs.h"
 
@@ -37,7 +37,9 @@ Exit doctor(const Arguments& arguments) {
                         {"source", shown(line.source)},
                         {"problem", shown(line.problem)}});
     }
-    printJson(report);
+    Json answer = newAnswer();
+    answer["facts"] = std::move(report);
+    printJson(answer);
   } else {
     std::string text;
     CString topic;

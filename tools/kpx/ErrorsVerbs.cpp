@@ -1,11 +1,11 @@
 #include <algorithm>
 #include <charconv>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
 #include "kpx/report/ErrorTable.h"
 #include "kpx/settings/Catalogue.h"
+#include "tools/kpx/Answers.h"
 #include "tools/kpx/ErrorNames.h"
 #include "tools/kpx/ErrorSentence.h"
 #include "tools/kpx/Output.h"
@@ -81,7 +81,9 @@ Exit show(const Arguments& arguments) {
   if (arguments.json) {
     Json report = Json::array();
     for (const ErrorName& error : errors) report.push_back(jsonOf(error));
-    printJson(report);
+    Json answer = newAnswer();
+    answer["errors"] = std::move(report);
+    printJson(answer);
   } else {
     std::string text;
     for (const ErrorName& error : errors) text += lineOf(error);

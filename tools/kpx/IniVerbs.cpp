@@ -1,10 +1,10 @@
 #include <algorithm>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
 #include "kpx/support/CIniEx.h"
 #include "kpx/support/IniCheck.h"
+#include "tools/kpx/Answers.h"
 #include "tools/kpx/FileChange.h"
 #include "tools/kpx/Output.h"
 #include "tools/kpx/Verbs.h"
@@ -50,7 +50,10 @@ Exit get(const Arguments& arguments) {
     failMissing(ini, input, arguments);
   }
   if (arguments.json) {
-    printJson({{"section", arguments.section}, {"key", arguments.key}, {"value", shown(value)}});
+    Json answer = answerAbout(arguments.file);
+    answer.update(
+        {{"section", arguments.section}, {"key", arguments.key}, {"value", shown(value)}});
+    printJson(answer);
   } else {
     print(shown(value) + "\n");
   }
@@ -113,7 +116,9 @@ Exit list(const Arguments& arguments) {
     report.push_back({{"section", shown(section->name())}, {"keys", std::move(keys)}});
   }
   if (arguments.json) {
-    printJson(report);
+    Json answer = answerAbout(arguments.file);
+    answer["sections"] = std::move(report);
+    printJson(answer);
   } else {
     print(text);
   }
@@ -122,48 +127,40 @@ Exit list(const Arguments& arguments) {
 
 // --- check ----------------------------------------------------------------------------------
 
-Exit checkFile(const std::string& file, const Arguments& arguments, Json& report) {
-  Json entry{{"file", file}};
-  Json problems = Json::array();
-  Exit exit = Exit::success;
-  try {
-    const Input input = readInput(file);
-    const Problems<IniProblem> found =
-        checkIni(input.bytes(), arguments.all ? noProblemLimit : usualProblemLimit);
-    if (!found.empty() && found.first.front().kind == IniProblemKind::tooLarge) {
-      throw Failure(Exit::input, input.name + ": " + shown(describe(found.first.front())));
-    }
-    entry["encoding"] = shown(iniEncodingName(input.bytes()));
-    for (const IniProblem& problem : found) {
-      const ProblemLine line{problem.line, problem.column, shownOnOneLine(describe(problem)),
-                             false};
-      problems.push_back(
-          {{"line", line.line}, {"column", line.column}, {"message", line.sentence}});
-      if (!arguments.json) printLine(placeOf(input.name, line));
-      exit = Exit::no;
-    }
-    if (found.leftOut() > 0) {
-      entry["left_out"] = found.leftOut();
-      if (!arguments.json) printLine(leftOutLine(input.name, found.leftOut()));
-    }
-    if (!arguments.json && exit == Exit::success) printLine(input.name + ": nothing to object to");
-  } catch (const Failure& failure) {
-    complain(failure.what());
-    entry["error"] = failure.what();
-    exit = failure.code();
+Exit checkFile(const std::string& file, const Arguments& arguments, Json& answer) {
+  answer["problems"] = Json::array();
+  const Input input = readInput(file);
+  const Problems<IniProblem> found =
+      checkIni(input.bytes(), arguments.all ? noProblemLimit : usualProblemLimit);
+  if (!found.empty() && found.first.front().kind == IniProblemKind::tooLarge) {
+    throw Failure(Exit::input, input.name + ": " + shown(describe(found.first.front())));
   }
-  entry["problems"] = std::move(problems);
-  report.push_back(std::move(entry));
-  return exit;
+  answer["encoding"] = shown(iniEncodingName(input.bytes()));
+  Json list = Json::array();
+  for (const IniProblem& problem : found) {
+    const ProblemLine line{problem.line, problem.column, shownOnOneLine(describe(problem)), false,
+                           wordOf(kindName(problem.kind))};
+    if (arguments.json) {
+      list.push_back(jsonOf(line));
+    } else {
+      printLine(placeOf(input.name, line));
+    }
+  }
+  answer["problems"] = std::move(list);
+  if (found.leftOut() > 0) {
+    answer["left_out"] = found.leftOut();
+    if (!arguments.json) printLine(leftOutLine(input.name, found.leftOut()));
+  }
+  if (!arguments.json && found.empty()) printLine(input.name + ": nothing to object to");
+  return found.empty() ? Exit::success : Exit::no;
 }
 
 Exit check(const Arguments& arguments) {
-  Json report = Json::array();
-  Exit exit = Exit::success;
-  for (const std::string& file : arguments.files) {
-    exit = std::max(exit, checkFile(file, arguments, report));
-  }
-  if (arguments.json) printJson(report);
+  Json answer;
+  const Exit exit = answerForEach(
+      arguments.files, answer,
+      [&](const std::string& file, Json& each) { return checkFile(file, arguments, each); });
+  if (arguments.json) printJson(answer);
   return exit;
 }
 

@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <map>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <thread>
 #include <utility>
@@ -14,6 +13,7 @@
 #include "kpx/context/TextStart.h"
 #include "kpx/platform/FileSystem.h"
 #include "kpx/text/CKpxCalendar.h"
+#include "tools/kpx/Answers.h"
 #include "tools/kpx/ErrorNames.h"
 #include "tools/kpx/Input.h"
 #include "tools/kpx/Output.h"
@@ -82,8 +82,8 @@ ErrorLogFilter filterOf(const Options& options) {
 
 std::string timeText(const TIME& time) { return shown(timeDoubleText(doubleOfTime(time))); }
 
-Json jsonOf(const std::string& file, const ErrorLogEntry& entry) {
-  Json json{{"file", file}, {"line", entry.line}};
+Json jsonOf(const ErrorLogEntry& entry) {
+  Json json{{"line", entry.line}};
   if (entry.kind == ErrorLogEntry::Kind::broken) {
     json["broken"] = shown(entry.text);
     return json;
@@ -136,18 +136,26 @@ void forEachEntry(const Options& options, Take take) {
 }
 
 Exit show(const Options& options) {
-  Json report = Json::array();
+  const ErrorLogFilter filter = filterOf(options);
+  Json answer;
   bool isAny = false;
-  forEachEntry(options, [&](const std::string& file, const ErrorLogEntry& entry) {
-    isAny = true;
-    if (options.json) {
-      report.push_back(jsonOf(file, entry));
-    } else {
-      print(lineOf(options, file, entry));
-    }
+  const Exit exit = answerForEach(options.files, answer, [&](const std::string& file, Json& each) {
+    const Input input = readInput(file);
+    Json list = Json::array();
+    newReader().readAll(input.bytes(), true, [&](ErrorLogEntry&& entry) {
+      if (!filter.wants(entry)) return;
+      isAny = true;
+      if (options.json) {
+        list.push_back(jsonOf(entry));
+      } else {
+        print(lineOf(options, input.name, entry));
+      }
+    });
+    each["entries"] = std::move(list);
+    return Exit::success;
   });
-  if (options.json) printJson(report);
-  return isAny ? Exit::success : Exit::no;
+  if (options.json) printJson(answer);
+  return exit == Exit::success && !isAny ? Exit::no : exit;
 }
 
 // --- stats ----------------------------------------------------------------------------------
@@ -196,11 +204,15 @@ Exit stats(const Options& options) {
   });
   const auto span = [](double time) { return time == 0.0 ? "" : shown(timeDoubleText(time)); };
   if (options.json) {
-    Json json{{"lines", total},
-              {"texts", texts},
-              {"broken", broken},
-              {"first", span(first)},
-              {"last", span(last)}};
+    Json json = newAnswer();
+    for (const std::string& file : options.files) {
+      json["files"].push_back({{"file", nameOfInput(file)}});
+    }
+    json.update({{"lines", total},
+                 {"texts", texts},
+                 {"broken", broken},
+                 {"first", span(first)},
+                 {"last", span(last)}});
     json["numbers"] = Json::array();
     for (const auto& [number, count] : mostFirst(numbers)) {
       json["numbers"].push_back({{"number", std::stoi(number)},
@@ -282,8 +294,13 @@ Exit follow(const Options& options) {
     for (Watched& log : logs) {
       log.read([&](ErrorLogEntry&& entry) {
         if (!filter.wants(entry)) return;
-        print(options.json ? compactJson(jsonOf(log.name, entry)) + "\n"
-                           : lineOf(options, log.name, entry));
+        if (!options.json) {
+          print(lineOf(options, log.name, entry));
+          return;
+        }
+        Json answer = answerAbout(log.name);
+        answer.update(jsonOf(entry));
+        print(compactJson(answer) + "\n");
       });
     }
     finishOutput();

@@ -1,11 +1,12 @@
 #include <charconv>
 #include <cstdint>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "kpx/domain/NasObjectKinds.h"
+#include "tools/kpx/Answers.h"
 #include "tools/kpx/Nearest.h"
 #include "tools/kpx/Output.h"
 #include "tools/kpx/Verbs.h"
@@ -19,32 +20,6 @@ struct Arguments {
 };
 
 // --- codes ----------------------------------------------------------------------------------
-
-Json jsonOf(const NasObjectKind& kind) {
-  return {{"name", shown(CString(kind.name))}, {"code", kind.code}};
-}
-
-std::string lineOf(const NasObjectKind& kind) {
-  return std::to_string(kind.code) + "  " + shown(CString(kind.name)) + "\n";
-}
-
-Exit listCodes(bool json) {
-  Json report = Json::array();
-  std::string text;
-  for (const NasObjectKind& kind : nasObjectKinds()) {
-    if (json) {
-      report.push_back(jsonOf(kind));
-    } else {
-      text += lineOf(kind);
-    }
-  }
-  if (json) {
-    printJson(report);
-  } else {
-    print(text);
-  }
-  return Exit::success;
-}
 
 bool isNumber(const std::string& text) {
   return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
@@ -78,18 +53,28 @@ NasObjectKind kindOfName(const std::string& argument) {
                                                std::to_string(code) + ")?"));
 }
 
-Exit showCode(const std::string& wanted, bool json) {
-  const NasObjectKind kind = isNumber(wanted) ? kindOfNumber(wanted) : kindOfName(wanted);
-  if (json) {
-    printJson(jsonOf(kind));
-  } else {
-    print(lineOf(kind));
-  }
-  return Exit::success;
+std::vector<NasObjectKind> wantedKinds(const std::optional<std::string>& wanted) {
+  if (wanted) return {isNumber(*wanted) ? kindOfNumber(*wanted) : kindOfName(*wanted)};
+  const auto all = nasObjectKinds();
+  return {all.begin(), all.end()};
 }
 
 Exit codes(const Arguments& arguments) {
-  return arguments.wanted ? showCode(*arguments.wanted, arguments.json) : listCodes(arguments.json);
+  Json list = Json::array();
+  std::string text;
+  for (const NasObjectKind& kind : wantedKinds(arguments.wanted)) {
+    const std::string name = shown(CString(kind.name));
+    list.push_back({{"name", name}, {"code", kind.code}});
+    text += std::to_string(kind.code) + "  " + name + "\n";
+  }
+  if (arguments.json) {
+    Json answer = newAnswer();
+    answer["kinds"] = std::move(list);
+    printJson(answer);
+  } else {
+    print(text);
+  }
+  return Exit::success;
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <charconv>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <utility>
@@ -10,6 +9,7 @@
 #include "kpx/platform/Registry.h"
 #include "kpx/support/RegistrySnapshot.h"
 #include "kpx/support/RegistryText.h"
+#include "tools/kpx/Answers.h"
 #include "tools/kpx/Input.h"
 #include "tools/kpx/Output.h"
 #include "tools/kpx/Verbs.h"
@@ -160,7 +160,12 @@ Exit get(const Arguments& arguments) {
   const RegistryResult result = openKey(arguments.key)->read(nameOf(arguments), value);
   if (!result) fail(result, valueText(arguments), Exit::input);
   if (arguments.json) {
-    printJson(Json{{"type", typeText(value.type)}, {"value", contentText(value)}});
+    Json answer = newAnswer();
+    answer.update({{"key", arguments.key},
+                   {"name", arguments.name.value_or("")},
+                   {"type", typeText(value.type)},
+                   {"value", contentText(value)}});
+    printJson(answer);
   } else {
     print(contentText(value) + "\n");
   }
@@ -231,7 +236,8 @@ Exit list(const Arguments& arguments) {
   RegistryResult result = key->keyNames(keys);
   if (result) result = key->valueNames(names);
   if (!result) fail(result, arguments.key, Exit::input);
-  Json report{{"keys", Json::array()}, {"values", Json::array()}};
+  Json report = newAnswer();
+  report.update({{"key", arguments.key}, {"keys", Json::array()}, {"values", Json::array()}});
   std::string text;
   for (const CString& name : keys) {
     report["keys"].push_back(shown(name));
@@ -302,7 +308,9 @@ Exit exportKey(const Arguments& arguments) {
     if (!arguments.file.empty()) {
       throw Failure(Exit::usage, "--json prints, so no file can be meant");
     }
-    printJson(jsonOf(steps));
+    Json answer = newAnswer();
+    answer.update({{"key", arguments.key}, {"steps", jsonOf(steps)}});
+    printJson(answer);
     return Exit::success;
   }
   const CString text = textOf(steps);
@@ -352,7 +360,11 @@ Exit diff(const Arguments& arguments) {
   const std::vector<RegistryStep> steps =
       snapshotOf(arguments.key).stepsTo(snapshotOf(arguments.other));
   if (arguments.json) {
-    printJson(jsonOf(steps));
+    Json answer = newAnswer();
+    answer.update({{"a", nameOfInput(arguments.key)},
+                   {"b", nameOfInput(arguments.other)},
+                   {"steps", jsonOf(steps)}});
+    printJson(answer);
   } else if (!steps.empty()) {
     print(shown(textOf(steps)));
   }

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
@@ -9,6 +8,7 @@
 #include "kpx/support/TextStore.h"
 #include "kpx/support/TextTable.h"
 #include "kpx/text/TextTools.h"
+#include "tools/kpx/Answers.h"
 #include "tools/kpx/Input.h"
 #include "tools/kpx/Output.h"
 #include "tools/kpx/TextLists.h"
@@ -83,7 +83,9 @@ Exit get(const Arguments& arguments) {
   }
   const CString text = GetMLT(arguments.id);
   if (arguments.json) {
-    printJson({{"id", arguments.id}, {"text", shown(text)}});
+    Json answer = newAnswer();
+    answer.update({{"id", arguments.id}, {"text", shown(text)}});
+    printJson(answer);
   } else if (!text.IsEmpty()) {
     print(shown(text) + "\n");
   }
@@ -114,11 +116,14 @@ Exit build(const Arguments& arguments) {
 Exit dump(const Arguments& arguments) {
   const ReadTexts read = readTexts(arguments.file);
   if (arguments.json) {
-    printJson(jsonOf(read.list));
+    Json answer = newAnswer();
+    answer["file"] = read.name;
+    answer.update(jsonOf(read.list));
+    printJson(answer);
   } else {
     print(textTableBytes(read.list));
   }
-  for (const std::string& problem : read.problems) complain(problem);
+  for (const ProblemLine& problem : read.problems) complain(lineOf(read, problem));
   if (read.problemCount > read.problems.size()) {
     complain(read.name + ": " + std::to_string(read.problemCount - read.problems.size()) +
              " more lines of this kind");
@@ -129,62 +134,52 @@ Exit dump(const Arguments& arguments) {
 // --- check ----------------------------------------------------------------------------------
 
 Exit checkFile(const std::string& file, const TextList* german, const Arguments& arguments,
-               Json& report) {
-  Json entry{{"file", file}};
+               Json& answer) {
+  answer["findings"] = Json::array();
+  const std::size_t limit = arguments.all ? noProblemLimit : usualProblemLimit;
+  const ReadTexts read = readTexts(file, limit);
+  answer["file"] = read.name;
   Json findings = Json::array();
-  Exit exit = Exit::success;
-  try {
-    const std::size_t limit = arguments.all ? noProblemLimit : usualProblemLimit;
-    const ReadTexts read = readTexts(file, limit);
-    entry["file"] = read.name;
-    for (const std::string& problem : read.problems) {
-      if (!arguments.json) printLine(problem);
-      findings.push_back({{"message", problem}});
-      exit = Exit::input;
-    }
-    const Problems<TextFinding> found = german
-                                            ? checkTexts(read.list, *german, arguments.room, limit)
-                                            : checkTexts(read.list, limit);
-    for (const TextFinding& finding : found) {
-      const std::string message = shown(describe(finding.kind));
-      if (!arguments.json) {
-        printLine(read.name + ": entry " + std::to_string(finding.index + 1) + ", text " +
-                  std::to_string(finding.id) + ": " + message);
-      }
-      findings.push_back({{"entry", finding.index + 1},
-                          {"id", finding.id},
-                          {"message", message},
-                          {"text", shown(read.list.entries[finding.index].text)}});
-      exit = std::max(exit, Exit::no);
-    }
-    const std::size_t leftOut = found.leftOut() + read.problemCount - read.problems.size();
-    if (leftOut > 0) {
-      entry["left_out"] = leftOut;
-      if (!arguments.json) printLine(leftOutLine(read.name, leftOut));
-    }
-    if (!arguments.json && exit == Exit::success) printLine(read.name + ": nothing to object to");
-  } catch (const Failure& failure) {
-    complain(failure.what());
-    entry["error"] = failure.what();
-    exit = failure.code();
+  for (const ProblemLine& problem : read.problems) {
+    if (!arguments.json) printLine(lineOf(read, problem));
+    findings.push_back(jsonOf(problem));
   }
-  entry["findings"] = std::move(findings);
-  report.push_back(std::move(entry));
-  return exit;
+  const Problems<TextFinding> found =
+      german ? checkTexts(read.list, *german, arguments.room, limit) : checkTexts(read.list, limit);
+  for (const TextFinding& finding : found) {
+    const std::string message = shown(describe(finding.kind));
+    if (!arguments.json) {
+      printLine(read.name + ": entry " + std::to_string(finding.index + 1) + ", text " +
+                std::to_string(finding.id) + ": " + message);
+    }
+    findings.push_back({{"kind", wordOf(kindName(finding.kind))},
+                        {"entry", finding.index + 1},
+                        {"id", finding.id},
+                        {"message", message},
+                        {"text", shown(read.list.entries[finding.index].text)}});
+  }
+  answer["findings"] = std::move(findings);
+  const std::size_t leftOut = found.leftOut() + read.problemCount - read.problems.size();
+  if (leftOut > 0) {
+    answer["left_out"] = leftOut;
+    if (!arguments.json) printLine(leftOutLine(read.name, leftOut));
+  }
+  if (!read.problems.empty()) return Exit::input;
+  if (!found.empty()) return Exit::no;
+  if (!arguments.json) printLine(read.name + ": nothing to object to");
+  return Exit::success;
 }
 
 Exit check(const Arguments& arguments) {
-  Json report = Json::array();
-  Exit exit = Exit::success;
-  if (arguments.files.empty()) {
-    exit = checkFile(arguments.german, nullptr, arguments, report);
-  } else {
-    const TextList german = requireTexts(arguments.german);
-    for (const std::string& file : arguments.files) {
-      exit = std::max(exit, checkFile(file, &german, arguments, report));
-    }
-  }
-  if (arguments.json) printJson(report);
+  const bool isGermanAlone = arguments.files.empty();
+  const std::vector<std::string> files =
+      isGermanAlone ? std::vector{arguments.german} : arguments.files;
+  const TextList german = isGermanAlone ? TextList() : requireTexts(arguments.german);
+  Json answer;
+  const Exit exit = answerForEach(files, answer, [&](const std::string& file, Json& each) {
+    return checkFile(file, isGermanAlone ? nullptr : &german, arguments, each);
+  });
+  if (arguments.json) printJson(answer);
   return exit;
 }
 
@@ -192,24 +187,26 @@ Exit check(const Arguments& arguments) {
 
 Exit coverage(const Arguments& arguments) {
   const TextList german = requireTexts(arguments.german);
-  Json report = Json::array();
-  for (const std::string& file : arguments.files) {
+  Json answer;
+  const auto cover = [&](const std::string& file, Json& each) {
     const TextCoverage found = coverageOf(requireTexts(file), german);
     CString line;
     line.Format(u"%.1f %%, %zu of %zu texts, %zu of them as in German, %zu missing, %zu unknown",
                 found.percent(), found.translated, found.germanIds, found.sameAsGerman,
                 found.missing.size(), found.unknown.size());
-    if (!arguments.json) printLine(file + ": " + shown(line));
-    report.push_back({{"file", file},
-                      {"percent", found.percent()},
-                      {"german", found.germanIds},
-                      {"translated", found.translated},
-                      {"sameAsGerman", found.sameAsGerman},
-                      {"missing", found.missing},
-                      {"unknown", found.unknown}});
-  }
-  if (arguments.json) printJson(report);
-  return Exit::success;
+    each["file"] = nameOfList(file);
+    if (!arguments.json) printLine(nameOfList(file) + ": " + shown(line));
+    each.update({{"percent", found.percent()},
+                 {"german", found.germanIds},
+                 {"translated", found.translated},
+                 {"sameAsGerman", found.sameAsGerman},
+                 {"missing", found.missing},
+                 {"unknown", found.unknown}});
+    return Exit::success;
+  };
+  const Exit exit = answerForEach(arguments.files, answer, cover);
+  if (arguments.json) printJson(answer);
+  return exit;
 }
 
 Exit diff(const Arguments& arguments) {
@@ -225,7 +222,13 @@ Exit diff(const Arguments& arguments) {
     if (!difference.before.IsEmpty()) print("- " + lineOf(difference.id, difference.before));
     if (!difference.after.IsEmpty()) print("+ " + lineOf(difference.id, difference.after));
   }
-  if (arguments.json) printJson(report);
+  if (arguments.json) {
+    Json answer = newAnswer();
+    answer.update({{"a", nameOfList(arguments.file)},
+                   {"b", nameOfList(arguments.other)},
+                   {"differences", std::move(report)}});
+    printJson(answer);
+  }
   return differences.empty() ? Exit::success : Exit::no;
 }
 

@@ -1,9 +1,9 @@
 #include <algorithm>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
 #include "kpx/support/TimerReport.h"
+#include "tools/kpx/Answers.h"
 #include "tools/kpx/Input.h"
 #include "tools/kpx/Output.h"
 #include "tools/kpx/Verbs.h"
@@ -80,7 +80,9 @@ Exit show(const Arguments& arguments) {
     json.push_back({{"timers", std::move(timers)}});
   }
   if (arguments.json) {
-    printJson(json);
+    Json answer = answerAbout(arguments.file);
+    answer["reports"] = std::move(json);
+    printJson(answer);
   } else {
     print(shown(text));
   }

@@ -1,12 +1,12 @@
 #include <algorithm>
 #include <cstdint>
-#include <nlohmann/json.hpp>
 #include <string>
 
 #include "kpx/platform/ProgressDialog.h"
 #include "kpx/platform/TerminalProgress.h"
 #include "kpx/support/Unzip.h"
 #include "kpx/support/ZipArchive.h"
+#include "tools/kpx/Answers.h"
 #include "tools/kpx/Output.h"
 #include "tools/kpx/Verbs.h"
 
@@ -55,13 +55,15 @@ void requireArchive(const Arguments& arguments, ZipStatus status, const FileResu
 }
 
 Json jsonOf(const Arguments& arguments, ZipStatus status) {
-  Json json{{"archive", arguments.archive}, {"status", shown(CString(zipStatusName(status)))}};
-  json["entries"] = Json::array();
+  Json json = answerAbout(arguments.archive);
+  json.update({{"archive", arguments.archive},  // as the only name that it had once
+               {"status", wordOf(zipStatusName(status))},
+               {"entries", Json::array()}});
   return json;
 }
 
 Json jsonOf(const CString& name, ZipStatus status, const CString& message) {
-  Json json{{"name", shown(name)}, {"status", shown(CString(zipStatusName(status)))}};
+  Json json{{"name", shown(name)}, {"status", wordOf(zipStatusName(status))}};
   if (isRefusal(status)) json["message"] = shown(message);
   return json;
 }
