@@ -28,7 +28,7 @@
 #include "kpx/report/Error.h"
 #include "kpx/report/Exceptions.h"
 #include "kpx/settings/AllSettings.h"
-#include "kpx/settings/ConfigDocument.h"
+#include "kpx/settings/document/ConfigDocument.h"
 #include "kpx/support/files/CKpxBaseObjectsUtil.h"
 #include "kpx/support/files/CUtf16StdioFile.h"
 #include "kpx/support/ini/CIniEx.h"

@@ -86,4 +86,70 @@ CString describe(const MarkupProblem& problem) {
   return sentence;
 }
 
+std::u16string_view kindName(MarkupProblemKind kind) noexcept {
+  switch (kind) {
+    case MarkupProblemKind::firstTagSyntax:
+      return u"first-tag-syntax";
+    case MarkupProblemKind::exclamationTagSyntax:
+      return u"exclamation-tag-syntax";
+    case MarkupProblemKind::doctypeTagSyntax:
+      return u"doctype-tag-syntax";
+    case MarkupProblemKind::commentTagSyntax:
+      return u"comment-tag-syntax";
+    case MarkupProblemKind::cdataSectionSyntax:
+      return u"cdata-section-syntax";
+    case MarkupProblemKind::unterminatedTagSyntax:
+      return u"unterminated-tag-syntax";
+    case MarkupProblemKind::unendedStartTag:
+      return u"unended-start-tag";
+    case MarkupProblemKind::loneEndTag:
+      return u"lone-end-tag";
+    case MarkupProblemKind::rootHasSibling:
+      return u"root-has-sibling";
+    case MarkupProblemKind::noRootElement:
+      return u"no-root-element";
+    case MarkupProblemKind::tooLarge:
+      return u"too-large";
+    case MarkupProblemKind::forbiddenCharacter:
+      return u"forbidden-character";
+    case MarkupProblemKind::nameSyntax:
+      return u"name-syntax";
+    case MarkupProblemKind::attributeWithoutBlank:
+      return u"attribute-without-blank";
+    case MarkupProblemKind::attributeWithoutValue:
+      return u"attribute-without-value";
+    case MarkupProblemKind::valueWithoutQuotes:
+      return u"value-without-quotes";
+    case MarkupProblemKind::unclosedValue:
+      return u"unclosed-value";
+    case MarkupProblemKind::repeatedAttribute:
+      return u"repeated-attribute";
+    case MarkupProblemKind::lessThanInValue:
+      return u"less-than-in-value";
+    case MarkupProblemKind::ampersandWithoutReference:
+      return u"ampersand-without-reference";
+    case MarkupProblemKind::unknownEntity:
+      return u"unknown-entity";
+    case MarkupProblemKind::endTagSyntax:
+      return u"end-tag-syntax";
+    case MarkupProblemKind::textOutsideRoot:
+      return u"text-outside-root";
+    case MarkupProblemKind::sectionEndInText:
+      return u"section-end-in-text";
+    case MarkupProblemKind::hyphensInComment:
+      return u"hyphens-in-comment";
+    case MarkupProblemKind::misplacedDeclaration:
+      return u"misplaced-declaration";
+    case MarkupProblemKind::declarationSyntax:
+      return u"declaration-syntax";
+    case MarkupProblemKind::misplacedDocumentType:
+      return u"misplaced-document-type";
+    case MarkupProblemKind::lineBreakInValue:
+      return u"line-break-in-value";
+    case MarkupProblemKind::uncheckedDocumentType:
+      return u"unchecked-document-type";
+  }
+  return u"";
+}
+
 }  // namespace kpx

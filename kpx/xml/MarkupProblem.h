@@ -59,6 +59,8 @@ struct MarkupProblem {
 
 /// The problem as a sentence for people who know its place: "start tag 'a' has no end tag".
 KPX_API CString describe(const MarkupProblem& problem);
+/// A word for programs that stays the same: "unended-start-tag".
+KPX_API std::u16string_view kindName(MarkupProblemKind kind) noexcept;
 
 /// Receives every problem in the order found; not limited like the result text.
 using MarkupProblemSink = std::function<void(const MarkupProblem&)>;

@@ -70,32 +70,35 @@ class Reader {
 
  private:
   template <class Make>
-  void add(std::pair<int, int> place, bool isWarning, Make sentence) {
+  void add(std::pair<int, int> place, std::u16string_view kind, bool isWarning, Make sentence) {
     read_.warnings += isWarning;
     problems_.add(static_cast<std::size_t>(place.first), static_cast<std::size_t>(place.second),
                   [&] {
-                    return PlacedProblem{place.first, place.second, sentence(), isWarning};
+                    return PlacedProblem{place.first, place.second, sentence(), isWarning, kind};
                   });
   }
   void add(const MarkupProblem& problem) {
-    add({problem.line, problem.column}, MarkupCheck::isWarning(problem.kind),
-        [&] { return describe(problem); });
+    add({problem.line, problem.column}, kindName(problem.kind),
+        MarkupCheck::isWarning(problem.kind), [&] { return describe(problem); });
   }
-  void addAtByte(std::size_t offset, bool isWarning, const CString& sentence) {
-    add(placeOfByte(bytes_, offset), isWarning, [&] { return sentence; });
+  void addAtByte(std::size_t offset, EncodingProblemKind kind, const CString& sentence) {
+    add(placeOfByte(bytes_, offset), kindName(kind), kind == EncodingProblemKind::maybeUtf8,
+        [&] { return sentence; });
   }
 
   /// Tells why the bytes are no text, if they are none.
   bool refuse(const DecodedText& decoded) {
     if (decoded.refusal == DecodingRefusal::tooLarge) {
-      addAtByte(0, false, u"is larger than a document can be");
+      addAtByte(0, EncodingProblemKind::tooLarge, u"is larger than a document can be");
     } else if (decoded.refusal == DecodingRefusal::binary || decoded.nulls > 0) {
-      addAtByte(firstNull(bytes_, decoded), false, u"is a binary file, no text");
+      addAtByte(firstNull(bytes_, decoded), EncodingProblemKind::binary,
+                u"is a binary file, no text");
     } else if (decoded.invalid > 0) {
       CString sentence;
       sentence.Format(u"%zu %S no text in the encoding ", decoded.invalid,
                       decoded.invalid == 1 ? "byte that is" : "bytes that are");
-      addAtByte(decoded.firstInvalid, false, sentence + encodingName(decoded.codePage));
+      addAtByte(decoded.firstInvalid, EncodingProblemKind::notInEncoding,
+                sentence + encodingName(decoded.codePage));
     } else {
       return false;
     }
@@ -107,7 +110,7 @@ class Reader {
     const CString name = encodingName(decoded.codePage);
     const CString& declared = decoded.declared;
     if (decoded.declarationWrong) {
-      addAtByte(0, false,
+      addAtByte(0, EncodingProblemKind::wrongDeclaration,
                 u"the declared encoding '" + declared +
                     u"' is unknown or not that of the bytes; read as " + name);
       return;
@@ -119,11 +122,12 @@ class Reader {
     const bool hasOrder =
         declared.Right(2).CompareNoCase(u"LE") == 0 || declared.Right(2).CompareNoCase(u"BE") == 0;
     if (isWide && !decoded.mark && !hasOrder) {
-      addAtByte(0, false, name + u" without a byte-order mark, which other programs need");
+      addAtByte(0, EncodingProblemKind::missingMark,
+                name + u" without a byte-order mark, which other programs need");
     } else if (declared.IsEmpty() && decoded.codePage == CodePage::windows1252) {
       std::u16string scratch;
       addAtByte(
-          appendUtf8(scratch, bytes_), false,
+          appendUtf8(scratch, bytes_), EncodingProblemKind::undeclared,
           u"no encoding is declared, so this has to be UTF-8, which it is not; read as " + name);
     } else if (!isWide && decoded.codePage != CodePage::utf8) {
       hintAtUtf8(declared);
@@ -134,7 +138,7 @@ class Reader {
     const std::size_t first = firstHighByte(bytes_);
     std::u16string scratch;
     if (first == bytes_.size() || appendUtf8(scratch, bytes_) != std::string_view::npos) return;
-    addAtByte(first, true,
+    addAtByte(first, EncodingProblemKind::maybeUtf8,
               u"declared as " + declared +
                   u", but the bytes read as UTF-8 from here on; is that "
                   u"what they are?");
@@ -146,6 +150,26 @@ class Reader {
 };
 
 }  // namespace
+
+std::u16string_view kindName(EncodingProblemKind kind) noexcept {
+  switch (kind) {
+    case EncodingProblemKind::tooLarge:
+      return u"too-large";
+    case EncodingProblemKind::binary:
+      return u"binary";
+    case EncodingProblemKind::notInEncoding:
+      return u"not-in-encoding";
+    case EncodingProblemKind::wrongDeclaration:
+      return u"wrong-declaration";
+    case EncodingProblemKind::missingMark:
+      return u"missing-mark";
+    case EncodingProblemKind::undeclared:
+      return u"undeclared";
+    case EncodingProblemKind::maybeUtf8:
+      return u"maybe-utf8";
+  }
+  return u"";
+}
 
 StoredMarkup readMarkup(std::string_view bytes, std::size_t limit) {
   return Reader(bytes, limit).run(false);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
 #include <utility>
 
@@ -12,6 +13,20 @@
 
 namespace kpx {
 
+/// What can be wrong with the bytes of a stored document.
+enum class EncodingProblemKind : std::uint8_t {
+  tooLarge,
+  binary,
+  notInEncoding,     // bytes that are no text in the encoding they are read in
+  wrongDeclaration,  // the encoding that is declared is unknown or not that of the bytes
+  missingMark,       // UTF-16 or UTF-32 that only the library recognises
+  undeclared,        // neither UTF-8 nor declared to be anything else
+  maybeUtf8,         // a warning: declared as something else
+};
+
+/// A word for programs that stays the same: "not-in-encoding".
+KPX_API std::u16string_view kindName(EncodingProblemKind kind) noexcept;
+
 /// Something wrong at a place of a stored document, as a sentence for people who know the place.
 /// Line and column count from 1, columns in UTF-16 units; in bytes where the bytes are no text.
 struct PlacedProblem {
@@ -19,6 +34,8 @@ struct PlacedProblem {
   int column = 1;
   CString sentence;
   bool isWarning = false;
+  // A word for programs: the `kindName` of a MarkupProblemKind or an EncodingProblemKind.
+  std::u16string_view kind = {};
 };
 
 /// A document as it was read from the bytes of a file, with everything that is wrong with it: for

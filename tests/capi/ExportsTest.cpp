@@ -13,8 +13,8 @@
 #include <type_traits>
 #include <vector>
 
+#include "kpx/capi/ErrorTable.h"
 #include "kpx/platform/Processes.h"
-#include "kpx/report/ErrorTable.h"
 #include "kpx/settings/Catalogue.h"
 #include "kpx/xml/MarkupValidator.h"
 #include "KpxBaseObjects.h"
@@ -52,7 +52,7 @@ bool isOwnReport(const Call& call, int number) {
     return withoutParameters(entry.operation) == call.name;
   };
   return operation == call.name || operation.ends_with("::GetElementName") ||
-         std::ranges::count(steps, operation) > 0 || std::ranges::none_of(errorTable, isCall);
+         std::ranges::count(steps, operation) > 0 || std::ranges::none_of(errorTable(), isCall);
 }
 
 int lastReport = 0;

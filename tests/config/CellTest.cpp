@@ -21,7 +21,7 @@ void fill(Object& object, int number) {
     Value& value = object.*field.member;
     ++number;
     if constexpr (std::is_same_v<Value, CString>) {
-      value = u"a<b> & \"c\" 'd' ä€\U0001F600\tend " + longAsText(number);
+      value = u"a<b> & \"c\" 'd' ä€\U0001F600\tend " + utlLongAsText(number);
     } else if constexpr (std::is_same_v<Value, double>) {
       value = 20210305083300.0 + number;
     } else {

@@ -1,9 +1,11 @@
 """What holds for every verb: wrong usage, lost output, hostile texts, the commands of the README."""
 
+import json
 import os
 import re
 import shlex
 import subprocess
+import time
 import unittest
 import unittest.mock
 import zipfile
@@ -226,6 +228,123 @@ class HostileTextsTest(VerbsTest):
             code, out, err = kpx(*arguments)
             self.assertEqual(code, 1)
             self.assertLess(len(out + err), 1500)
+
+
+class JsonTest(VerbsTest):
+    """The answers with --json are as docs/json.md says: each field of an answer stands there, and each
+    field that stands there comes in an answer of its verb."""
+
+    def documented(self):
+        """The fields of each verb, and the kinds of problems."""
+        fields, kinds = {}, {}
+        text = (PROJECT / "docs" / "json.md").read_text(encoding="utf-8")
+        for section in re.split(r"^#+ ", text, flags=re.M)[1:]:
+            title, rows = section.split("\n", 1)
+            rows = [row.split("|") for row in rows.splitlines() if row.startswith("| `")]
+            if title == "Problems":
+                kinds = {row[1].strip(" `"): set(re.findall(r"`(.*?)`", row[2])) for row in rows}
+            elif rows:
+                fields[title] = {row[1].strip(" `"): row[2].strip() for row in rows}
+        self.assertEqual(list(fields.pop("Answers in JSON")), ["form"])
+        return fields, kinds
+
+    def commands(self):
+        """By verb, commands that together tell all fields."""
+        general, header = self.file, kpx("config", "defaults", "CFGHeader")[1]
+        body = header.split("\n", 1)[1]
+        odd = self.write("odd.xml", f"<p>{body}{body.replace('CFGClassHeader', 'Strange')}</p>")
+        few = self.write("few.xml", re.sub("<CFGCol Name=.Class.*?</CFGCol>", "", header, flags=re.S)
+                         .replace('Value=""', 'Value="x"'))
+        keys = "".join(f'<CFGCol Name="k{i}"/>' for i in range(1200))
+        many = self.write("many.xml", f"<CFGConfigCFGClassHeader><CFGClass>{keys}</CFGClass>"
+                                      "</CFGConfigCFGClassHeader>")
+        bad = self.write("bad.xml", "<!DOCTYPE a><a>" + "&b;" * 1200)
+        ini = self.write("a.ini", "[A]\nx=1\n" + "nothing\n" * 1200)
+        table = self.write("a.tsv", "541\tx\nx\n" + "9999999\tx\n" * 1200)
+        log = self.write("a.log", "Projekt: A    Job: J    Fehler: 42905     Datum / Zeit: 05.03.2021 / "
+                         "08:03:04    User: B (pc, 1 MB)\r\nProjekt: A    Job:                       Datum"
+                         " / Zeit: 07.03.2021 / 09:00:00    User: B (pc7, 1 MB)  Info: weg\r\nx\r\n")
+        timers = self.write("t.csv", "Timer name,Time (ms),# Calls\na,1.5,3\n")
+        one = self.write("a.reg", "Windows Registry Editor Version 5.00\n\n[HKEY_CURRENT_USER\\KpxShape\\A]\n"
+                                  '"n"="v"\n')
+        kpx("registry", "import", one)
+        zipped = Path(self.folder.name) / "a.zip"
+        with zipfile.ZipFile(zipped, "w") as archive:
+            archive.writestr("a", "x")
+            archive.writestr("../a", "x")
+        missing, key = zipped.with_name("missing"), r"HKCU\KpxShape"
+        return {
+            "config defaults": [("CFGHeader",)], "config show": [(odd, missing)],
+            "config get": [(general, "NIV_LG")], "config set": [(general, "NIV_LG", "7", "--dry-run")],
+            "config diff": [(few, odd), (few,)], "config validate": [(many, missing)],
+            "classes list": [()], "classes show": [("CFGHeader",)], "classes export": [()],
+            "xml check": [(bad, missing)], "xml stats": [(general, missing)],
+            "xml format": [(general,), ("--check", general, missing)],
+            "ini get": [(ini, "A", "x")], "ini list": [(ini,)], "ini check": [(ini, missing)],
+            "texts get": [("614",)], "texts dump": [(table,)], "texts check": [(table, missing)],
+            "texts coverage": [(self.write("b.tsv", "614\tx\n9999999\tx\n"), missing)],
+            "texts diff": [("", self.write("c.tsv", "614\tx\n"))],
+            "registry get": [(key + r"\A", "n")], "registry list": [(key,), (key + r"\A",)],
+            "registry export": [(key,)], "registry diff": [("HKCU\\KpxShape\\No", one)],
+            "log show": [(log, missing)], "log stats": [(log,)],
+            "log follow": [(log, "--seconds", "1")],
+            "timers show": [(timers,)], "errors": [("900001",)], "nas codes": [("11003",)],
+            "unzip": [(zipped, "--list")], "doctor": [()],
+        }
+
+    def paths(self, value, path, documented):
+        """Every field below a value, as the documentation writes it, with the value."""
+        if isinstance(value, list):
+            for each in value:
+                yield from self.paths(each, path + "[]", documented)
+        elif isinstance(value, dict):
+            named = any(field.startswith(f"{path}.*") for field in documented)
+            for key, each in value.items():
+                name = "*" if named else key
+                yield from self.paths(each, f"{path}.{name}" if path else name, documented)
+        else:
+            yield path, value
+
+    def followed(self, command):
+        """What a verb tells while the log grows."""
+        log = Path(command[2])
+        watcher = subprocess.Popen([*KPX, *map(str, command)], stdout=subprocess.PIPE)
+        time.sleep(0.5)
+        with log.open("ab") as more:
+            more.write(log.read_bytes())
+        return watcher.communicate(timeout=60)[0].decode().splitlines()
+
+    TYPES = {"text": str, "number": (int, float), "truth": bool, "null": type(None)}
+
+    def check(self, answer, documented, kinds):
+        """Names the fields of an answer, each of which has to be documented."""
+        self.assertEqual(next(iter(answer.items())), ("form", 1))
+        for path, value in self.paths({**answer, "form": None}, "", documented):
+            if path == "form":
+                continue
+            self.assertIn(path, documented)
+            types = tuple(self.TYPES[each] for each in documented[path].split(" or "))
+            self.assertIsInstance(value, types, path)
+            if path.endswith(".kind") and kinds:
+                self.assertIn(value, kinds)
+            yield path
+
+    def test_every_answer_is_as_documented(self):
+        fields, kinds = self.documented()
+        commands = self.commands()
+        listed = [" ".join(verb) for verb, _ in verbs()
+                  if re.search("^  --json ", kpx(*verb, "--help")[1], re.M)]
+        self.assertEqual(sorted(listed), sorted(fields))
+        self.assertEqual(sorted(listed), sorted(commands))
+        for verb, documented in fields.items():
+            with self.subTest(verb=verb):
+                seen = set()
+                for arguments in commands[verb]:
+                    command = (*verb.split(), *arguments, "--json")
+                    follows = verb == "log follow"
+                    for out in self.followed(command) if follows else [kpx(*command)[1]]:
+                        seen.update(self.check(json.loads(out), documented, kinds.get(verb)))
+                self.assertEqual(sorted(set(documented) - seen), [], "documented, but never told")
 
 
 class ReadmeTest(VerbsTest):

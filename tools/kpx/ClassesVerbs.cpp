@@ -5,12 +5,18 @@
 
 #include "kpx/config/CFGTable.h"
 #include "kpx/settings/Catalogue.h"
+#include "tools/kpx/Answers.h"
 #include "tools/kpx/Classes.h"
 #include "tools/kpx/Output.h"
 #include "tools/kpx/Verbs.h"
 
 namespace kpx::tool {
 namespace {
+
+struct Arguments {
+  std::string name;
+  bool json = false;
+};
 
 // --- list -----------------------------------------------------------------------------------
 
@@ -39,14 +45,14 @@ std::size_t keyCount(const SettingsClass& entry, const CDBObject& object) {
   return 0;
 }
 
-Exit list(bool json) {
+Exit list(const Arguments& arguments) {
   Json report = Json::array();
   CString text;
   for (const SettingsClass* entry : settingsClasses()) {
     const std::unique_ptr<CDBObject> object = entry->make();
     const std::size_t count = keyCount(*entry, *object);
     const CString element = object->GetElementName();
-    if (json) {
+    if (arguments.json) {
       report.push_back({{"class", shown(entry->name)},
                         {"family", shown(entry->family)},
                         {"shape", shapeName(entry->shape)},
@@ -57,8 +63,10 @@ Exit list(bool json) {
                         shapeName(entry->shape), count, element);
     }
   }
-  if (json) {
-    printJson(report);
+  if (arguments.json) {
+    Json answer = newAnswer();
+    answer["classes"] = std::move(report);
+    printJson(answer);
   } else {
     CString heading;
     heading.Format(u"%-34s %-14s %-14s %5s  %s\n", u"class", u"family", u"shape", u"keys",
@@ -128,15 +136,15 @@ std::vector<Shown> settingsOf(const SettingsClass& entry, const CDBObject& objec
   return settings;
 }
 
-Exit show(const std::string& name, bool json) {
-  const SettingsClass& entry = requireClass(name);
+Exit show(const Arguments& arguments) {
+  const SettingsClass& entry = requireClass(arguments.name);
   const std::unique_ptr<CDBObject> object = entry.make();
   Json settings = Json::array();
   CString text;
   text.Format(u"%-28s %-26s %-26s %-8s %-14s %s\n", u"key", u"getter", u"setter", u"kind",
               u"default", u"caption");
   for (const Shown& each : settingsOf(entry, *object)) {
-    if (json) {
+    if (arguments.json) {
       settings.push_back({{"key", shown(each.key)},
                           {"getter", shown(each.getter)},
                           {"setter", shown(each.setter)},
@@ -149,12 +157,14 @@ Exit show(const std::string& name, bool json) {
                         each.kind.c_str(), each.value, each.caption);
     }
   }
-  if (json) {
-    printJson(Json{{"class", shown(entry.name)},
+  if (arguments.json) {
+    Json answer = newAnswer();
+    answer.update({{"class", shown(entry.name)},
                    {"family", shown(entry.family)},
                    {"shape", shapeName(entry.shape)},
                    {"element", shown(object->GetElementName())},
                    {"accessors", std::move(settings)}});
+    printJson(answer);
   } else {
     print(shown(text));
   }
@@ -252,10 +262,12 @@ Json exportClass(const SettingsClass& entry) {
   return result;
 }
 
-Exit exportAll() {
+Exit exportAll(const Arguments&) {
   Json report = Json::array();
   for (const SettingsClass* entry : settingsClasses()) report.push_back(exportClass(*entry));
-  printJson(report);
+  Json answer = newAnswer();
+  answer["classes"] = std::move(report);
+  printJson(answer);
   return Exit::success;
 }
 
@@ -266,25 +278,14 @@ const SettingsClass& requireClass(const std::string& name) {
   throw Failure(Exit::usage, "there is no class '" + name + "'; kpx classes list shows them");
 }
 
-void addClassesVerbs(CLI::App& app, Action& chosen) {
-  CLI::App* classes = app.add_subcommand("classes", "The catalogue of all settings classes");
-  auto json = std::make_shared<bool>(false);
-  auto name = std::make_shared<std::string>();
-
-  CLI::App* command = classes->add_subcommand("list", "List the classes");
-  command->add_flag("--json", *json, "Print JSON");
-  command->callback([&chosen, json] { chosen = [json] { return list(*json); }; });
-
-  command = classes->add_subcommand("show", "Show the settings of a class with their accessors");
-  command->add_option("CLASS", *name, "Name of the class")->required();
-  command->add_flag("--json", *json, "Print JSON");
-  command->callback(
-      [&chosen, json, name] { chosen = [json, name] { return show(*name, *json); }; });
-
-  command = classes->add_subcommand(
-      "export", "Print what a new object of every class holds, as one JSON array");
-  command->add_flag("--json", *json, "Print JSON (it always does)");
-  command->callback([&chosen] { chosen = [] { return exportAll(); }; });
+void addClassesVerbs(VerbGroup& program) {
+  VerbGroup classes = program.group("classes", "The catalogue of all settings classes");
+  classes.verb("list", "List the classes", &list).takes("--json", &Arguments::json, "Print JSON");
+  classes.verb("show", "Show the settings of a class with their accessors", &show)
+      .needs("CLASS", &Arguments::name, "Name of the class")
+      .takes("--json", &Arguments::json, "Print JSON");
+  classes.verb("export", "Print what a new object of every class holds, as JSON", &exportAll)
+      .takes("--json", &Arguments::json, "Print JSON (it always does)");
 }
 
 }  // namespace kpx::tool

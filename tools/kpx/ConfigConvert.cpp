@@ -6,7 +6,6 @@
 #include <set>
 
 #include "tools/kpx/ConfigJson.h"
-#include "tools/kpx/Usage.h"
 
 namespace kpx::tool {
 namespace {
@@ -199,20 +198,19 @@ std::string convertedFrom(const std::string& file, const Selection& selection,
 
 }  // namespace
 
-void addConvertOptions(CLI::App& command, ConvertOptions& options) {
-  command.add_option("--to", options.to, "json, csv, ini, or xml (from JSON)")
-      ->required()
-      ->check(oneOf({"json", "csv", "ini", "xml"}));
-  command.add_option("-o,--output", options.output,
-                     "Write this file, whole or not at all, instead of standard output");
-  command.add_option("--separator", options.separator, "Of CSV: , ; | or tab (default ,)")
-      ->check(oneOf({",", ";", "|", "tab"}).description(""));
-  command.add_flag("--strict", options.strict,
-                   "To XML: answer 1 and write nothing where a key or value is not as the suite "
-                   "writes it");
-  command.add_flag("--bom", options.mark,
-                   "Begin CSV with a byte-order mark, without which Excel misreads umlauts");
-  command.footer(
+void addConvertOptions(OptionList& verb, ConvertOptions& options) {
+  verb.needs("--to", &options.to, "json, csv, ini, or xml (from JSON)",
+             OneOf{{"json", "csv", "ini", "xml"}});
+  verb.takes("-o,--output", &options.output,
+             "Write this file, whole or not at all, instead of standard output");
+  verb.takes("--separator", &options.separator, "Of CSV: , ; | or tab (default ,)",
+             OneOf{{",", ";", "|", "tab"}, false});
+  verb.takes("--strict", &options.strict,
+             "To XML: answer 1 and write nothing where a key or value is not as the suite "
+             "writes it");
+  verb.takes("--bom", &options.mark,
+             "Begin CSV with a byte-order mark, without which Excel misreads umlauts");
+  verb.footer(
       "json  keeps all content: --to xml gives the same file again, and a changed one after "
       "values\n"
       "      were changed by hand. The spelling of a file that the suite did not write (line "

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "tools/kpx/CommandLine.h"
 #include "tools/kpx/Configurations.h"
 #include "tools/kpx/Exit.h"
 
@@ -16,7 +17,7 @@ struct ConvertOptions {
 };
 
 /// Adds the options of `convert` to its verb.
-void addConvertOptions(CLI::App& command, ConvertOptions& options);
+void addConvertOptions(OptionList& verb, ConvertOptions& options);
 
 /// Converts a file with configurations to another format, or JSON back to XML.
 Exit convert(const std::string& file, const Selection& selection, const ConvertOptions& options);

@@ -1,14 +1,13 @@
 #include "tools/kpx/ConfigDiff.h"
 
 #include <deque>
-#include <limits>
 #include <map>
 #include <utility>
 
 #include "kpx/settings/document/ConfigDifference.h"
+#include "tools/kpx/Answers.h"
 #include "tools/kpx/Exit.h"
 #include "tools/kpx/Output.h"
-#include "tools/kpx/Usage.h"
 
 namespace kpx::tool {
 namespace {
@@ -39,7 +38,9 @@ class DifferenceReport {
 
   Exit finish(bool json) const {
     if (json) {
-      printJson(Json{{"a", a_}, {"b", b_}, {"differences", list_}});
+      Json answer = newAnswer();
+      answer.update({{"a", a_}, {"b", b_}, {"differences", list_}});
+      printJson(answer);
     } else {
       print(lines_);
     }
@@ -103,11 +104,10 @@ Selection selectionInB(Selection selection, const DiffOptions& options) {
 
 }  // namespace
 
-void addDiffOptions(CLI::App& command, DiffOptions& options) {
-  command.add_option("B", options.other, "The same; without it, the defaults");
-  takesWholeNumber(*command.add_option("--other-index", options.otherIndex,
-                                       "The number in B, where it is not that in A"),
-                   1, std::numeric_limits<int>::max());
+void addDiffOptions(OptionList& verb, DiffOptions& options) {
+  verb.takes("B", &options.other, "The same; without it, the defaults")
+      .takes("--other-index", &options.otherIndex, "The number in B, where it is not that in A",
+             WholeNumbers{.least = 1});
 }
 
 Exit diffConfigurations(const std::string& file, const Selection& selection,

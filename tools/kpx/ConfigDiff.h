@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "tools/kpx/CommandLine.h"
 #include "tools/kpx/Configurations.h"
 #include "tools/kpx/Exit.h"
 
@@ -13,7 +14,7 @@ struct DiffOptions {
 };
 
 /// Adds B and its options to the verb `diff`.
-void addDiffOptions(CLI::App& command, DiffOptions& options);
+void addDiffOptions(OptionList& verb, DiffOptions& options);
 
 /// Compares the values of two files or classes, or of one with the defaults.
 Exit diffConfigurations(const std::string& file, const Selection& selection,

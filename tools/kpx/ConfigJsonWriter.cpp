@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <array>
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <span>
 #include <vector>
@@ -103,8 +104,11 @@ class Writer {
 
  private:
   void appendHead() {
-    out_ += std::string("  \"format\": \"") + jsonFormatName +
-            "\",\n  \"version\": " + std::to_string(jsonFormatVersion) + ",\n";
+    out_ += "  \"format\": \"";
+    out_ += jsonFormatName;
+    out_ += "\",\n  \"version\": ";
+    out_ += std::to_string(jsonFormatVersion);
+    out_ += ",\n";
     const MarkupEncoding& storage = configurations_.document.storage();
     if (storage.codePage != CodePage::utf8) {
       out_ += "  \"encoding\": " + Json(configurations_.encoding()).dump() + ",\n";

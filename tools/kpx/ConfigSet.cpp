@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "kpx/text/NumberText.h"
+#include "tools/kpx/Answers.h"
 #include "tools/kpx/ConfigAbsent.h"
 #include "tools/kpx/FileChange.h"
 #include "tools/kpx/Output.h"
@@ -137,6 +138,15 @@ std::string bytesOf(Configurations& read, Exit code, const std::string& problem)
 
 }  // namespace
 
+void addSetOptions(OptionList& verb, SetOptions& options) {
+  verb.needs("VALUE", &options.value, "Its new value")
+      .takes("--add", &options.add,
+             "Add the setting, or its value, if the class knows it and the file lacks it")
+      .takes("--dry-run", &options.dryRun, "Only tell what would be changed");
+  addWaitOption(verb, options.wait);
+  verb.takes("--backup", &options.backup, "Keep the old file as FILE.bak, .bak2 ...");
+}
+
 Exit setValue(const std::string& file, const std::string& key, const Selection& selection,
               const SetOptions& options, bool json) {
   const bool toOutput = file == "-";
@@ -183,12 +193,13 @@ Exit setValue(const std::string& file, const std::string& key, const Selection& 
     change.write(bytes);
     complain(sentence);
   } else if (json) {
-    printJson(Json{{"file", input.name},
-                   {"index", done.configuration + 1},
+    Json answer = answerAbout(input.name);
+    answer.update({{"index", done.configuration + 1},
                    {"key", key},
                    {"old", added ? Json(nullptr) : Json(shown(done.oldValue))},
                    {"new", shown(done.newValue)},
                    {"written", write}});
+    printJson(answer);
   } else {
     print(sentence + "\n");
   }

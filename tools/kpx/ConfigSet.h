@@ -3,6 +3,7 @@
 #include <string>
 #include <string_view>
 
+#include "tools/kpx/CommandLine.h"
 #include "tools/kpx/Configurations.h"
 #include "tools/kpx/Exit.h"
 #include "tools/kpx/FileChange.h"
@@ -16,6 +17,9 @@ struct SetOptions {
   bool backup = false;
   bool add = false;  // a key that the class knows and the file lacks
 };
+
+/// Adds the value and the options of `set` to its verb.
+void addSetOptions(OptionList& verb, SetOptions& options);
 
 /// Changes one value of a file and nothing else in it.
 Exit setValue(const std::string& file, const std::string& key, const Selection& selection,

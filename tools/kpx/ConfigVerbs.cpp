@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "kpx/settings/document/ConfigCheck.h"
+#include "tools/kpx/Answers.h"
 #include "tools/kpx/ConfigAbsent.h"
 #include "tools/kpx/ConfigConvert.h"
 #include "tools/kpx/ConfigDiff.h"
@@ -41,7 +42,9 @@ Exit defaults(const Arguments& arguments) {
   const ConfigDocument document = documentOfDefaults(*known);
   const CString& text = document.text();
   if (arguments.json) {
-    printJson(Json{{"class", shown(known->name)}, {"xml", shown(text)}});
+    Json answer = newAnswer();
+    answer.update({{"class", shown(known->name)}, {"xml", shown(text)}});
+    printJson(answer);
   } else {
     print(text.utf8());
   }
@@ -88,11 +91,12 @@ void showConfiguration(const ConfigView& view, const ViewedConfiguration& config
   }
 }
 
-void showFile(const std::string& file, const Arguments& arguments, CString& text, Json& report) {
+void showFile(const std::string& file, const Arguments& arguments, CString& text, Json& answer) {
   const Configurations configurations = readConfigurations(file, arguments.selection);
   const bool isOneOfSeveral = arguments.files.size() > 1;
   PlaceCounter places(configurations.document.text());
   const ConfigView& view = configurations.view();
+  Json list = Json::array();
   for (const ViewedConfiguration* const each : configurations.list) {
     const ViewedConfiguration& configuration = *each;
     const int line = places.at(configuration.element.begin).first;
@@ -104,28 +108,27 @@ void showFile(const std::string& file, const Arguments& arguments, CString& text
     }
     Json settings = Json::array();
     showConfiguration(view, configuration, arguments, heading + u'\n', text, settings);
-    Json entry;
-    if (isOneOfSeveral) entry["file"] = configurations.source;
-    entry.update({{"class", nameOf(configuration)},
-                  {"index", configuration.number},
-                  {"line", line},
-                  {"name", shown(view.nameOf(configuration))},
-                  {"element", shown(configuration.elementName)},
-                  {"known", configuration.settingsClass != nullptr},
-                  {"settings", std::move(settings)}});
-    report.push_back(std::move(entry));
+    list.push_back({{"class", nameOf(configuration)},
+                    {"index", configuration.number},
+                    {"line", line},
+                    {"name", shown(view.nameOf(configuration))},
+                    {"element", shown(configuration.elementName)},
+                    {"known", configuration.settingsClass != nullptr},
+                    {"settings", std::move(settings)}});
   }
+  answer["configurations"] = std::move(list);
 }
 
 Exit show(const Arguments& arguments) {
-  Json report = Json::array();
+  Json answer;
   CString text;
-  const Exit exit = forEachFile(arguments.files, [&](const std::string& file) {
-    showFile(file, arguments, text, report);
-    return Exit::success;
-  });
+  const Exit exit =
+      answerForEach(arguments.files, answer, [&](const std::string& file, Json& each) {
+        showFile(file, arguments, text, each);
+        return Exit::success;
+      });
   if (arguments.json) {
-    printJson(report);
+    printJson(answer);
   } else {
     print(shown(text));
   }
@@ -183,10 +186,12 @@ Exit get(const Arguments& arguments) {
   }
   const CString value = view.valueOf(*found.back());
   if (arguments.json) {
-    printJson(Json{{"class", nameOf(*owner)},
+    Json answer = answerAbout(arguments.file);
+    answer.update({{"class", nameOf(*owner)},
                    {"index", owner->number},
                    {"key", arguments.key},
                    {"value", shown(value)}});
+    printJson(answer);
   } else {
     print(shown(value) + "\n");
   }
@@ -201,9 +206,10 @@ Exit diff(const Arguments& arguments) {
 
 // --- validate -------------------------------------------------------------------------------
 
-Exit validateFile(const std::string& file, const Arguments& arguments, Json& report) {
+Exit validateFile(const std::string& file, const Arguments& arguments, Json& answer) {
   const Configurations configurations = readConfigurations(file, arguments.selection);
   PlaceCounter places(configurations.document.text());
+  Json list = Json::array();
   Exit exit = Exit::success;
   auto owner = configurations.list.begin();
   const Problems<ConfigFinding> findings = validateConfigurations(
@@ -221,35 +227,29 @@ Exit validateFile(const std::string& file, const Arguments& arguments, Json& rep
     const std::string subject = labelOf(configurations, **owner) +
                                 (finding.key.IsEmpty() ? "" : "." + shownName(finding.key));
     const std::string sentence = subject + " " + shown(describe(finding));
-    if (!arguments.json) printLine(placeOf(configurations.source, {line, column, sentence}));
-    Json entry;
-    if (arguments.files.size() > 1) entry["file"] = configurations.source;
-    entry.update({{"line", line},
-                  {"column", column},
-                  {"class", shown(finding.className)},
+    const ProblemLine problem{line, column, sentence, false, wordOf(kindName(finding.kind))};
+    if (!arguments.json) printLine(placeOf(configurations.source, problem));
+    Json entry = jsonOf(problem);
+    entry.update({{"class", shown(finding.className)},
                   {"index", (*owner)->number},
                   {"key", shown(finding.key)},
-                  {"value", shown(finding.value)},
-                  {"message", onOneLine(sentence)}});
-    report.push_back(std::move(entry));
+                  {"value", shown(finding.value)}});
+    list.push_back(std::move(entry));
   }
-  if (findings.leftOut() > 0) {
-    const std::string line = leftOutLine(configurations.source, findings.leftOut());
-    if (arguments.json) {
-      complain(line);
-    } else {
-      printLine(line);
-    }
+  answer["findings"] = std::move(list);
+  if (const std::size_t leftOut = findings.leftOut(); leftOut > 0) {
+    answer["left_out"] = leftOut;
+    if (!arguments.json) printLine(leftOutLine(configurations.source, leftOut));
   }
   return exit;
 }
 
 Exit validate(const Arguments& arguments) {
-  Json report = Json::array();
-  const Exit exit = forEachFile(arguments.files, [&](const std::string& file) {
-    return validateFile(file, arguments, report);
-  });
-  if (arguments.json) printJson(report);
+  Json answer;
+  const Exit exit = answerForEach(
+      arguments.files, answer,
+      [&](const std::string& file, Json& each) { return validateFile(file, arguments, each); });
+  if (arguments.json) printJson(answer);
   return exit;
 }
 
@@ -264,73 +264,42 @@ Exit convertFile(const Arguments& arguments) {
 
 }  // namespace
 
-void addConfigVerbs(CLI::App& app, Action& chosen) {
-  CLI::App* config = app.add_subcommand("config", "Show, change and compare configurations");
+void addConfigVerbs(VerbGroup& program) {
+  VerbGroup config = program.group("config", "Show, change and compare configurations");
   const auto add = [&](const char* name, const char* description, Exit (*verb)(const Arguments&)) {
-    auto added = addVerb(*config, chosen, name, description, verb);
-    added.first->add_flag("--json", added.second->json, "Print JSON");
-    return added;
+    return config.verb(name, description, verb).takes("--json", &Arguments::json, "Print JSON");
   };
   const char* const filesOrClasses = "Files, - for standard input, or names of classes";
   const char* const fileOrClass = "A file, - for standard input, or the name of a class";
 
-  {
-    const auto [command, arguments] =
-        add("defaults", "Print a new object of a class as XML", &defaults);
-    command->add_option("CLASS", arguments->file, "Name of the class")->required();
-  }
-  {
-    const auto [command, arguments] = add("show", "Show all settings with their values", &show);
-    command->add_option("FILE|CLASS", arguments->files, filesOrClasses)->required();
-    addSelection(*command, arguments->selection);
-    command->add_flag("--changed", arguments->onlyChanged,
-                      "Only those whose text differs from the default");
-  }
-  {
-    const auto [command, arguments] = add("get", "Print the value of one setting", &get);
-    command->add_option("FILE|CLASS", arguments->file, fileOrClass)->required();
-    command->add_option("KEY", arguments->key, "Key of the setting")->required();
-    addSelection(*command, arguments->selection);
-  }
-  {
-    const auto [command, arguments] =
-        add("set", "Change one value; every other byte of the file stays as it was", &set);
-    command->add_option("FILE", arguments->file, "A file, or - to read standard input and print")
-        ->required();
-    command->add_option("KEY", arguments->key, "Key of the setting")->required();
-    command->add_option("VALUE", arguments->set.value, "Its new value")->required();
-    addSelection(*command, arguments->selection);
-    command->add_flag("--add", arguments->set.add,
-                      "Add the setting, or its value, if the class knows it and the file lacks it");
-    command->add_flag("--dry-run", arguments->set.dryRun, "Only tell what would be changed");
-    addWaitOption(*command, arguments->set.wait);
-    command->add_flag("--backup", arguments->set.backup,
-                      "Keep the old file as FILE.bak, .bak2 ...");
-  }
-  {
-    const auto [command, arguments] =
-        add("diff", "Compare the values of two files, or of one with the defaults", &diff);
-    command->add_option("A", arguments->file, fileOrClass)->required();
-    addSelection(*command, arguments->selection);
-    addDiffOptions(*command, arguments->diff);
-  }
-  {
-    const auto [command, arguments] =
-        add("validate", "Name everything that is not as the suite writes it", &validate);
-    command->add_option("FILE|CLASS", arguments->files, filesOrClasses)->required();
-    addSelection(*command, arguments->selection);
-    command->add_flag("--all", arguments->all, "Print more than the first 1000");
-  }
-  {
-    auto arguments = std::make_shared<Arguments>();
-    CLI::App* const command =
-        config->add_subcommand("convert", "Convert to JSON, CSV or INI, and JSON back to XML");
-    command->callback(
-        [&chosen, arguments] { chosen = [arguments] { return convertFile(*arguments); }; });
-    command->add_option("FILE|CLASS", arguments->file, fileOrClass)->required();
-    addConvertOptions(*command, arguments->convert);
-    addSelection(*command, arguments->selection);
-  }
+  add("defaults", "Print a new object of a class as XML", &defaults)
+      .needs("CLASS", &Arguments::file, "Name of the class");
+  add("show", "Show all settings with their values", &show)
+      .needs("FILE|CLASS", &Arguments::files, filesOrClasses)
+      .with(&Arguments::selection, &addSelection)
+      .takes("--changed", &Arguments::onlyChanged,
+             "Only those whose text differs from the default");
+  add("get", "Print the value of one setting", &get)
+      .needs("FILE|CLASS", &Arguments::file, fileOrClass)
+      .needs("KEY", &Arguments::key, "Key of the setting")
+      .with(&Arguments::selection, &addSelection);
+  add("set", "Change one value; every other byte of the file stays as it was", &set)
+      .needs("FILE", &Arguments::file, "A file, or - to read standard input and print")
+      .needs("KEY", &Arguments::key, "Key of the setting")
+      .with(&Arguments::selection, &addSelection)
+      .with(&Arguments::set, &addSetOptions);
+  add("diff", "Compare the values of two files, or of one with the defaults", &diff)
+      .needs("A", &Arguments::file, fileOrClass)
+      .with(&Arguments::selection, &addSelection)
+      .with(&Arguments::diff, &addDiffOptions);
+  add("validate", "Name everything that is not as the suite writes it", &validate)
+      .needs("FILE|CLASS", &Arguments::files, filesOrClasses)
+      .with(&Arguments::selection, &addSelection)
+      .takes("--all", &Arguments::all, "Print more than the first 1000");
+  config.verb("convert", "Convert to JSON, CSV or INI, and JSON back to XML", &convertFile)
+      .needs("FILE|CLASS", &Arguments::file, fileOrClass)
+      .with(&Arguments::convert, &addConvertOptions)
+      .with(&Arguments::selection, &addSelection);
 }
 
 }  // namespace kpx::tool

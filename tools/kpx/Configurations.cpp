@@ -1,13 +1,11 @@
 #include "tools/kpx/Configurations.h"
 
 #include <algorithm>
-#include <limits>
 #include <memory>
 
 #include "tools/kpx/Classes.h"
 #include "tools/kpx/ConfigAbsent.h"
 #include "tools/kpx/Exit.h"
-#include "tools/kpx/Usage.h"
 
 namespace kpx::tool {
 namespace {
@@ -74,14 +72,12 @@ void select(Configurations& all, const Selection& selection) {
 
 }  // namespace
 
-void addSelection(CLI::App& command, Selection& selection) {
-  command.add_option("--class", selection.className,
-                     "Only configurations of this class (or element)");
-  takesWholeNumber(
-      *command.add_option("--index", selection.index,
-                          "Only the configuration with this number, counted from 1 as config show "
-                          "lists all of the file"),
-      1, std::numeric_limits<int>::max());
+void addSelection(OptionList& verb, Selection& selection) {
+  verb.takes("--class", &selection.className, "Only configurations of this class (or element)")
+      .takes("--index", &selection.index,
+             "Only the configuration with this number, counted from 1 as config show lists all of "
+             "the file",
+             WholeNumbers{.least = 1});
 }
 
 ConfigurationChoice choiceOf(const Selection& selection) {

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <string>
 #include <vector>
 
 #include "kpx/settings/document/ConfigDocument.h"
+#include "tools/kpx/CommandLine.h"
 #include "tools/kpx/Input.h"
 #include "tools/kpx/Output.h"
 
@@ -19,7 +19,7 @@ struct Selection {
 };
 
 /// Adds --class and --index to a verb.
-void addSelection(CLI::App& command, Selection& selection);
+void addSelection(OptionList& verb, Selection& selection);
 
 /// The selection for the library. Raises a Failure (wrong usage) for a class whose objects are no
 /// configurations.

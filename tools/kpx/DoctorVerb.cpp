@@ -1,14 +1,18 @@
 #include <algorithm>
-#include <memory>
 #include <string>
 #include <vector>
 
 #include "kpx/context/Diagnosis.h"
+#include "tools/kpx/Answers.h"
 #include "tools/kpx/Output.h"
 #include "tools/kpx/Verbs.h"
 
 namespace kpx::tool {
 namespace {
+
+struct Arguments {
+  bool json = false;
+};
 
 /// What this program was built from and with; the rest comes from the library.
 std::vector<DiagnosisLine> wholeReport() {
@@ -19,12 +23,12 @@ std::vector<DiagnosisLine> wholeReport() {
   return lines;
 }
 
-Exit doctor(bool json) {
+Exit doctor(const Arguments& arguments) {
   const std::vector<DiagnosisLine> lines = wholeReport();
   const auto problems = std::count_if(lines.begin(), lines.end(), [](const DiagnosisLine& line) {
     return !line.problem.IsEmpty();
   });
-  if (json) {
+  if (arguments.json) {
     Json report = Json::array();
     for (const DiagnosisLine& line : lines) {
       report.push_back({{"topic", shown(line.topic)},
@@ -33,7 +37,9 @@ Exit doctor(bool json) {
                         {"source", shown(line.source)},
                         {"problem", shown(line.problem)}});
     }
-    printJson(report);
+    Json answer = newAnswer();
+    answer["facts"] = std::move(report);
+    printJson(answer);
   } else {
     std::string text;
     CString topic;
@@ -60,12 +66,11 @@ Exit doctor(bool json) {
 
 }  // namespace
 
-void addDoctorVerb(CLI::App& app, Action& chosen) {
-  auto json = std::make_shared<bool>(false);
-  CLI::App* command = app.add_subcommand(
-      "doctor", "Folders, switches, language and logs in one report for a support request");
-  command->add_flag("--json", *json, "Print JSON");
-  command->callback([&chosen, json] { chosen = [json] { return doctor(*json); }; });
+void addDoctorVerb(VerbGroup& program) {
+  program
+      .verb("doctor", "Folders, switches, language and logs in one report for a support request",
+            &doctor)
+      .takes("--json", &Arguments::json, "Print JSON");
 }
 
 }  // namespace kpx::tool

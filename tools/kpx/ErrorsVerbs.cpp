@@ -1,11 +1,11 @@
 #include <algorithm>
 #include <charconv>
-#include <memory>
 #include <string>
 #include <vector>
 
 #include "kpx/capi/ErrorTable.h"
 #include "kpx/settings/Catalogue.h"
+#include "tools/kpx/Answers.h"
 #include "tools/kpx/ErrorNames.h"
 #include "tools/kpx/ErrorSentence.h"
 #include "tools/kpx/Output.h"
@@ -13,6 +13,11 @@
 
 namespace kpx::tool {
 namespace {
+
+struct Arguments {
+  std::string wanted;
+  bool json = false;
+};
 
 std::vector<ErrorName> allErrors() {
   std::vector<ErrorName> errors;
@@ -57,7 +62,8 @@ std::string lineOf(const ErrorName& error) {
   return std::to_string(error.number) + "  " + error.operation + ": " + error.doing + "\n";
 }
 
-Exit show(const std::string& wanted, bool json) {
+Exit show(const Arguments& arguments) {
+  const std::string& wanted = arguments.wanted;
   std::vector<ErrorName> errors = allErrors();
   if (wanted != "list") {
     int number = 0;
@@ -72,10 +78,12 @@ Exit show(const std::string& wanted, bool json) {
                                   "; kpx errors list shows all");
     }
   }
-  if (json) {
+  if (arguments.json) {
     Json report = Json::array();
     for (const ErrorName& error : errors) report.push_back(jsonOf(error));
-    printJson(report);
+    Json answer = newAnswer();
+    answer["errors"] = std::move(report);
+    printJson(answer);
   } else {
     std::string text;
     for (const ErrorName& error : errors) text += lineOf(error);
@@ -94,16 +102,10 @@ std::string operationName(int number) {
   return found != errors.end() && found->number == number ? found->operation : std::string();
 }
 
-void addErrorsVerbs(CLI::App& app, Action& chosen) {
-  auto json = std::make_shared<bool>(false);
-  auto wanted = std::make_shared<std::string>();
-  CLI::App* command =
-      app.add_subcommand("errors", "What a program was doing when it reported an error number");
-  command->add_option("NUMBER|list", *wanted, "Number of an error log, or list for all")
-      ->required();
-  command->add_flag("--json", *json, "Print JSON");
-  command->callback(
-      [&chosen, json, wanted] { chosen = [json, wanted] { return show(*wanted, *json); }; });
+void addErrorsVerbs(VerbGroup& program) {
+  program.verb("errors", "What a program was doing when it reported an error number", &show)
+      .needs("NUMBER|list", &Arguments::wanted, "Number of an error log, or list for all")
+      .takes("--json", &Arguments::json, "Print JSON");
 }
 
 }  // namespace kpx::tool

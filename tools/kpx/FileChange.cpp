@@ -15,12 +15,10 @@ namespace {
 
 }  // namespace
 
-void addWaitOption(CLI::App& command, ChangeWait& wait) {
-  command
-      .add_option("--wait", wait.seconds,
-                  "Seconds to wait for another program that is changing the file")
-      ->check(CLI::Range(0, 86'400))
-      ->capture_default_str();
+void addWaitOption(OptionList& verb, ChangeWait& wait) {
+  constexpr int day = 86'400;
+  verb.takes("--wait", &wait.seconds,
+             "Seconds to wait for another program that is changing the file", SecondsUpTo{day});
 }
 
 FileChange::FileChange(std::string path, std::optional<ChangeWait> wait, Missing missing)

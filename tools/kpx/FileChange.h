@@ -1,6 +1,6 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "kpx/platform/FileSystem.h"
+#include "tools/kpx/CommandLine.h"
 #include "tools/kpx/Input.h"
 
 namespace kpx::tool {
@@ -17,7 +18,7 @@ struct ChangeWait {
   double seconds = std::chrono::duration<double>(changePatience).count();
 };
 /// Adds --wait to a verb.
-void addWaitOption(CLI::App& command, ChangeWait& wait);
+void addWaitOption(OptionList& verb, ChangeWait& wait);
 
 /// A file that a verb reads, changes and writes back, or standard input, which is answered on
 /// standard output. Every verb that changes a file in place does it through this class: until it

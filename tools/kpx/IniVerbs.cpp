@@ -1,10 +1,10 @@
 #include <algorithm>
-#include <memory>
 #include <string>
 #include <vector>
 
 #include "kpx/support/ini/CIniEx.h"
 #include "kpx/support/ini/IniCheck.h"
+#include "tools/kpx/Answers.h"
 #include "tools/kpx/FileChange.h"
 #include "tools/kpx/Output.h"
 #include "tools/kpx/Verbs.h"
@@ -50,7 +50,10 @@ Exit get(const Arguments& arguments) {
     failMissing(ini, input, arguments);
   }
   if (arguments.json) {
-    printJson({{"section", arguments.section}, {"key", arguments.key}, {"value", shown(value)}});
+    Json answer = answerAbout(arguments.file);
+    answer.update(
+        {{"section", arguments.section}, {"key", arguments.key}, {"value", shown(value)}});
+    printJson(answer);
   } else {
     print(shown(value) + "\n");
   }
@@ -113,7 +116,9 @@ Exit list(const Arguments& arguments) {
     report.push_back({{"section", shown(section->name())}, {"keys", std::move(keys)}});
   }
   if (arguments.json) {
-    printJson(report);
+    Json answer = answerAbout(arguments.file);
+    answer["sections"] = std::move(report);
+    printJson(answer);
   } else {
     print(text);
   }
@@ -122,91 +127,74 @@ Exit list(const Arguments& arguments) {
 
 // --- check ----------------------------------------------------------------------------------
 
-Exit checkFile(const std::string& file, const Arguments& arguments, Json& report) {
-  Json entry{{"file", file}};
-  Json problems = Json::array();
-  Exit exit = Exit::success;
-  try {
-    const Input input = readInput(file);
-    const Problems<IniProblem> found =
-        checkIni(input.bytes(), arguments.all ? noProblemLimit : usualProblemLimit);
-    if (!found.empty() && found.first.front().kind == IniProblemKind::tooLarge) {
-      throw Failure(Exit::input, input.name + ": " + shown(describe(found.first.front())));
-    }
-    entry["encoding"] = shown(iniEncodingName(input.bytes()));
-    for (const IniProblem& problem : found) {
-      const ProblemLine line{problem.line, problem.column, shownOnOneLine(describe(problem)),
-                             false};
-      problems.push_back(
-          {{"line", line.line}, {"column", line.column}, {"message", line.sentence}});
-      if (!arguments.json) printLine(placeOf(input.name, line));
-      exit = Exit::no;
-    }
-    if (found.leftOut() > 0) {
-      entry["left_out"] = found.leftOut();
-      if (!arguments.json) printLine(leftOutLine(input.name, found.leftOut()));
-    }
-    if (!arguments.json && exit == Exit::success) printLine(input.name + ": nothing to object to");
-  } catch (const Failure& failure) {
-    complain(failure.what());
-    entry["error"] = failure.what();
-    exit = failure.code();
+Exit checkFile(const std::string& file, const Arguments& arguments, Json& answer) {
+  answer["problems"] = Json::array();
+  const Input input = readInput(file);
+  const Problems<IniProblem> found =
+      checkIni(input.bytes(), arguments.all ? noProblemLimit : usualProblemLimit);
+  if (!found.empty() && found.first.front().kind == IniProblemKind::tooLarge) {
+    throw Failure(Exit::input, input.name + ": " + shown(describe(found.first.front())));
   }
-  entry["problems"] = std::move(problems);
-  report.push_back(std::move(entry));
-  return exit;
+  answer["encoding"] = shown(iniEncodingName(input.bytes()));
+  Json list = Json::array();
+  for (const IniProblem& problem : found) {
+    const ProblemLine line{problem.line, problem.column, shownOnOneLine(describe(problem)), false,
+                           wordOf(kindName(problem.kind))};
+    if (arguments.json) {
+      list.push_back(jsonOf(line));
+    } else {
+      printLine(placeOf(input.name, line));
+    }
+  }
+  answer["problems"] = std::move(list);
+  if (found.leftOut() > 0) {
+    answer["left_out"] = found.leftOut();
+    if (!arguments.json) printLine(leftOutLine(input.name, found.leftOut()));
+  }
+  if (!arguments.json && found.empty()) printLine(input.name + ": nothing to object to");
+  return found.empty() ? Exit::success : Exit::no;
 }
 
 Exit check(const Arguments& arguments) {
-  Json report = Json::array();
-  Exit exit = Exit::success;
-  for (const std::string& file : arguments.files) {
-    exit = std::max(exit, checkFile(file, arguments, report));
-  }
-  if (arguments.json) printJson(report);
+  Json answer;
+  const Exit exit = answerForEach(
+      arguments.files, answer,
+      [&](const std::string& file, Json& each) { return checkFile(file, arguments, each); });
+  if (arguments.json) printJson(answer);
   return exit;
 }
 
 }  // namespace
 
-void addIniVerbs(CLI::App& app, Action& chosen) {
-  CLI::App* ini = app.add_subcommand("ini", "Read, change and check INI files");
+void addIniVerbs(VerbGroup& program) {
+  VerbGroup ini = program.group("ini", "Read, change and check INI files");
+  const char* const file = "INI file, or - for standard input";
+  const char* const files = "INI files, or - for standard input";
+  const char* const section = "Section; \"\" for the keys above the first section";
 
-  const auto add = [&](const char* name, const char* description, Exit (*verb)(const Arguments&)) {
-    return addVerb(*ini, chosen, name, description, verb);
-  };
-  const auto addKey = [&](const char* name, const char* description,
-                          Exit (*verb)(const Arguments&)) {
-    auto added = add(name, description, verb);
-    const auto& [command, arguments] = added;
-    command->add_option("FILE", arguments->file, "INI file, or - for standard input")->required();
-    command
-        ->add_option("SECTION", arguments->section,
-                     "Section; \"\" for the keys above the first section")
-        ->required();
-    command->add_option("KEY", arguments->key, "Key")->required();
-    if (verb != &get) addWaitOption(*command, arguments->wait);
-    return added;
-  };
-  const auto getter = addKey("get", "Print the value of a key", &get);
-  getter.first->add_flag("--json", getter.second->json, "Print JSON");
-  const auto setter =
-      addKey("set", "Set the value of a key, which is added where it is missing", &set);
-  setter.first
-      ->add_option("VALUE", setter.second->value,
-                   "The new value; -- in front of one that begins with -")
-      ->required();
-  addKey("del", "Remove a key and the comment above it", &remove);
-
-  const auto lister = add("list", "Print all sections, keys and values", &list);
-  lister.first->add_option("FILE", lister.second->file, "INI file, or - for standard input")
-      ->required();
-  lister.first->add_flag("--json", lister.second->json, "Print JSON");
-  const auto checker = add("check", "Print what readers trip over, with line and column", &check);
-  checker.first->add_option("FILE", checker.second->files, "INI files, or - for standard input")
-      ->required();
-  checker.first->add_flag("--json", checker.second->json, "Print JSON");
-  checker.first->add_flag("--all", checker.second->all, "Print more than the first 1000");
+  ini.verb("get", "Print the value of a key", &get)
+      .needs("FILE", &Arguments::file, file)
+      .needs("SECTION", &Arguments::section, section)
+      .needs("KEY", &Arguments::key, "Key")
+      .takes("--json", &Arguments::json, "Print JSON");
+  ini.verb("set", "Set the value of a key, which is added where it is missing", &set)
+      .needs("FILE", &Arguments::file, file)
+      .needs("SECTION", &Arguments::section, section)
+      .needs("KEY", &Arguments::key, "Key")
+      .needs("VALUE", &Arguments::value, "The new value; -- in front of one that begins with -")
+      .with(&Arguments::wait, &addWaitOption);
+  ini.verb("del", "Remove a key and the comment above it", &remove)
+      .needs("FILE", &Arguments::file, file)
+      .needs("SECTION", &Arguments::section, section)
+      .needs("KEY", &Arguments::key, "Key")
+      .with(&Arguments::wait, &addWaitOption);
+  ini.verb("list", "Print all sections, keys and values", &list)
+      .needs("FILE", &Arguments::file, file)
+      .takes("--json", &Arguments::json, "Print JSON");
+  ini.verb("check", "Print what readers trip over, with line and column", &check)
+      .needs("FILE", &Arguments::files, files)
+      .takes("--json", &Arguments::json, "Print JSON")
+      .takes("--all", &Arguments::all, "Print more than the first 1000");
 }
 
 }  // namespace kpx::tool

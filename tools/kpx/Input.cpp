@@ -35,8 +35,8 @@ ReadDocument readDocument(StoredMarkup stored) {
                     stored.problems.count,
                     stored.problems.count - stored.warnings};
   for (const PlacedProblem& problem : stored.problems) {
-    read.problems.push_back(
-        {problem.line, problem.column, shown(problem.sentence), problem.isWarning});
+    read.problems.push_back({problem.line, problem.column, shown(problem.sentence),
+                             problem.isWarning, shown(CString(problem.kind))});
   }
   return read;
 }
@@ -57,8 +57,10 @@ std::string leftOutLine(const std::string& name, std::size_t count) {
   return name + ": " + std::to_string(count) + " more; --all prints them";
 }
 
+std::string nameOfInput(const std::string& path) { return path == "-" ? "standard input" : path; }
+
 Input readInput(const std::string& path, FileVersion* version, bool mayBeMissing) {
-  if (path == "-") return {"standard input", {}, readStandardInput()};
+  if (path == "-") return {nameOfInput(path), {}, readStandardInput()};
   Input input{path, {}, {}};
   const FileResult result =
       fileSystem().read(CString::fromUtf8(path), input.file, FileSystem::maxReadBytes, version);

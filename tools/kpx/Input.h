@@ -24,6 +24,9 @@ struct Input {
   std::string_view bytes() const noexcept { return piped.empty() ? file.view() : piped; }
 };
 
+/// A file as messages and answers name it.
+std::string nameOfInput(const std::string& path);
+
 /// Reads a file, or standard input for "-". Raises a Failure that says why when it cannot.
 /// Standard input can be read only once.
 /// `version` receives what the file was then. A missing file is empty where that may be.
@@ -40,6 +43,7 @@ struct ProblemLine {
   int column = 0;
   std::string sentence;
   bool isWarning = false;
+  std::string kind = {};  // a word for programs
 };
 
 /// Tells that more problems were found than are printed.

@@ -2,7 +2,6 @@
 #include <charconv>
 #include <chrono>
 #include <cstdint>
-#include <limits>
 #include <map>
 #include <memory>
 #include <string>
@@ -15,10 +14,10 @@
 #include "kpx/platform/FileSystem.h"
 #include "kpx/support/files/CKpxBaseObjectsUtil.h"
 #include "kpx/text/CKpxCalendar.h"
+#include "tools/kpx/Answers.h"
 #include "tools/kpx/ErrorNames.h"
 #include "tools/kpx/Input.h"
 #include "tools/kpx/Output.h"
-#include "tools/kpx/Usage.h"
 #include "tools/kpx/Verbs.h"
 
 namespace kpx::tool {
@@ -86,8 +85,8 @@ std::string timeText(const TIME& time) {
   return shown(CKpxBaseObjectsUtil::TimeDouble2Str(CKpxBaseObjectsUtil::Time2Double(time)));
 }
 
-Json jsonOf(const std::string& file, const ErrorLogEntry& entry) {
-  Json json{{"file", file}, {"line", entry.line}};
+Json jsonOf(const ErrorLogEntry& entry) {
+  Json json{{"line", entry.line}};
   if (entry.kind == ErrorLogEntry::Kind::broken) {
     json["broken"] = shown(entry.text);
     return json;
@@ -140,18 +139,26 @@ void forEachEntry(const Options& options, Take take) {
 }
 
 Exit show(const Options& options) {
-  Json report = Json::array();
+  const ErrorLogFilter filter = filterOf(options);
+  Json answer;
   bool isAny = false;
-  forEachEntry(options, [&](const std::string& file, const ErrorLogEntry& entry) {
-    isAny = true;
-    if (options.json) {
-      report.push_back(jsonOf(file, entry));
-    } else {
-      print(lineOf(options, file, entry));
-    }
+  const Exit exit = answerForEach(options.files, answer, [&](const std::string& file, Json& each) {
+    const Input input = readInput(file);
+    Json list = Json::array();
+    newReader().readAll(input.bytes(), true, [&](ErrorLogEntry&& entry) {
+      if (!filter.wants(entry)) return;
+      isAny = true;
+      if (options.json) {
+        list.push_back(jsonOf(entry));
+      } else {
+        print(lineOf(options, input.name, entry));
+      }
+    });
+    each["entries"] = std::move(list);
+    return Exit::success;
   });
-  if (options.json) printJson(report);
-  return isAny ? Exit::success : Exit::no;
+  if (options.json) printJson(answer);
+  return exit == Exit::success && !isAny ? Exit::no : exit;
 }
 
 // --- stats ----------------------------------------------------------------------------------
@@ -205,12 +212,14 @@ std::string timeOrNothing(double time) {
   return time == 0.0 ? "" : shown(CKpxBaseObjectsUtil::TimeDouble2Str(time));
 }
 
-Json jsonOf(const Statistics& all) {
-  Json json{{"lines", all.total},
-            {"texts", all.texts},
-            {"broken", all.broken},
-            {"first", timeOrNothing(all.first)},
-            {"last", timeOrNothing(all.last)}};
+Json answerOf(const Statistics& all, const std::vector<std::string>& files) {
+  Json json = newAnswer();
+  for (const std::string& file : files) json["files"].push_back({{"file", nameOfInput(file)}});
+  json.update({{"lines", all.total},
+               {"texts", all.texts},
+               {"broken", all.broken},
+               {"first", timeOrNothing(all.first)},
+               {"last", timeOrNothing(all.last)}});
   json["numbers"] = Json::array();
   for (const auto& [number, count] : mostFirst(all.numbers)) {
     json["numbers"].push_back({{"number", std::stoi(number)},
@@ -251,7 +260,7 @@ Exit stats(const Options& options) {
   Statistics all;
   forEachEntry(options, [&](const std::string&, const ErrorLogEntry& entry) { all.add(entry); });
   if (options.json) {
-    printJson(jsonOf(all));
+    printJson(answerOf(all, options.files));
   } else {
     print(textOf(all));
   }
@@ -305,8 +314,13 @@ Exit follow(const Options& options) {
     for (Watched& log : logs) {
       log.read([&](ErrorLogEntry&& entry) {
         if (!filter.wants(entry)) return;
-        print(options.json ? compactJson(jsonOf(log.name, entry)) + "\n"
-                           : lineOf(options, log.name, entry));
+        if (!options.json) {
+          print(lineOf(options, log.name, entry));
+          return;
+        }
+        Json answer = answerAbout(log.name);
+        answer.update(jsonOf(entry));
+        print(compactJson(answer) + "\n");
       });
     }
     finishOutput();
@@ -315,41 +329,28 @@ Exit follow(const Options& options) {
   return Exit::success;
 }
 
-CLI::App* addLogVerb(CLI::App* log, const std::shared_ptr<Options>& options, const char* name,
-                     const char* about) {
-  CLI::App* const command = log->add_subcommand(name, about);
-  command->add_option("FILE", options->files, "Error logs")->required();
-  takesWholeNumber(
-      *command->add_option("--number", options->numbers, "Only this error number; may be repeated"),
-      std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max());
-  command->add_option("--user", options->user, "Only this user (* and ? as wildcards)");
-  command->add_option("--project", options->project, "Only this project (* and ? as wildcards)");
-  command->add_option("--from", options->from, "Not before: DD.MM.YYYY[-hh:mm:ss] or YYYY-MM-DD");
-  command->add_option("--to", options->to, "Not after; a day counts whole");
-  return command;
-}
-
 }  // namespace
 
-void addLogVerbs(CLI::App& app, Action& chosen) {
-  CLI::App* log = app.add_subcommand("log", "The error logs of the suite");
-  auto options = std::make_shared<Options>();
-
-  CLI::App* command =
-      addLogVerb(log, options, "show", "Print the lines that match, with the operations' names");
-  command->add_flag("--json", options->json, "Print JSON");
-  command->callback([&chosen, options] { chosen = [options] { return show(*options); }; });
-
-  command = addLogVerb(log, options, "stats", "Count errors, users and projects");
-  command->add_flag("--json", options->json, "Print JSON");
-  command->callback([&chosen, options] { chosen = [options] { return stats(*options); }; });
-
-  command = addLogVerb(log, options, "follow", "Print new lines as they are written");
-  takesWholeNumber(
-      *command->add_option("--seconds", options->seconds, "End after this time; 0: never"), 0,
-      std::numeric_limits<std::int32_t>::max());
-  command->add_flag("--json", options->json, "Print JSON, an object a line");
-  command->callback([&chosen, options] { chosen = [options] { return follow(*options); }; });
+void addLogVerbs(VerbGroup& program) {
+  VerbGroup log = program.group("log", "The error logs of the suite");
+  const auto add = [&](const char* name, const char* description, Exit (*verb)(const Options&)) {
+    return log.verb(name, description, verb)
+        .needs("FILE", &Options::files, "Error logs")
+        .takes("--number", &Options::numbers, "Only this error number; may be repeated",
+               WholeNumbers())
+        .takes("--user", &Options::user, "Only this user (* and ? as wildcards)")
+        .takes("--project", &Options::project, "Only this project (* and ? as wildcards)")
+        .takes("--from", &Options::from, "Not before: DD.MM.YYYY[-hh:mm:ss] or YYYY-MM-DD")
+        .takes("--to", &Options::to, "Not after; a day counts whole");
+  };
+  add("show", "Print the lines that match, with the operations' names", &show)
+      .takes("--json", &Options::json, "Print JSON");
+  add("stats", "Count errors, users and projects", &stats)
+      .takes("--json", &Options::json, "Print JSON");
+  add("follow", "Print new lines as they are written", &follow)
+      .takes("--seconds", &Options::seconds, "End after this time; 0: never",
+             WholeNumbers{.least = 0})
+      .takes("--json", &Options::json, "Print JSON, an object a line");
 }
 
 }  // namespace kpx::tool

@@ -1,10 +1,12 @@
 #include <charconv>
 #include <cstdint>
-#include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "kpx/domain/NasObjectKinds.h"
+#include "tools/kpx/Answers.h"
 #include "tools/kpx/Nearest.h"
 #include "tools/kpx/Output.h"
 #include "tools/kpx/Verbs.h"
@@ -12,33 +14,12 @@
 namespace kpx::tool {
 namespace {
 
+struct Arguments {
+  std::optional<std::string> wanted;  // all without it
+  bool json = false;
+};
+
 // --- codes ----------------------------------------------------------------------------------
-
-Json jsonOf(const NasObjectKind& kind) {
-  return {{"name", shown(CString(kind.name))}, {"code", kind.code}};
-}
-
-std::string lineOf(const NasObjectKind& kind) {
-  return std::to_string(kind.code) + "  " + shown(CString(kind.name)) + "\n";
-}
-
-Exit listCodes(bool json) {
-  Json report = Json::array();
-  std::string text;
-  for (const NasObjectKind& kind : nasObjectKinds()) {
-    if (json) {
-      report.push_back(jsonOf(kind));
-    } else {
-      text += lineOf(kind);
-    }
-  }
-  if (json) {
-    printJson(report);
-  } else {
-    print(text);
-  }
-  return Exit::success;
-}
 
 bool isNumber(const std::string& text) {
   return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
@@ -72,32 +53,37 @@ NasObjectKind kindOfName(const std::string& argument) {
                                                std::to_string(code) + ")?"));
 }
 
-Exit showCode(const std::string& wanted, bool json) {
-  const NasObjectKind kind = isNumber(wanted) ? kindOfNumber(wanted) : kindOfName(wanted);
-  if (json) {
-    printJson(jsonOf(kind));
+std::vector<NasObjectKind> wantedKinds(const std::optional<std::string>& wanted) {
+  if (wanted) return {isNumber(*wanted) ? kindOfNumber(*wanted) : kindOfName(*wanted)};
+  const auto all = nasObjectKinds();
+  return {all.begin(), all.end()};
+}
+
+Exit codes(const Arguments& arguments) {
+  Json list = Json::array();
+  std::string text;
+  for (const NasObjectKind& kind : wantedKinds(arguments.wanted)) {
+    const std::string name = shown(CString(kind.name));
+    list.push_back({{"name", name}, {"code", kind.code}});
+    text += std::to_string(kind.code) + "  " + name + "\n";
+  }
+  if (arguments.json) {
+    Json answer = newAnswer();
+    answer["kinds"] = std::move(list);
+    printJson(answer);
   } else {
-    print(lineOf(kind));
+    print(text);
   }
   return Exit::success;
 }
 
 }  // namespace
 
-void addNasVerbs(CLI::App& app, Action& chosen) {
-  CLI::App* nas = app.add_subcommand("nas", "The cadastral exchange format NAS");
-  auto json = std::make_shared<bool>(false);
-  auto wanted = std::make_shared<std::string>();
-
-  CLI::App* command =
-      nas->add_subcommand("codes", "List the object kinds, or look one up by name or number");
-  CLI::Option* one =
-      command->add_option("NAME|NUMBER", *wanted, "Feature class or object-kind number");
-  command->add_flag("--json", *json, "Print JSON");
-  command->callback([&chosen, json, wanted, one] {
-    const bool all = one->count() == 0;
-    chosen = [json, wanted, all] { return all ? listCodes(*json) : showCode(*wanted, *json); };
-  });
+void addNasVerbs(VerbGroup& program) {
+  program.group("nas", "The cadastral exchange format NAS")
+      .verb("codes", "List the object kinds, or look one up by name or number", &codes)
+      .takes("NAME|NUMBER", &Arguments::wanted, "Feature class or object-kind number")
+      .takes("--json", &Arguments::json, "Print JSON");
 }
 
 }  // namespace kpx::tool

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <new>
+#include <nlohmann/json.hpp>
 
 #include "kpx/platform/FileSystem.h"
 #include "kpx/platform/Terminal.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -10,7 +10,7 @@
 
 namespace kpx::tool {
 
-/// JSON with its members in the order they were added.
+/// JSON with its members in the order they were added. Who makes some includes <nlohmann/json.hpp>.
 using Json = nlohmann::ordered_json;
 
 /// Writes to standard output: data as it is, but to a terminal without what that would take for

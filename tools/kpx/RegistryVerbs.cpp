@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <charconv>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -8,9 +9,9 @@
 #include "kpx/platform/Registry.h"
 #include "kpx/support/registry/RegistrySnapshot.h"
 #include "kpx/support/registry/RegistryText.h"
+#include "tools/kpx/Answers.h"
 #include "tools/kpx/Input.h"
 #include "tools/kpx/Output.h"
-#include "tools/kpx/Usage.h"
 #include "tools/kpx/Verbs.h"
 
 namespace kpx::tool {
@@ -19,12 +20,10 @@ namespace {
 struct Arguments {
   std::string key;
   std::string other;  // the second side of a comparison
-  std::string name;
-  std::string value;
+  std::optional<std::string> name;
+  std::optional<std::string> value;
   std::string type;
   std::string file;
-  bool hasName = false;
-  bool hasValue = false;
   bool tree = false;
   bool json = false;
 };
@@ -63,10 +62,13 @@ std::unique_ptr<RegistryKey> openKey(const std::string& name) {
   return key;
 }
 
-/// How messages name a value.
+/// The name of the value; that of the default value is empty.
+CString nameOf(const Arguments& arguments) { return given(arguments.name.value_or("")); }
+
+/// How messages name it.
 std::string valueText(const Arguments& arguments) {
-  return arguments.key + ", " +
-         (arguments.name.empty() ? "default value" : "value '" + arguments.name + "'");
+  const std::string name = arguments.name.value_or("");
+  return arguments.key + ", " + (name.empty() ? "default value" : "value '" + name + "'");
 }
 
 // --- values as people write them --------------------------------------------------------------
@@ -155,10 +157,15 @@ RegistryValue valueOf(const std::string& text, RegistryType type) {
 
 Exit get(const Arguments& arguments) {
   RegistryValue value;
-  const RegistryResult result = openKey(arguments.key)->read(given(arguments.name), value);
+  const RegistryResult result = openKey(arguments.key)->read(nameOf(arguments), value);
   if (!result) fail(result, valueText(arguments), Exit::input);
   if (arguments.json) {
-    printJson(Json{{"type", typeText(value.type)}, {"value", contentText(value)}});
+    Json answer = newAnswer();
+    answer.update({{"key", arguments.key},
+                   {"name", arguments.name.value_or("")},
+                   {"type", typeText(value.type)},
+                   {"value", contentText(value)}});
+    printJson(answer);
   } else {
     print(contentText(value) + "\n");
   }
@@ -173,22 +180,22 @@ RegistryType typeFor(const Arguments& arguments, const KeyPlace& place) {
   std::unique_ptr<RegistryKey> key;
   RegistryValue value = RegistryValue::ofText({});
   if (registry().open(place.root, place.path, RegistryAccess::read, key)) {
-    key->read(given(arguments.name), value);
+    key->read(nameOf(arguments), value);
   }
   return value.type;
 }
 
 Exit set(const Arguments& arguments) {
   const KeyPlace place = placeOf(arguments.key);
-  if (arguments.hasName && !arguments.hasValue) {
+  if (arguments.name && !arguments.value) {
     throw Failure(Exit::usage, "the value to set is missing");
   }
   RegistryChange change;
   change.key = place.path;
-  if (arguments.hasName) {
+  if (arguments.name) {
     change.kind = RegistryChange::Kind::write;
-    change.name = given(arguments.name);
-    change.value = valueOf(arguments.value, typeFor(arguments, place));
+    change.name = nameOf(arguments);
+    change.value = valueOf(*arguments.value, typeFor(arguments, place));
   }
   std::size_t reached = 0;
   const RegistryResult result = registry().change(place.root, {&change, 1}, reached);
@@ -199,11 +206,11 @@ Exit set(const Arguments& arguments) {
 
 Exit remove(const Arguments& arguments) {
   const KeyPlace place = placeOf(arguments.key);
-  if (arguments.hasName) {
+  if (arguments.name) {
     std::unique_ptr<RegistryKey> key;
     RegistryResult result = registry().open(place.root, place.path, RegistryAccess::readWrite, key);
     if (!result) fail(result, arguments.key, Exit::notWritten);
-    result = key->removeValue(given(arguments.name));
+    result = key->removeValue(nameOf(arguments));
     if (!result) fail(result, valueText(arguments), Exit::notWritten);
     noteChange();
     return Exit::success;
@@ -229,7 +236,8 @@ Exit list(const Arguments& arguments) {
   RegistryResult result = key->keyNames(keys);
   if (result) result = key->valueNames(names);
   if (!result) fail(result, arguments.key, Exit::input);
-  Json report{{"keys", Json::array()}, {"values", Json::array()}};
+  Json report = newAnswer();
+  report.update({{"key", arguments.key}, {"keys", Json::array()}, {"values", Json::array()}});
   std::string text;
   for (const CString& name : keys) {
     report["keys"].push_back(shown(name));
@@ -300,7 +308,9 @@ Exit exportKey(const Arguments& arguments) {
     if (!arguments.file.empty()) {
       throw Failure(Exit::usage, "--json prints, so no file can be meant");
     }
-    printJson(jsonOf(steps));
+    Json answer = newAnswer();
+    answer.update({{"key", arguments.key}, {"steps", jsonOf(steps)}});
+    printJson(answer);
     return Exit::success;
   }
   const CString text = textOf(steps);
@@ -350,7 +360,11 @@ Exit diff(const Arguments& arguments) {
   const std::vector<RegistryStep> steps =
       snapshotOf(arguments.key).stepsTo(snapshotOf(arguments.other));
   if (arguments.json) {
-    printJson(jsonOf(steps));
+    Json answer = newAnswer();
+    answer.update({{"a", nameOfInput(arguments.key)},
+                   {"b", nameOfInput(arguments.other)},
+                   {"steps", jsonOf(steps)}});
+    printJson(answer);
   } else if (!steps.empty()) {
     print(shown(textOf(steps)));
   }
@@ -359,71 +373,45 @@ Exit diff(const Arguments& arguments) {
 
 }  // namespace
 
-void addRegistryVerbs(CLI::App& app, Action& chosen) {
-  CLI::App* verbs = app.add_subcommand("registry", "Read, change, export and import the registry");
+void addRegistryVerbs(VerbGroup& program) {
+  VerbGroup registry = program.group("registry", "Read, change, export and import the registry");
+  const char* const key =
+      R"(Key, for example HKEY_CURRENT_USER\Software\KPX\Settings or HKCU\Software)";
 
-  const auto add = [&](const char* name, const char* description, Exit (*verb)(const Arguments&)) {
-    return addVerb(*verbs, chosen, name, description, verb);
-  };
-  const auto addKey = [&](const char* name, const char* description,
-                          Exit (*verb)(const Arguments&)) {
-    auto added = add(name, description, verb);
-    added.first
-        ->add_option("KEY", added.second->key,
-                     R"(Key, for example HKEY_CURRENT_USER\Software\KPX\Settings or HKCU\Software)")
-        ->required();
-    return added;
-  };
-  const auto addName = [](const std::pair<CLI::App*, std::shared_ptr<Arguments>>& added,
-                          const char* help) {
-    const auto arguments = added.second;
-    added.first->add_option_function<std::string>(
-        "NAME",
-        [arguments](const std::string& name) {
-          arguments->name = name;
-          arguments->hasName = true;
-        },
-        help);
-  };
-
-  const auto getter = addKey("get", "Print a value", &get);
-  addName(getter, "Value; the key's default value without it");
-  getter.first->add_flag("--json", getter.second->json, "Print JSON, with the type");
-
-  const auto setter = addKey("set", "Set a value, and create its key where it is missing", &set);
-  addName(setter, "Value, \"\" for the default one; without it only the key is created");
-  const auto values = setter.second;
-  setter.first->add_option_function<std::string>(
-      "VALUE",
-      [values](const std::string& value) {
-        values->value = value;
-        values->hasValue = true;
-      },
-      "Text, number (0x… too) or bytes (2c 00 ff); -- in front of one that begins with -");
-  setter.first->add_option("--type", setter.second->type, "Without it the present one, else string")
-      ->check(oneOf({"string", "dword", "binary"}));
-
-  const auto remover = addKey("del", "Remove a value, or a key with its values", &remove);
-  addName(remover, "Value, \"\" for the default one; without it the key is removed");
-  remover.first->add_flag("--tree", remover.second->tree, "Also the keys below the key");
-
-  const auto lister = addKey("list", "Print the keys directly below a key and its values", &list);
-  lister.first->add_flag("--json", lister.second->json, "Print JSON");
-
-  const auto exporter = addKey(
-      "export", "Write a key with all below it in the registry editor's text form", &exportKey);
-  exporter.first->add_option("FILE", exporter.second->file,
-                             "File, in UTF-16; without it standard output, in UTF-8");
-  exporter.first->add_flag("--json", exporter.second->json, "Print JSON");
-  const auto importer = add(
-      "import", "Carry out a file of the registry editor, if nothing in it is wrong", &importFile);
-  importer.first->add_option("FILE", importer.second->file, "File, or - for standard input")
-      ->required();
-  const auto differ =
-      add("diff", "Print what makes the first into the second, in the text form", &diff);
-  differ.first->add_option("A", differ.second->key, "Key or file")->required();
-  differ.first->add_option("B", differ.second->other, "Key or file")->required();
-  differ.first->add_flag("--json", differ.second->json, "Print JSON");
+  registry.verb("get", "Print a value", &get)
+      .needs("KEY", &Arguments::key, key)
+      .takes("NAME", &Arguments::name, "Value; the key's default value without it")
+      .takes("--json", &Arguments::json, "Print JSON, with the type");
+  registry.verb("set", "Set a value, and create its key where it is missing", &set)
+      .needs("KEY", &Arguments::key, key)
+      .takes("NAME", &Arguments::name,
+             "Value, \"\" for the default one; without it only the key is created")
+      .takes("VALUE", &Arguments::value,
+             "Text, number (0x… too) or bytes (2c 00 ff); -- in front of one that begins with -")
+      .takes("--type", &Arguments::type, "Without it the present one, else string",
+             OneOf{{"string", "dword", "binary"}});
+  registry.verb("del", "Remove a value, or a key with its values", &remove)
+      .needs("KEY", &Arguments::key, key)
+      .takes("NAME", &Arguments::name,
+             "Value, \"\" for the default one; without it the key is removed")
+      .takes("--tree", &Arguments::tree, "Also the keys below the key");
+  registry.verb("list", "Print the keys directly below a key and its values", &list)
+      .needs("KEY", &Arguments::key, key)
+      .takes("--json", &Arguments::json, "Print JSON");
+  registry
+      .verb("export", "Write a key with all below it in the registry editor's text form",
+            &exportKey)
+      .needs("KEY", &Arguments::key, key)
+      .takes("FILE", &Arguments::file, "File, in UTF-16; without it standard output, in UTF-8")
+      .takes("--json", &Arguments::json, "Print JSON");
+  registry
+      .verb("import", "Carry out a file of the registry editor, if nothing in it is wrong",
+            &importFile)
+      .needs("FILE", &Arguments::file, "File, or - for standard input");
+  registry.verb("diff", "Print what makes the first into the second, in the text form", &diff)
+      .needs("A", &Arguments::key, "Key or file")
+      .needs("B", &Arguments::other, "Key or file")
+      .takes("--json", &Arguments::json, "Print JSON");
 }
 
 }  // namespace kpx::tool

@@ -5,9 +5,6 @@
 #include <utility>
 #include <vector>
 
-#include "tools/kpx/Exit.h"
-#include "tools/kpx/Input.h"
-
 namespace kpx::tool {
 namespace {
 
@@ -189,11 +186,6 @@ class Builder : public nlohmann::json_sax<Json> {
   std::size_t place_ = 0;
 };
 
-std::string locatedAt(const std::string& source, std::string_view text, std::size_t offset,
-                      const std::string& sentence) {
-  return placeOf(source, atByte(text, offset, sentence));
-}
-
 /// Whether the bracket at a byte follows a comma, which parsers tell as a missing value.
 bool followsComma(std::string_view text, std::size_t at) {
   if (at >= text.size() || (text[at] != ']' && text[at] != '}')) return false;
@@ -212,20 +204,28 @@ StrictJson::StrictJson(std::string_view text, std::string source)
       followsComma(text_, builder.place())
           ? "is no JSON: there is a comma behind the last one, before this bracket"
           : builder.problem();
-  throw Failure(Exit::input, locatedAt(source_, text_, builder.place(), sentence));
+  ProblemLine place = atByte(text_, builder.place(), sentence);
+  place.kind = "not-json";
+  throw JsonFailure(source_, place);
 }
 
-std::string StrictJson::located(const std::string& pointer, const std::string& sentence) const {
+ProblemLine StrictJson::placeOfPointer(const std::string& pointer,
+                                       const std::string& sentence) const {
   Json unused;
   Builder search(text_, &unused, &pointer);
   search.parse();
   const std::string shownPointer = shownOnOneLine(CString::fromUtf8(pointer));
-  return locatedAt(source_, text_, search.place(),
-                   pointer.empty() ? sentence : shownPointer + ": " + sentence);
+  return atByte(text_, search.place(), pointer.empty() ? sentence : shownPointer + ": " + sentence);
+}
+
+std::string StrictJson::located(const std::string& pointer, const std::string& sentence) const {
+  return placeOf(source_, placeOfPointer(pointer, sentence));
 }
 
 void StrictJson::fail(const std::string& pointer, const std::string& sentence) const {
-  throw Failure(Exit::input, located(pointer, sentence));
+  ProblemLine place = placeOfPointer(pointer, sentence);
+  place.kind = "bad-value";
+  throw JsonFailure(source_, place);
 }
 
 }  // namespace kpx::tool

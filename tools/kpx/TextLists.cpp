@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <limits>
 #include <new>
+#include <nlohmann/json.hpp>
 #include <utility>
 
 #include "kpx/support/texts/TextTable.h"
 #include "kpx/text/CaseFold.h"
 #include "tools/kpx/Exit.h"
-#include "tools/kpx/Input.h"
 #include "tools/kpx/StrictJson.h"
 
 namespace kpx::tool {
@@ -28,19 +28,23 @@ void readBinary(std::string_view bytes, ReadTexts& read) {
   const LanguageFileResult result = readLanguageFile(bytes, read.list);
   if (result.hasFailed) throw std::bad_alloc();
   if (!result.isWhole) {
-    read.problems.push_back(read.name + ": ends early, behind " +
-                            std::to_string(read.list.entries.size()) + " of " +
-                            std::to_string(result.announced) + " texts");
+    read.problems.push_back({0, 0,
+                             "ends early, behind " + std::to_string(read.list.entries.size()) +
+                                 " of " + std::to_string(result.announced) + " texts",
+                             false, "ends-early"});
   } else if (result.end != bytes.size()) {
-    read.problems.push_back(read.name + ": " + std::to_string(bytes.size() - result.end) +
-                            " bytes behind the last text are never read");
+    read.problems.push_back(
+        {0, 0,
+         std::to_string(bytes.size() - result.end) + " bytes behind the last text are never read",
+         false, "surplus-bytes"});
   }
 }
 
 void readTable(std::string_view bytes, ReadTexts& read, std::size_t limit) {
   const Problems<TextTableProblem> problems = readTextTable(bytes, read.list, limit);
   for (const TextTableProblem& problem : problems) {
-    read.problems.push_back(placeOf(read.name, {problem.line, 1, shown(problem.message)}));
+    read.problems.push_back(
+        {problem.line, 1, shown(problem.message), false, shown(CString(kindName(problem.kind)))});
   }
   read.problemCount = problems.count;
 }
@@ -91,8 +95,8 @@ class JsonList {
 void readJson(const Input& input, ReadTexts& read) {
   try {
     JsonList(input).read(read.list);
-  } catch (const Failure& failure) {
-    read.problems.emplace_back(failure.what());
+  } catch (const JsonFailure& failure) {
+    read.problems.push_back(failure.place());
   }
 }
 
@@ -109,10 +113,18 @@ std::string jsonTextOf(const CString& text, const std::string& what) {
 
 }  // namespace
 
+std::string nameOfList(const std::string& path) {
+  return path.empty() ? "built-in texts" : nameOfInput(path);
+}
+
+std::string lineOf(const ReadTexts& read, const ProblemLine& problem) {
+  return problem.line == 0 ? read.name + ": " + problem.sentence : placeOf(read.name, problem);
+}
+
 ReadTexts readTexts(const std::string& path, std::size_t limit) {
   ReadTexts read;
   if (path.empty()) {
-    read.name = "built-in texts";
+    read.name = nameOfList(path);
     read.list = builtInTexts();
     return read;
   }
@@ -132,7 +144,7 @@ ReadTexts readTexts(const std::string& path, std::size_t limit) {
 TextList requireTexts(const std::string& path) {
   ReadTexts read = readTexts(path);
   if (!read.problems.empty()) {
-    std::string message = read.problems.front();
+    std::string message = lineOf(read, read.problems.front());
     if (read.problemCount > 1) {
       message += " (and " + std::to_string(read.problemCount - 1) + " more)";
     }

@@ -6,6 +6,7 @@
 
 #include "kpx/support/Problems.h"
 #include "kpx/support/texts/LanguageFile.h"
+#include "tools/kpx/Input.h"
 #include "tools/kpx/Output.h"
 
 namespace kpx::tool {
@@ -14,11 +15,16 @@ namespace kpx::tool {
 struct ReadTexts {
   std::string name;  // for messages
   TextList list;
-  /// What is wrong with the file, each a line that begins with its name; the texts that could be
-  /// read are there all the same. The first ones, and how many there are.
-  std::vector<std::string> problems;
+  /// What is wrong with the file; the texts that could be read are there all the same. The first
+  /// ones, and how many there are. Line 0 is that of a file without lines.
+  std::vector<ProblemLine> problems;
   std::size_t problemCount = 0;
 };
+
+/// How messages and answers name a list: "" are the built-in texts.
+std::string nameOfList(const std::string& path);
+/// A problem of a list behind its name, with the place if there is one.
+std::string lineOf(const ReadTexts& read, const ProblemLine& problem);
 
 /// Reads a list. A name that ends in ".LNG" is a language file, content that begins with a brace is
 /// JSON, everything else is tab-separated. "-" is standard input; "" are the built-in German

@@ -1,6 +1,4 @@
 #include <algorithm>
-#include <limits>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -10,10 +8,10 @@
 #include "kpx/support/texts/TextStore.h"
 #include "kpx/support/texts/TextTable.h"
 #include "kpx/text/TextTools.h"
+#include "tools/kpx/Answers.h"
 #include "tools/kpx/Input.h"
 #include "tools/kpx/Output.h"
 #include "tools/kpx/TextLists.h"
-#include "tools/kpx/Usage.h"
 #include "tools/kpx/Verbs.h"
 
 namespace kpx::tool {
@@ -32,6 +30,11 @@ struct Arguments {
   bool json = false;
   bool all = false;
 };
+
+void addRoom(OptionList& verb, TextRoom& room) {
+  verb.takes("--room", &room.percent, "Longest line in percent of the German text's",
+             WholeNumbers{.least = 1, .most = 10'000});
+}
 
 std::string lineOf(std::int32_t id, const CString& text) {
   return std::to_string(id) + "\t" + shown(escapedText(text)) + "\n";
@@ -80,7 +83,9 @@ Exit get(const Arguments& arguments) {
   }
   const CString text = GetMLT(arguments.id);
   if (arguments.json) {
-    printJson({{"id", arguments.id}, {"text", shown(text)}});
+    Json answer = newAnswer();
+    answer.update({{"id", arguments.id}, {"text", shown(text)}});
+    printJson(answer);
   } else if (!text.IsEmpty()) {
     print(shown(text) + "\n");
   }
@@ -111,11 +116,14 @@ Exit build(const Arguments& arguments) {
 Exit dump(const Arguments& arguments) {
   const ReadTexts read = readTexts(arguments.file);
   if (arguments.json) {
-    printJson(jsonOf(read.list));
+    Json answer = newAnswer();
+    answer["file"] = read.name;
+    answer.update(jsonOf(read.list));
+    printJson(answer);
   } else {
     print(textTableBytes(read.list));
   }
-  for (const std::string& problem : read.problems) complain(problem);
+  for (const ProblemLine& problem : read.problems) complain(lineOf(read, problem));
   if (read.problemCount > read.problems.size()) {
     complain(read.name + ": " + std::to_string(read.problemCount - read.problems.size()) +
              " more lines of this kind");
@@ -126,62 +134,52 @@ Exit dump(const Arguments& arguments) {
 // --- check ----------------------------------------------------------------------------------
 
 Exit checkFile(const std::string& file, const TextList* german, const Arguments& arguments,
-               Json& report) {
-  Json entry{{"file", file}};
+               Json& answer) {
+  answer["findings"] = Json::array();
+  const std::size_t limit = arguments.all ? noProblemLimit : usualProblemLimit;
+  const ReadTexts read = readTexts(file, limit);
+  answer["file"] = read.name;
   Json findings = Json::array();
-  Exit exit = Exit::success;
-  try {
-    const std::size_t limit = arguments.all ? noProblemLimit : usualProblemLimit;
-    const ReadTexts read = readTexts(file, limit);
-    entry["file"] = read.name;
-    for (const std::string& problem : read.problems) {
-      if (!arguments.json) printLine(problem);
-      findings.push_back({{"message", problem}});
-      exit = Exit::input;
-    }
-    const Problems<TextFinding> found = german
-                                            ? checkTexts(read.list, *german, arguments.room, limit)
-                                            : checkTexts(read.list, limit);
-    for (const TextFinding& finding : found) {
-      const std::string message = shown(describe(finding.kind));
-      if (!arguments.json) {
-        printLine(read.name + ": entry " + std::to_string(finding.index + 1) + ", text " +
-                  std::to_string(finding.id) + ": " + message);
-      }
-      findings.push_back({{"entry", finding.index + 1},
-                          {"id", finding.id},
-                          {"message", message},
-                          {"text", shown(read.list.entries[finding.index].text)}});
-      exit = std::max(exit, Exit::no);
-    }
-    const std::size_t leftOut = found.leftOut() + read.problemCount - read.problems.size();
-    if (leftOut > 0) {
-      entry["left_out"] = leftOut;
-      if (!arguments.json) printLine(leftOutLine(read.name, leftOut));
-    }
-    if (!arguments.json && exit == Exit::success) printLine(read.name + ": nothing to object to");
-  } catch (const Failure& failure) {
-    complain(failure.what());
-    entry["error"] = failure.what();
-    exit = failure.code();
+  for (const ProblemLine& problem : read.problems) {
+    if (!arguments.json) printLine(lineOf(read, problem));
+    findings.push_back(jsonOf(problem));
   }
-  entry["findings"] = std::move(findings);
-  report.push_back(std::move(entry));
-  return exit;
+  const Problems<TextFinding> found =
+      german ? checkTexts(read.list, *german, arguments.room, limit) : checkTexts(read.list, limit);
+  for (const TextFinding& finding : found) {
+    const std::string message = shown(describe(finding.kind));
+    if (!arguments.json) {
+      printLine(read.name + ": entry " + std::to_string(finding.index + 1) + ", text " +
+                std::to_string(finding.id) + ": " + message);
+    }
+    findings.push_back({{"kind", wordOf(kindName(finding.kind))},
+                        {"entry", finding.index + 1},
+                        {"id", finding.id},
+                        {"message", message},
+                        {"text", shown(read.list.entries[finding.index].text)}});
+  }
+  answer["findings"] = std::move(findings);
+  const std::size_t leftOut = found.leftOut() + read.problemCount - read.problems.size();
+  if (leftOut > 0) {
+    answer["left_out"] = leftOut;
+    if (!arguments.json) printLine(leftOutLine(read.name, leftOut));
+  }
+  if (!read.problems.empty()) return Exit::input;
+  if (!found.empty()) return Exit::no;
+  if (!arguments.json) printLine(read.name + ": nothing to object to");
+  return Exit::success;
 }
 
 Exit check(const Arguments& arguments) {
-  Json report = Json::array();
-  Exit exit = Exit::success;
-  if (arguments.files.empty()) {
-    exit = checkFile(arguments.german, nullptr, arguments, report);
-  } else {
-    const TextList german = requireTexts(arguments.german);
-    for (const std::string& file : arguments.files) {
-      exit = std::max(exit, checkFile(file, &german, arguments, report));
-    }
-  }
-  if (arguments.json) printJson(report);
+  const bool isGermanAlone = arguments.files.empty();
+  const std::vector<std::string> files =
+      isGermanAlone ? std::vector{arguments.german} : arguments.files;
+  const TextList german = isGermanAlone ? TextList() : requireTexts(arguments.german);
+  Json answer;
+  const Exit exit = answerForEach(files, answer, [&](const std::string& file, Json& each) {
+    return checkFile(file, isGermanAlone ? nullptr : &german, arguments, each);
+  });
+  if (arguments.json) printJson(answer);
   return exit;
 }
 
@@ -189,24 +187,26 @@ Exit check(const Arguments& arguments) {
 
 Exit coverage(const Arguments& arguments) {
   const TextList german = requireTexts(arguments.german);
-  Json report = Json::array();
-  for (const std::string& file : arguments.files) {
+  Json answer;
+  const auto cover = [&](const std::string& file, Json& each) {
     const TextCoverage found = coverageOf(requireTexts(file), german);
     CString line;
     line.Format(u"%.1f %%, %zu of %zu texts, %zu of them as in German, %zu missing, %zu unknown",
                 found.percent(), found.translated, found.germanIds, found.sameAsGerman,
                 found.missing.size(), found.unknown.size());
-    if (!arguments.json) printLine(file + ": " + shown(line));
-    report.push_back({{"file", file},
-                      {"percent", found.percent()},
-                      {"german", found.germanIds},
-                      {"translated", found.translated},
-                      {"sameAsGerman", found.sameAsGerman},
-                      {"missing", found.missing},
-                      {"unknown", found.unknown}});
-  }
-  if (arguments.json) printJson(report);
-  return Exit::success;
+    each["file"] = nameOfList(file);
+    if (!arguments.json) printLine(nameOfList(file) + ": " + shown(line));
+    each.update({{"percent", found.percent()},
+                 {"german", found.germanIds},
+                 {"translated", found.translated},
+                 {"sameAsGerman", found.sameAsGerman},
+                 {"missing", found.missing},
+                 {"unknown", found.unknown}});
+    return Exit::success;
+  };
+  const Exit exit = answerForEach(arguments.files, answer, cover);
+  if (arguments.json) printJson(answer);
+  return exit;
 }
 
 Exit diff(const Arguments& arguments) {
@@ -222,84 +222,61 @@ Exit diff(const Arguments& arguments) {
     if (!difference.before.IsEmpty()) print("- " + lineOf(difference.id, difference.before));
     if (!difference.after.IsEmpty()) print("+ " + lineOf(difference.id, difference.after));
   }
-  if (arguments.json) printJson(report);
+  if (arguments.json) {
+    Json answer = newAnswer();
+    answer.update({{"a", nameOfList(arguments.file)},
+                   {"b", nameOfList(arguments.other)},
+                   {"differences", std::move(report)}});
+    printJson(answer);
+  }
   return differences.empty() ? Exit::success : Exit::no;
 }
 
 }  // namespace
 
-void addTextsVerbs(CLI::App& app, Action& chosen) {
-  CLI::App* texts = app.add_subcommand("texts", "Show, build and check the texts and languages");
-  texts->footer(
+void addTextsVerbs(VerbGroup& program) {
+  VerbGroup texts = program.group("texts", "Show, build and check the texts and languages");
+  const std::string aboutLists =
       "A list of texts is a language file (.LNG), a tab-separated list (id, tab, text; \\n is a\n"
       "line break, \\t a tab, \\\\ a backslash, \\uXXXX a UTF-16 unit), or JSON as dump --json\n"
-      "prints it; \"\" is the built-in German list.");
+      "prints it; \"\" is the built-in German list.";
+  texts.footer(aboutLists);
+  const char* const german = "List of German texts in place of the built-in ones";
 
-  const auto add = [&](const char* name, const char* description, Exit (*verb)(const Arguments&)) {
-    return addVerb(*texts, chosen, name, description, verb);
-  };
-  const auto addJson = [](const auto& added) {
-    added.first->add_flag("--json", added.second->json, "Print JSON");
-  };
-  const auto addGerman = [](const auto& added) {
-    added.first->add_option("--german", added.second->german,
-                            "List of German texts in place of the built-in ones");
-  };
-
-  const auto getter = add("get", "Print a text as the suite shows it to this user", &get);
-  takesWholeNumber(
-      *getter.first->add_option("ID", getter.second->id, "Number of the text")->required(),
-      std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max());
-  CLI::Option* over = getter.first->add_option(
-      "FILE", getter.second->files, "Lists to lay over the built-in texts, in place of a language");
-  getter.first
-      ->add_option("--language", getter.second->language,
-                   "Language in place of the user's: ENG, ENG.LNG, \"English [ENG.LNG]\"; DEU is "
-                   "German")
-      ->excludes(over);
-  addJson(getter);
-
-  const auto builder = add("build", "Make a language file of a list", &build);
-  builder.first->add_option("LIST", builder.second->file, "List, or - for standard input")
-      ->required();
-  builder.first
-      ->add_option("LNG", builder.second->output, "Language file, or - for standard output")
-      ->required();
-  builder.first->add_option("--title", builder.second->title, "Title in place of the list's");
-
-  const auto dumper = add("dump", "Print a list tab-separated, without loss", &dump);
-  dumper.first->add_option("FILE", dumper.second->file,
-                           "List, or - for standard input; without it, the built-in texts");
-  addJson(dumper);
-
-  const auto checker =
-      add("check", "Compare the texts that lists hold with the German ones", &check);
-  checker.first->add_option("FILE", checker.second->files,
-                            "Lists, or - for standard input; without any, the German texts alone");
-  addGerman(checker);
-  takesWholeNumber(*checker.first
-                        ->add_option("--room", checker.second->room.percent,
-                                     "Longest line in percent of the German text's")
-                        ->capture_default_str(),
-                   1, 10000);
-  addJson(checker);
-  checker.first->add_flag("--all", checker.second->all, "Print more than the first 1000");
-  checker.first->footer(
-      texts->get_footer() +
-      "\n\nTexts that a list lacks are not named, since the suite shows English or German ones in\n"
-      "their place; kpx texts coverage counts them.");
-
-  const auto coverer = add("coverage", "Print how many of the German texts lists hold", &coverage);
-  coverer.first->add_option("FILE", coverer.second->files, "Lists, or - for standard input")
-      ->required();
-  addGerman(coverer);
-  addJson(coverer);
-
-  const auto differ =
-      add("diff", "Print what two lists say differently; exit code 1 if they do", &diff);
-  differ.first->add_option("A", differ.second->file, "List")->required();
-  differ.first->add_option("B", differ.second->other, "List")->required();
-  addJson(differ);
+  texts.verb("get", "Print a text as the suite shows it to this user", &get)
+      .needs("ID", &Arguments::id, "Number of the text", WholeNumbers())
+      .takes("FILE", &Arguments::files,
+             "Lists to lay over the built-in texts, in place of a language")
+      .takes("--language", &Arguments::language,
+             "Language in place of the user's: ENG, ENG.LNG, \"English [ENG.LNG]\"; DEU is German")
+      .excludes("--language", {"FILE"})
+      .takes("--json", &Arguments::json, "Print JSON");
+  texts.verb("build", "Make a language file of a list", &build)
+      .needs("LIST", &Arguments::file, "List, or - for standard input")
+      .needs("LNG", &Arguments::output, "Language file, or - for standard output")
+      .takes("--title", &Arguments::title, "Title in place of the list's");
+  texts.verb("dump", "Print a list tab-separated, without loss", &dump)
+      .takes("FILE", &Arguments::file,
+             "List, or - for standard input; without it, the built-in texts")
+      .takes("--json", &Arguments::json, "Print JSON");
+  texts.verb("check", "Compare the texts that lists hold with the German ones", &check)
+      .takes("FILE", &Arguments::files,
+             "Lists, or - for standard input; without any, the German texts alone")
+      .takes("--german", &Arguments::german, german)
+      .with(&Arguments::room, &addRoom)
+      .takes("--json", &Arguments::json, "Print JSON")
+      .takes("--all", &Arguments::all, "Print more than the first 1000")
+      .footer(aboutLists +
+              "\n\nTexts that a list lacks are not named, since the suite shows English or German "
+              "ones in\ntheir place; kpx texts coverage counts them.");
+  texts.verb("coverage", "Print how many of the German texts lists hold", &coverage)
+      .needs("FILE", &Arguments::files, "Lists, or - for standard input")
+      .takes("--german", &Arguments::german, german)
+      .takes("--json", &Arguments::json, "Print JSON");
+  texts.verb("diff", "Print what two lists say differently; exit code 1 if they do", &diff)
+      .needs("A", &Arguments::file, "List")
+      .needs("B", &Arguments::other, "List")
+      .takes("--json", &Arguments::json, "Print JSON");
 }
 
 }  // namespace kpx::tool

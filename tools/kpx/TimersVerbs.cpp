@@ -1,9 +1,9 @@
 #include <algorithm>
-#include <memory>
 #include <string>
 #include <vector>
 
 #include "kpx/support/timers/TimerReport.h"
+#include "tools/kpx/Answers.h"
 #include "tools/kpx/Input.h"
 #include "tools/kpx/Output.h"
 #include "tools/kpx/Verbs.h"
@@ -80,7 +80,9 @@ Exit show(const Arguments& arguments) {
     json.push_back({{"timers", std::move(timers)}});
   }
   if (arguments.json) {
-    printJson(json);
+    Json answer = answerAbout(arguments.file);
+    answer["reports"] = std::move(json);
+    printJson(answer);
   } else {
     print(shown(text));
   }
@@ -129,18 +131,14 @@ Exit trace(const Arguments& arguments) {
 
 }  // namespace
 
-void addTimersVerbs(CLI::App& app, Action& chosen) {
-  CLI::App* timers = app.add_subcommand("timers", "Show timer reports in CSV");
-
-  const auto add = [&](const char* name, const char* description, Exit (*verb)(const Arguments&)) {
-    auto added = addVerb(*timers, chosen, name, description, verb);
-    added.first->add_option("CSV", added.second->file, "Timer report, or - for standard input")
-        ->required();
-    return added;
-  };
-  const auto shower = add("show", "Print a table, longest first", &show);
-  shower.first->add_flag("--json", shower.second->json, "Print JSON");
-  add("trace", "Print trace events in JSON for the trace viewer of a browser", &trace);
+void addTimersVerbs(VerbGroup& program) {
+  VerbGroup timers = program.group("timers", "Show timer reports in CSV");
+  const char* const report = "Timer report, or - for standard input";
+  timers.verb("show", "Print a table, longest first", &show)
+      .needs("CSV", &Arguments::file, report)
+      .takes("--json", &Arguments::json, "Print JSON");
+  timers.verb("trace", "Print trace events in JSON for the trace viewer of a browser", &trace)
+      .needs("CSV", &Arguments::file, report);
 }
 
 }  // namespace kpx::tool

@@ -1,14 +1,13 @@
 #include <algorithm>
 #include <cstdint>
-#include <memory>
 #include <string>
 
 #include "kpx/platform/ProgressDialog.h"
 #include "kpx/platform/TerminalProgress.h"
 #include "kpx/support/zip/Unzip.h"
 #include "kpx/support/zip/ZipArchive.h"
+#include "tools/kpx/Answers.h"
 #include "tools/kpx/Output.h"
-#include "tools/kpx/Usage.h"
 #include "tools/kpx/Verbs.h"
 
 namespace kpx::tool {
@@ -56,13 +55,15 @@ void requireArchive(const Arguments& arguments, ZipStatus status, const FileResu
 }
 
 Json jsonOf(const Arguments& arguments, ZipStatus status) {
-  Json json{{"archive", arguments.archive}, {"status", shown(CString(zipStatusName(status)))}};
-  json["entries"] = Json::array();
+  Json json = answerAbout(arguments.archive);
+  json.update({{"archive", arguments.archive},  // as the only name that it had once
+               {"status", wordOf(zipStatusName(status))},
+               {"entries", Json::array()}});
   return json;
 }
 
 Json jsonOf(const CString& name, ZipStatus status, const CString& message) {
-  Json json{{"name", shown(name)}, {"status", shown(CString(zipStatusName(status)))}};
+  Json json{{"name", shown(name)}, {"status", wordOf(zipStatusName(status))}};
   if (isRefusal(status)) json["message"] = shown(message);
   return json;
 }
@@ -168,28 +169,22 @@ Exit run(const Arguments& arguments) {
 
 }  // namespace
 
-void addUnzipVerb(CLI::App& app, Action& chosen) {
-  auto arguments = std::make_shared<Arguments>();
-  CLI::App* command = app.add_subcommand("unzip", "Unpack, list or test a zip archive");
-  command->add_option("ARCHIVE", arguments->archive, "Zip archive")->required();
-  CLI::Option* folder =
-      command->add_option("-d", arguments->folder, "Folder to unpack to; created when missing");
-  CLI::Option* list = command->add_flag("--list", arguments->list, "Only print the entries");
-  CLI::Option* test =
-      command->add_flag("--test", arguments->test, "Only check that everything can be unpacked");
-  CLI::Option* overwrite =
-      command->add_option("--overwrite", arguments->overwrite,
-                          "What becomes of files that exist; without it they are kept, with exit "
-                          "code 5");
-  overwrite->check(oneOf({"never", "always"}));
-  list->excludes(test)->excludes(folder)->excludes(overwrite);
-  test->excludes(folder)->excludes(overwrite);
-  command->add_flag("--json", arguments->json, "Print JSON");
-  command->footer(
-      "Entries that would lie outside the folder, that are links, or that are damaged are refused\n"
-      "by name with the reason; the others are unpacked (exit code 5). An interrupted run leaves\n"
-      "no unfinished file.");
-  command->callback([&chosen, arguments] { chosen = [arguments] { return run(*arguments); }; });
+void addUnzipVerb(VerbGroup& program) {
+  program.verb("unzip", "Unpack, list or test a zip archive", &run)
+      .needs("ARCHIVE", &Arguments::archive, "Zip archive")
+      .takes("-d", &Arguments::folder, "Folder to unpack to; created when missing")
+      .takes("--list", &Arguments::list, "Only print the entries")
+      .takes("--test", &Arguments::test, "Only check that everything can be unpacked")
+      .takes("--overwrite", &Arguments::overwrite,
+             "What becomes of files that exist; without it they are kept, with exit code 5",
+             OneOf{{"never", "always"}})
+      .excludes("--list", {"--test", "-d", "--overwrite"})
+      .excludes("--test", {"-d", "--overwrite"})
+      .takes("--json", &Arguments::json, "Print JSON")
+      .footer(
+          "Entries that would lie outside the folder, that are links, or that are damaged are "
+          "refused\nby name with the reason; the others are unpacked (exit code 5). An interrupted "
+          "run leaves\nno unfinished file.");
 }
 
 }  // namespace kpx::tool

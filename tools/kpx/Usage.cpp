@@ -1,8 +1,7 @@
 #include "tools/kpx/Usage.h"
 
 #include <algorithm>
-#include <charconv>
-#include <cstdint>
+#include <CLI/CLI.hpp>
 #include <string_view>
 #include <vector>
 
@@ -174,32 +173,6 @@ void prepare(CLI::App& app, const std::string& commonFooter) {
 }
 
 }  // namespace
-
-void takesWholeNumber(CLI::Option& option, std::int32_t least, std::int32_t most) {
-  const auto check = [least, most](std::string& text) -> std::string {
-    std::int32_t number = 0;
-    const char* const end = text.data() + text.size();
-    const auto read = std::from_chars(text.data(), end, number);
-    if (read.ec != std::errc() || read.ptr != end || number < least || number > most) {
-      return "'" + text + "' is no whole number from " + std::to_string(least) + " to " +
-             std::to_string(most);
-    }
-    text = std::to_string(number);  // the parser would take 010 for 8
-    return {};
-  };
-  option.transform(CLI::Validator(check, ""));
-}
-
-CLI::Validator oneOf(std::initializer_list<const char*> words) {
-  std::string list;
-  for (const char* const word : words) list += (list.empty() ? "" : ", ") + std::string(word);
-  const std::vector<std::string> allowed(words.begin(), words.end());
-  const auto check = [allowed, list](const std::string& text) {
-    return std::ranges::find(allowed, text) != allowed.end() ? std::string()
-                                                             : "'" + text + "' is none of " + list;
-  };
-  return CLI::Validator(check, "{" + list + "}");
-}
 
 void prepareVerbs(CLI::App& program) {
   program.get_formatter()->label("SUBCOMMAND", "VERB");

@@ -1,20 +1,13 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
-#include <cstdint>
-#include <initializer_list>
 #include <string>
 
+namespace CLI {
+class App;
+class ParseError;
+}  // namespace CLI
+
 namespace kpx::tool {
-
-// --- values of options and arguments ------------------------------------------------------------
-
-/// Lets an option take whole numbers of a range only, in decimal digits.
-void takesWholeNumber(CLI::Option& option, std::int32_t least, std::int32_t most);
-/// Lets an option take some words only.
-CLI::Validator oneOf(std::initializer_list<const char*> words);
-
-// --- the whole command line ---------------------------------------------------------------------
 
 /// To be called when all verbs are there: lets the parser hand over what no verb has, so that
 /// `usageProblem` can tell of it, and gives each verb the program's footer below its own.

@@ -1,11 +1,11 @@
 #include <algorithm>
 #include <chrono>
-#include <memory>
 #include <vector>
 
 #include "kpx/xml/CMarkup.h"
 #include "kpx/xml/Encoding.h"
 #include "kpx/xml/MarkupFormat.h"
+#include "tools/kpx/Answers.h"
 #include "tools/kpx/FileChange.h"
 #include "tools/kpx/Input.h"
 #include "tools/kpx/Output.h"
@@ -25,56 +25,35 @@ struct Arguments {
 
 // --- check ----------------------------------------------------------------------------------
 
-Exit checkFile(const std::string& file, const Arguments& arguments, Json& report) {
-  Json entry;
-  entry["file"] = file;
-  std::vector<ProblemLine> problems;
-  std::size_t leftOut = 0;
-  std::string name = file;
-  Exit exit = Exit::success;
-  try {
-    const Input input = readInput(file);
-    name = input.name;
-    ReadDocument read = checkInput(input, arguments.all ? noProblemLimit : usualProblemLimit);
-    problems = std::move(read.problems);
-    leftOut = read.problemCount - problems.size();
-    entry["encoding"] = read.encoding;
-    if (!read.readable) {
-      exit = Exit::input;
-    } else if (read.errorCount > 0) {
-      exit = Exit::no;
-    }
-  } catch (const Failure& failure) {
-    if (!arguments.json) complain(failure.what());
-    entry["error"] = failure.what();
-    exit = failure.code();
-  }
-  entry["well_formed"] = exit == Exit::success;
-  Json list = Json::array();
-  for (const ProblemLine& problem : problems) {
+Exit checkFile(const std::string& file, const Arguments& arguments, Json& answer) {
+  answer["well_formed"] = false;  // what cannot be read is not
+  answer["problems"] = Json::array();
+  const Input input = readInput(file);
+  const ReadDocument read = checkInput(input, arguments.all ? noProblemLimit : usualProblemLimit);
+  const Exit exit = !read.readable ? Exit::input : read.errorCount == 0 ? Exit::success : Exit::no;
+  answer["encoding"] = read.encoding;
+  answer["well_formed"] = exit == Exit::success;
+  for (const ProblemLine& problem : read.problems) {
     if (arguments.json) {
-      list.push_back(
-          {{"line", problem.line}, {"column", problem.column}, {"message", problem.sentence}});
-      if (problem.isWarning) list.back()["warning"] = true;
+      answer["problems"].push_back(jsonOf(problem));
     } else {
-      printLine(placeOf(name, problem));
+      printLine(placeOf(input.name, problem));
     }
   }
-  entry["problems"] = std::move(list);
-  if (leftOut > 0) entry["left_out"] = leftOut;
-  if (!arguments.json && leftOut > 0) printLine(leftOutLine(name, leftOut));
-  if (!arguments.json && exit == Exit::success) printLine(name + ": well-formed");
-  report.push_back(std::move(entry));
+  if (const std::size_t leftOut = read.problemCount - read.problems.size(); leftOut > 0) {
+    answer["left_out"] = leftOut;
+    if (!arguments.json) printLine(leftOutLine(input.name, leftOut));
+  }
+  if (!arguments.json && exit == Exit::success) printLine(input.name + ": well-formed");
   return exit;
 }
 
 Exit check(const Arguments& arguments) {
-  Json report = Json::array();
-  Exit exit = Exit::success;
-  for (const std::string& file : arguments.files) {
-    exit = std::max(exit, checkFile(file, arguments, report));
-  }
-  if (arguments.json) printJson(report);
+  Json answer;
+  const Exit exit = answerForEach(
+      arguments.files, answer,
+      [&](const std::string& file, Json& each) { return checkFile(file, arguments, each); });
+  if (arguments.json) printJson(answer);
   return exit;
 }
 
@@ -128,7 +107,7 @@ double parseSeconds(const Input& input, int& runs) {
   return seconds[static_cast<std::size_t>(runs / 2)];
 }
 
-Exit statsOfFile(const std::string& file, const Arguments& arguments, Json& report) {
+Exit statsOfFile(const std::string& file, const Arguments& arguments, Json& answer) {
   const Input input = readInput(file);
   ReadDocument read = parseInput(input);
   if (!read.readable) {
@@ -143,16 +122,15 @@ Exit statsOfFile(const std::string& file, const Arguments& arguments, Json& repo
   const double megabytes = static_cast<double>(input.bytes().size()) / 1e6;
 
   if (arguments.json) {
-    report.push_back({{"file", file},
-                      {"bytes", input.bytes().size()},
-                      {"encoding", read.encoding},
-                      {"elements", shape.elements},
-                      {"attributes", shape.attributes},
-                      {"depth", shape.depth},
-                      {"well_formed", wellFormed},
-                      {"milliseconds", seconds * 1e3},
-                      {"mb_per_second", seconds > 0 ? megabytes / seconds : 0.0},
-                      {"runs", runs}});
+    answer.update({{"bytes", input.bytes().size()},
+                   {"encoding", read.encoding},
+                   {"elements", shape.elements},
+                   {"attributes", shape.attributes},
+                   {"depth", shape.depth},
+                   {"well_formed", wellFormed},
+                   {"milliseconds", seconds * 1e3},
+                   {"mb_per_second", seconds > 0 ? megabytes / seconds : 0.0},
+                   {"runs", runs}});
   } else {
     CString text;
     text.Format(u"%s\n  %-12s %.3f MB, %s\n  %-12s %d\n  %-12s %lld\n  %-12s %d\n  %-12s %s\n",
@@ -171,23 +149,17 @@ Exit statsOfFile(const std::string& file, const Arguments& arguments, Json& repo
 }
 
 Exit stats(const Arguments& arguments) {
-  Json report = Json::array();
-  Exit exit = Exit::success;
-  for (const std::string& file : arguments.files) {
-    try {
-      exit = std::max(exit, statsOfFile(file, arguments, report));
-    } catch (const Failure& failure) {
-      complain(failure.what());
-      exit = std::max(exit, failure.code());
-    }
-  }
-  if (arguments.json) printJson(report);
+  Json answer;
+  const Exit exit = answerForEach(
+      arguments.files, answer,
+      [&](const std::string& file, Json& each) { return statsOfFile(file, arguments, each); });
+  if (arguments.json) printJson(answer);
   return exit;
 }
 
 // --- format ---------------------------------------------------------------------------------
 
-Exit formatFile(const std::string& file, const Arguments& arguments, Json& report) {
+Exit formatFile(const std::string& file, const Arguments& arguments, Json& answer) {
   FileChange change(file,
                     arguments.write ? std::optional<ChangeWait>(arguments.wait) : std::nullopt);
   const Input& input = change.input();
@@ -200,9 +172,9 @@ Exit formatFile(const std::string& file, const Arguments& arguments, Json& repor
   }
   const bool isFormatted = formatted.bytes == input.bytes();
   if (arguments.check || arguments.write) {
-    report.push_back({{"file", file}, {"formatted", isFormatted}});
+    answer["formatted"] = isFormatted;
   } else if (arguments.json) {
-    report = {{"file", input.name}, {"text", shown(text)}};
+    answer["text"] = shown(text);
   } else {
     print(formatted.bytes);
   }
@@ -216,39 +188,33 @@ Exit format(const Arguments& arguments) {
   if (arguments.files.size() > 1 && !arguments.check && !arguments.write) {
     throw Failure(Exit::usage, "several files need --check or --write");
   }
-  Json report = Json::array();
-  const Exit exit = forEachFile(arguments.files, [&](const std::string& file) {
-    return formatFile(file, arguments, report);
-  });
-  const bool isList = arguments.check || arguments.write;
-  if (arguments.json && (isList || !report.empty())) printJson(report);
+  Json answer;
+  const Exit exit = answerForEach(
+      arguments.files, answer,
+      [&](const std::string& file, Json& each) { return formatFile(file, arguments, each); });
+  if (arguments.json) printJson(answer);
   return exit;
 }
 
 }  // namespace
 
-void addXmlVerbs(CLI::App& app, Action& chosen) {
-  CLI::App* xml = app.add_subcommand("xml", "Check, measure and format XML files");
-
+void addXmlVerbs(VerbGroup& program) {
+  VerbGroup xml = program.group("xml", "Check, measure and format XML files");
   const auto add = [&](const char* name, const char* description, Exit (*verb)(const Arguments&)) {
-    auto added = addVerb(*xml, chosen, name, description, verb);
-    added.first->add_option("FILE", added.second->files, "XML files, or - for standard input")
-        ->required();
-    added.first->add_flag("--json", added.second->json, "Print JSON");
-    return added;
+    return xml.verb(name, description, verb)
+        .needs("FILE", &Arguments::files, "XML files, or - for standard input")
+        .takes("--json", &Arguments::json, "Print JSON");
   };
-  const auto checker =
-      add("check", "Print what other programs would refuse, with line and column", &check);
-  checker.first->add_flag("--all", checker.second->all, "Print more than the first 1000");
+  add("check", "Print what other programs would refuse, with line and column", &check)
+      .takes("--all", &Arguments::all, "Print more than the first 1000");
   add("stats", "Print size, elements, depth, well-formedness and parsing speed", &stats);
-  const auto [command, arguments] =
-      add("format", "Print the document with one element a line, indented, in its own encoding",
-          &format);
-  CLI::Option* const checks = command->add_flag(
-      "--check", arguments->check, "Only name the files that are not so; exit code 1 if any is");
-  command->add_flag("--write", arguments->write, "Write the file again in place of printing it")
-      ->excludes(checks);
-  addWaitOption(*command, arguments->wait);
+  add("format", "Print the document with one element a line, indented, in its own encoding",
+      &format)
+      .takes("--check", &Arguments::check,
+             "Only name the files that are not so; exit code 1 if any is")
+      .takes("--write", &Arguments::write, "Write the file again in place of printing it")
+      .excludes("--write", {"--check"})
+      .with(&Arguments::wait, &addWaitOption);
 }
 
 }  // namespace kpx::tool

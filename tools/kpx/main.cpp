@@ -1,18 +1,17 @@
-#include <algorithm>
-#include <CLI/CLI.hpp>
 #include <exception>
 #include <new>
 #include <string>
 #include <utility>
+#include <variant>
 #include <vector>
 
 #include "kpx/platform/CommandLine.h"
 #include "kpx/report/Error.h"
 #include "kpx/report/Exceptions.h"
 #include "kpx/support/texts/TextStore.h"
+#include "tools/kpx/CommandLine.h"
 #include "tools/kpx/Exit.h"
 #include "tools/kpx/Output.h"
-#include "tools/kpx/Usage.h"
 #include "tools/kpx/Verbs.h"
 
 namespace kpx::tool {
@@ -72,66 +71,32 @@ Exit answer(const std::string& text) {
   }
 }
 
-/// Reads the command line. Raises a Failure (wrong usage) for anything that no verb takes.
-void parse(CLI::App& app, std::vector<std::string> arguments) {
-  for (const std::string& argument : arguments) given(argument);
-  const auto end = std::ranges::find(arguments, "--");
-  // The parser would pass over it.
-  if (std::find(arguments.begin(), end, "++") != end) {
-    throw Failure(Exit::usage, "'++' needs -- before it");
-  }
-  std::ranges::reverse(arguments);  // as the parser takes them
-  std::string problem;
-  try {
-    app.parse(std::move(arguments));
-    problem = usageProblem(app, nullptr);
-  } catch (const CLI::Success&) {
-    throw;  // help and version
-  } catch (const CLI::ParseError& error) {
-    problem = usageProblem(app, &error);
-  }
-  if (!problem.empty()) throw Failure(Exit::usage, problem);
-}
-
 int runProgram(std::vector<std::string> arguments) {
-  CLI::App app(
+  CommandLine program(
+      "kpx",
       "Reads, changes and checks the configuration, XML and INI files and the registry of the "
       "suite.",
-      "kpx");
-  // "/data/job.xml" is a file on every system.
-  app.allow_windows_style_options(false);
-  app.set_help_flag("-h,--help", "Print this help and exit");
-  app.set_version_flag("--version", std::string("kpx ") + KPX_VERSION,
-                       "Print the version and exit");
-  app.footer(commonFooter);
-  Action chosen;
-  addConfigVerbs(app, chosen);
-  addClassesVerbs(app, chosen);
-  addIniVerbs(app, chosen);
-  addNasVerbs(app, chosen);
-  addRegistryVerbs(app, chosen);
-  addTextsVerbs(app, chosen);
-  addTimersVerbs(app, chosen);
-  addUnzipVerb(app, chosen);
-  addErrorsVerbs(app, chosen);
-  addLogVerbs(app, chosen);
-  addDoctorVerb(app, chosen);
-  addXmlVerbs(app, chosen);
-  app.set_help_all_flag("--help-all", "Print the help of all verbs and exit");
-  prepareVerbs(app);
+      "kpx " KPX_VERSION, commonFooter);
+  addConfigVerbs(program);
+  addClassesVerbs(program);
+  addIniVerbs(program);
+  addNasVerbs(program);
+  addRegistryVerbs(program);
+  addTextsVerbs(program);
+  addTimersVerbs(program);
+  addUnzipVerb(program);
+  addErrorsVerbs(program);
+  addLogVerbs(program);
+  addDoctorVerb(program);
+  addXmlVerbs(program);
   try {
-    parse(app, std::move(arguments));
-  } catch (const CLI::CallForVersion& version) {
-    return static_cast<int>(answer(std::string(version.what()) + "\n"));
-  } catch (const CLI::CallForAllHelp&) {
-    return static_cast<int>(answer(helpOfAllVerbs(app)));
-  } catch (const CLI::CallForHelp&) {
-    return static_cast<int>(answer(app.help()));
+    const auto chosen = program.parse(std::move(arguments));
+    const auto* const action = std::get_if<Action>(&chosen);
+    return static_cast<int>(action ? run(*action) : answer(std::get<std::string>(chosen)));
   } catch (const Failure& failure) {
     complain(failure.what());
     return static_cast<int>(failure.code());
   }
-  return static_cast<int>(run(chosen));
 }
 
 }  // namespace

@@ -18,7 +18,7 @@ namespace {
 
 /// What the getter of a number makes of a text.
 CString readAs(ValueKind kind, std::u16string_view text) {
-  if (kind != ValueKind::real) return detail::longAsText(textAsLong(text));
+  if (kind != ValueKind::real) return detail::longAsText(detail::textAsLong(text));
   const double value = detail::textAsDouble(text);
   // All digits, but as a person writes them where that is possible.
   const bool isUsual = value == 0 || (std::abs(value) >= 1e-6 && std::abs(value) < 1e9);

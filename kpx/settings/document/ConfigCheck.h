@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 
 #include "kpx/report/Export.h"
 #include "kpx/settings/document/ConfigView.h"
@@ -56,5 +57,7 @@ KPX_API Problems<ConfigFinding> validateConfigurations(const ConfigView& view,
 /// A finding as a sentence without its subject, which is the class and the key: "has a value that
 /// is not a whole number: "4.5" is read as 4". Texts of the document stand in it as they are.
 KPX_API CString describe(const ConfigFinding& finding);
+/// A word for programs that stays the same: "unknown-key".
+KPX_API std::u16string_view kindName(FindingKind kind) noexcept;
 
 }  // namespace kpx

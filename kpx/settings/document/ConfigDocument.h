@@ -86,10 +86,10 @@ struct DocumentChange {
 /// what stands in the document under them counts for nobody.
 ///
 /// Reading from several threads is safe while nobody changes the document.
-class KPX_API ConfigDocument {
+class ConfigDocument {
  public:
   /// Without a root: the first configuration becomes it, and stays the only one.
-  ConfigDocument();
+  KPX_API ConfigDocument();
   ConfigDocument(ConfigDocument&&) noexcept = default;
   ConfigDocument& operator=(ConfigDocument&&) noexcept = default;
   ~ConfigDocument() = default;
@@ -97,23 +97,23 @@ class KPX_API ConfigDocument {
   // --- whole documents ------------------------------------------------------------------------
 
   /// Gives a document without a root one; false when the name cannot be one.
-  bool addRoot(const CString& name);
+  KPX_API bool addRoot(const CString& name);
   /// Replaces the content by that of a file, or by bytes as of a file; a failure leaves it as it
   /// was. Other than `CMarkup::Load`, takes nothing that could not be written back.
-  DocumentResult load(const CString& path);
-  DocumentResult read(std::string_view bytes);
+  KPX_API DocumentResult load(const CString& path);
+  KPX_API DocumentResult read(std::string_view bytes);
   /// Writes the document whole or not at all. The file that was loaded or saved last is not
   /// overwritten when another program has changed it since.
-  DocumentResult save(const CString& path, SaveMode mode = SaveMode::unlessChanged);
+  KPX_API DocumentResult save(const CString& path, SaveMode mode = SaveMode::unlessChanged);
   /// Loads a file, lets `change` change it and saves it, so that of several programs that do this
   /// at the same time none undoes what another one did: they wait for each other for up to
   /// `patience`, then the answer is `locked`. Nothing is saved when `change` answers another
   /// outcome than `ok`, which becomes the answer, or changes nothing.
-  static DocumentResult changeFile(const CString& path,
-                                   const std::function<DocumentResult(ConfigDocument&)>& change,
-                                   std::chrono::milliseconds patience = changePatience);
+  KPX_API static DocumentResult changeFile(
+      const CString& path, const std::function<DocumentResult(ConfigDocument&)>& change,
+      std::chrono::milliseconds patience = changePatience);
   /// The same into bytes, which stay as they are after a failure.
-  DocumentResult write(std::string& bytes);
+  KPX_API DocumentResult write(std::string& bytes);
 
   /// The document as it was read or written last, without later changes, and its configurations:
   /// for what else a program wants to know of it.
@@ -126,50 +126,52 @@ class KPX_API ConfigDocument {
 
   int count() const noexcept { return static_cast<int>(held_.size()); }
   /// nullptr: the catalogue does not know it.
-  const SettingsClass* classOf(int configuration) const noexcept;
+  KPX_API const SettingsClass* classOf(int configuration) const noexcept;
   /// The configuration's own name in the document.
-  const CString& nameOf(int configuration) const noexcept;
+  KPX_API const CString& nameOf(int configuration) const noexcept;
   /// The `index`th configuration of a class, from 0; -1 if there are not so many.
-  int find(const SettingsClass& settingsClass, int index) const noexcept;
+  KPX_API int find(const SettingsClass& settingsClass, int index) const noexcept;
   /// Adds a new object of the class as the last configuration; the class has to be that of
   /// configurations.
-  DocumentResult add(const SettingsClass& settingsClass);
+  KPX_API DocumentResult add(const SettingsClass& settingsClass);
   /// A new object of the configuration's class that has read the document as it was read or written
   /// last; nullptr if the class is unknown, or the configuration was added since.
-  std::unique_ptr<CFGConfig> object(int configuration) const;
+  KPX_API std::unique_ptr<CFGConfig> object(int configuration) const;
 
   // --- settings -------------------------------------------------------------------------------
 
   /// How many keys the class has; each counts once.
-  int keyCount(int configuration) const noexcept;
+  KPX_API int keyCount(int configuration) const noexcept;
   /// The setting of a key, in the order of the class. Requires a number from 0 below `keyCount`.
-  const SettingDef& settingAt(int configuration, int number) const noexcept;
+  KPX_API const SettingDef& settingAt(int configuration, int number) const noexcept;
   /// nullptr if the class does not know the key.
-  const SettingDef* findSetting(int configuration, std::u16string_view key) const noexcept;
+  KPX_API const SettingDef* findSetting(int configuration, std::u16string_view key) const noexcept;
   /// Whether the document has a value under the key, or will have when it is written.
-  bool isStored(int configuration, std::u16string_view key) const noexcept;
+  KPX_API bool isStored(int configuration, std::u16string_view key) const noexcept;
 
   /// Of integers, flags and enumerations. Of `badStoredValue` the value is what it reads as.
-  DocumentResult getInteger(int configuration, std::u16string_view key, std::int32_t& value) const;
+  KPX_API DocumentResult getInteger(int configuration, std::u16string_view key,
+                                    std::int32_t& value) const;
   /// Of reals and all of these.
-  DocumentResult getReal(int configuration, std::u16string_view key, double& value) const;
+  KPX_API DocumentResult getReal(int configuration, std::u16string_view key, double& value) const;
   /// Of all types: texts and numbers as they are stored.
-  DocumentResult getText(int configuration, std::u16string_view key, CString& value) const;
+  KPX_API DocumentResult getText(int configuration, std::u16string_view key, CString& value) const;
 
   // What is stored is what the setter of the class stores, and only that value is changed in the
   // document; a key that it lacks is added with the caption, group and type of the class.
 
   /// Into integers, flags (0 and 1), enumerations and reals.
-  DocumentResult setInteger(int configuration, std::u16string_view key, std::int32_t value);
+  KPX_API DocumentResult setInteger(int configuration, std::u16string_view key, std::int32_t value);
   /// Into reals, with the decimals of the setting.
-  DocumentResult setReal(int configuration, std::u16string_view key, double value);
+  KPX_API DocumentResult setReal(int configuration, std::u16string_view key, double value);
   /// Into all types; of numbers the whole text has to be one, see `checkValueText`.
-  DocumentResult setText(int configuration, std::u16string_view key, std::u16string_view value);
+  KPX_API DocumentResult setText(int configuration, std::u16string_view key,
+                                 std::u16string_view value);
 
   /// Changes one value of the only configuration that can be meant. An older key is that column of
   /// the document here, and is not added. `done` tells of what was meant also after a failure.
-  DocumentResult change(const ConfigurationChoice& choice, const CString& key, const CString& text,
-                        MissingKey missingKey, DocumentChange& done);
+  KPX_API DocumentResult change(const ConfigurationChoice& choice, const CString& key,
+                                const CString& text, MissingKey missingKey, DocumentChange& done);
 
  private:
   /// A class of which the document has configurations, once for all of them.

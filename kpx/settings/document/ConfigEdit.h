@@ -4,7 +4,6 @@
 #include <vector>
 
 #include "kpx/config/KeyedCollection.h"
-#include "kpx/report/Export.h"
 #include "kpx/settings/Catalogue.h"
 #include "kpx/settings/document/ConfigView.h"
 #include "kpx/text/CString.h"
@@ -16,7 +15,7 @@ namespace kpx {
 /// text changes; what is added has its line ends.
 ///
 /// Configurations are counted from 0: those of the view, then those that are added.
-class KPX_API ConfigEdit {
+class ConfigEdit {
  public:
   /// The column of this key gets the text. A column without a value gets one; a key without a
   /// column gets the column that a new object has, or else that the setter creates, behind the
@@ -44,6 +43,6 @@ class KPX_API ConfigEdit {
 /// Adds a configuration with the line ends of the document: as the root of one that has none, else
 /// as the last child of the root. Answers false, with the document as it was, when the root is a
 /// configuration itself, which holds no others, or when the document does not take it.
-KPX_API bool addConfiguration(CMarkup& document, const CFGConfig& config);
+bool addConfiguration(CMarkup& document, const CFGConfig& config);
 
 }  // namespace kpx

@@ -58,4 +58,42 @@ CString describe(const ConfigFinding& finding) {
   return u"is not as it should be";
 }
 
+std::u16string_view kindName(FindingKind kind) noexcept {
+  switch (kind) {
+    case FindingKind::unknownClass:
+      return u"unknown-class";
+    case FindingKind::missingClass:
+      return u"missing-class";
+    case FindingKind::renamingClass:
+      return u"renaming-class";
+    case FindingKind::unknownKey:
+      return u"unknown-key";
+    case FindingKind::missingKey:
+      return u"missing-key";
+    case FindingKind::duplicateKey:
+      return u"duplicate-key";
+    case FindingKind::missingValue:
+      return u"missing-value";
+    case FindingKind::badValue:
+      return u"bad-value";
+    case FindingKind::thousandsMark:
+      return u"thousands-mark";
+    case FindingKind::notAsWritten:
+      return u"not-as-written";
+    case FindingKind::lineBreak:
+      return u"line-break";
+    case FindingKind::wrongType:
+      return u"wrong-type";
+    case FindingKind::badAttribute:
+      return u"bad-attribute";
+    case FindingKind::repeatedAttribute:
+      return u"repeated-attribute";
+    case FindingKind::foreignAttribute:
+      return u"foreign-attribute";
+    case FindingKind::foreignMarkup:
+      return u"foreign-markup";
+  }
+  return u"";
+}
+
 }  // namespace kpx

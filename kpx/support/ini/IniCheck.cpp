@@ -244,6 +244,40 @@ CString describe(const IniProblem& problem) {
   return text;
 }
 
+std::u16string_view kindName(IniProblemKind kind) noexcept {
+  switch (kind) {
+    case IniProblemKind::repeatedSection:
+      return u"repeated-section";
+    case IniProblemKind::repeatedKey:
+      return u"repeated-key";
+    case IniProblemKind::sectionDiffersInCase:
+      return u"section-differs-in-case";
+    case IniProblemKind::keyDiffersInCase:
+      return u"key-differs-in-case";
+    case IniProblemKind::keyBeforeSection:
+      return u"key-before-section";
+    case IniProblemKind::withoutMeaning:
+      return u"without-meaning";
+    case IniProblemKind::lineBreakInPath:
+      return u"line-break-in-path";
+    case IniProblemKind::tooLong:
+      return u"too-long";
+    case IniProblemKind::carriageReturn:
+      return u"carriage-return";
+    case IniProblemKind::nullCharacter:
+      return u"null-character";
+    case IniProblemKind::notInEncoding:
+      return u"not-in-encoding";
+    case IniProblemKind::mixedEncodings:
+      return u"mixed-encodings";
+    case IniProblemKind::noMark:
+      return u"no-mark";
+    case IniProblemKind::tooLarge:
+      return u"too-large";
+  }
+  return u"";
+}
+
 CString iniEncodingName(std::string_view bytes) {
   switch (detail::decodeStored(bytes).encoding.codePage) {
     case CodePage::utf16LittleEndian:

@@ -42,6 +42,8 @@ KPX_API Problems<IniProblem> checkIni(std::string_view bytes,
 
 /// The finding as an English sentence without its place.
 KPX_API CString describe(const IniProblem& problem);
+/// A word for programs that stays the same: "repeated-key".
+KPX_API std::u16string_view kindName(IniProblemKind kind) noexcept;
 
 /// The encoding that the bytes of an INI file are read in, for messages: "UTF-8".
 KPX_API CString iniEncodingName(std::string_view bytes);

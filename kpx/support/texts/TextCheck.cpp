@@ -150,6 +150,28 @@ CString describe(TextFindingKind kind) {
   return {};
 }
 
+std::u16string_view kindName(TextFindingKind kind) noexcept {
+  switch (kind) {
+    case TextFindingKind::repeatedId:
+      return u"repeated-id";
+    case TextFindingKind::emptyText:
+      return u"empty-text";
+    case TextFindingKind::unknownId:
+      return u"unknown-id";
+    case TextFindingKind::placeholders:
+      return u"placeholders";
+    case TextFindingKind::accelerator:
+      return u"accelerator";
+    case TextFindingKind::lineBreaks:
+      return u"line-breaks";
+    case TextFindingKind::tabs:
+      return u"tabs";
+    case TextFindingKind::tooLong:
+      return u"too-long";
+  }
+  return u"";
+}
+
 TextCoverage coverageOf(const TextList& list, const TextList& german) {
   const Effective texts = effectiveTexts(list);
   const Effective wanted = effectiveTexts(german);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 #include <vector>
 
 #include "kpx/report/Export.h"
@@ -47,6 +48,8 @@ KPX_API Problems<TextFinding> checkTexts(const TextList& list,
 
 /// A short English clause for messages: "takes other values than the German text".
 KPX_API CString describe(TextFindingKind kind);
+/// A word for programs that stays the same: "empty-text".
+KPX_API std::u16string_view kindName(TextFindingKind kind) noexcept;
 
 /// How much of the German list a translation holds.
 struct TextCoverage {

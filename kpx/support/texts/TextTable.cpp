@@ -37,23 +37,26 @@ std::optional<char16_t> unitOf(std::u16string_view digits) noexcept {
   return static_cast<char16_t>(unit);
 }
 
-/// The text of a line with its escapes resolved; the message when it is none.
-std::optional<CString> unescape(std::string_view bytes, CString& message) {
+/// The text of a line with its escapes resolved; the problem without its line when it is none.
+std::optional<CString> unescape(std::string_view bytes, TextTableProblem& problem) {
+  const auto refuse = [&](TextTableProblemKind kind, const CString& message) {
+    problem = {kind, 0, message};
+    return std::nullopt;
+  };
   std::u16string read;
   if (appendUtf8(read, bytes) != std::string_view::npos) {
-    message = u"this line is not UTF-8";
-    return std::nullopt;
+    return refuse(TextTableProblemKind::notUtf8, u"this line is not UTF-8");
   }
   const std::u16string_view text = read;
   CString result;
   for (std::size_t i = 0; i < text.size(); ++i) {
     if (text[i] == u'\t') {
-      message = u"a tab in a text is written as \\t";
-      return std::nullopt;
+      return refuse(TextTableProblemKind::strayTab, u"a tab in a text is written as \\t");
     }
     if (text[i] < 0x20) {
+      CString message;
       message.Format(u"a control character in a text is written as \\u%04X", int{text[i]});
-      return std::nullopt;
+      return refuse(TextTableProblemKind::controlCharacter, message);
     }
     if (text[i] != u'\\') {
       result += text[i];
@@ -63,8 +66,8 @@ std::optional<CString> unescape(std::string_view bytes, CString& message) {
     if (letter == u'u') {
       const std::optional<char16_t> unit = unitOf(text.substr(i + 1));
       if (!unit) {
-        message = u"\\u is not followed by four hexadecimal digits";
-        return std::nullopt;
+        return refuse(TextTableProblemKind::badEscape,
+                      u"\\u is not followed by four hexadecimal digits");
       }
       result += *unit;
       i += 4;
@@ -77,8 +80,8 @@ std::optional<CString> unescape(std::string_view bytes, CString& message) {
     } else if (letter == u'\\') {
       result += u'\\';
     } else {
-      message = u"a backslash is followed by none of n, r, t, u and another backslash";
-      return std::nullopt;
+      return refuse(TextTableProblemKind::badEscape,
+                    u"a backslash is followed by none of n, r, t, u and another backslash");
     }
   }
   return result;
@@ -100,9 +103,9 @@ class TableReader {
     const std::size_t tab = line.find('\t');
     const std::optional<std::int32_t> id = numberOf<std::int32_t>(line.substr(0, tab));
     if (tab == line.npos) {
-      report(u"there is no tab between an id and a text");
+      report(TextTableProblemKind::missingTab, u"there is no tab between an id and a text");
     } else if (!id) {
-      report(u"what stands before the tab is no id of 32 bits");
+      report(TextTableProblemKind::badId, u"what stands before the tab is no id of 32 bits");
     } else if (std::optional<CString> text = textBehind(line, tab + 1)) {
       list_.entries.push_back({*id, std::move(*text)});
     }
@@ -119,21 +122,21 @@ class TableReader {
       if (header) {
         list_.header = *header;
       } else {
-        report(u"the header is no number of 32 bits");
+        report(TextTableProblemKind::badHeader, u"the header is no number of 32 bits");
       }
     }
   }
 
   std::optional<CString> textBehind(std::string_view line, std::size_t start) {
-    CString message;
-    std::optional<CString> text = unescape(line.substr(start), message);
-    if (!text) report(message);
+    TextTableProblem problem{TextTableProblemKind::badEscape, 0, {}};
+    std::optional<CString> text = unescape(line.substr(start), problem);
+    if (!text) report(problem.kind, problem.message);
     return text;
   }
 
-  void report(const CString& message) {
+  void report(TextTableProblemKind kind, const CString& message) {
     problems_.add(static_cast<std::size_t>(line_), 0, [&] {
-      return TextTableProblem{line_, message};
+      return TextTableProblem{kind, line_, message};
     });
   }
 
@@ -151,6 +154,26 @@ bool needsNumber(std::u16string_view text, std::size_t at) noexcept {
 }
 
 }  // namespace
+
+std::u16string_view kindName(TextTableProblemKind kind) noexcept {
+  switch (kind) {
+    case TextTableProblemKind::notUtf8:
+      return u"not-utf8";
+    case TextTableProblemKind::strayTab:
+      return u"stray-tab";
+    case TextTableProblemKind::controlCharacter:
+      return u"control-character";
+    case TextTableProblemKind::badEscape:
+      return u"bad-escape";
+    case TextTableProblemKind::missingTab:
+      return u"missing-tab";
+    case TextTableProblemKind::badId:
+      return u"bad-id";
+    case TextTableProblemKind::badHeader:
+      return u"bad-header";
+  }
+  return u"";
+}
 
 Problems<TextTableProblem> readTextTable(std::string_view bytes, TextList& list,
                                          std::size_t limit) {

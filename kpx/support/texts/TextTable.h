@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -20,8 +21,23 @@ namespace kpx {
 //
 // The built-in texts are such a list.
 
+/// What can be wrong with a line of a list.
+enum class TextTableProblemKind : std::uint8_t {
+  notUtf8,
+  strayTab,  // in a text
+  controlCharacter,
+  badEscape,
+  missingTab,  // between id and text
+  badId,
+  badHeader,
+};
+
+/// A word for programs that stays the same: "not-utf8".
+KPX_API std::u16string_view kindName(TextTableProblemKind kind) noexcept;
+
 /// What is wrong with a line of a list.
 struct TextTableProblem {
+  TextTableProblemKind kind;
   int line = 0;  // from 1
   CString message;
 };
