@@ -60,12 +60,14 @@ def name_of(symbol):
     if re.match(r"(vtable|typeinfo|VTT|non-virtual|virtual|guard variable) ?", symbol):
         return None
     symbol = re.sub(r"\[abi:\w+\]", "", symbol).replace("operator()", "operator_call")
-    operator = re.search(r"operator(<<|>>|<=>|<=|>=|<|>|->)", symbol)
-    if operator:  # its signs are no brackets
-        symbol = symbol.replace(operator[0], "operator_" + "_".join(str(ord(sign)) for sign in operator[1]), 1)
+    # The signs of operators are no brackets.
+    sign = re.search(r"operator(<<|>>|<=>|<=|>=|<|>|->)", symbol)
+    if sign:
+        symbol = symbol.replace(sign[0], "operator_sign", 1)
     name = without_nested(without_nested(symbol, "<", ">"), "(", ")").removesuffix(" const")
-    before, is_operator, sign = name.partition("operator")
-    return (before.split(" ")[-1] + is_operator + sign).removeprefix("kpx::")
+    before, is_operator, after = name.partition("operator")
+    name = (before.split(" ")[-1] + is_operator + after).removeprefix("kpx::")
+    return name.replace("operator_sign", sign[0]) if sign else name
 
 
 def written(symbol):
