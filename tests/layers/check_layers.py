@@ -7,6 +7,13 @@ import re
 import sys
 from pathlib import Path
 
+HERE = Path(__file__).resolve().parent
+INCLUDE = re.compile(r'^\s*#\s*include\s+(["<])([^">]+)[">]')
+SYSTEM_CONDITION = re.compile(
+    r"^\s*#\s*(if|ifdef|ifndef|elif)\b.*\b(_WIN32|_WIN64|__linux__|__unix__|__APPLE__|WIN32)\b")
+SYSTEM_HEADERS = re.compile(
+    r"^(windows\.h|unistd\.h|fcntl\.h|dlfcn\.h|pwd\.h|iconv\.h|dirent\.h|sys/.*|linux/.*)$")
+
 
 def read_layers(path):
     layers = {}

@@ -7,7 +7,8 @@ namespace kpx {
 
 bool isAsWritten(AttributeKind kind, const CString& text) {
   if (kind == AttributeKind::integer) return detail::longAsText(utlTextAsLong(text)) == text;
-  if (kind == AttributeKind::time) return detail::timeDoubleText(detail::timeDoubleOf(text)) == text;
+  if (kind == AttributeKind::time)
+    return detail::timeDoubleText(detail::timeDoubleOf(text)) == text;
   return true;
 }
 
