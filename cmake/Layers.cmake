@@ -1,3 +1,9 @@
+# g++ 12 takes headers of the system that were read beforehand for ours, and warns falsely of their
+# texts of 16-bit units.
+foreach(warning array-bounds restrict stringop-overread stringop-overflow)
+  list(APPEND kpx_precompiled_options $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-${warning}>)
+endforeach()
+
 # kpx_layer(NAME SOURCES ... [LINK libraries...])
 #
 # One layer of the library: an object library `kpx_NAME`. The layers become one shared and one
@@ -12,6 +18,9 @@ function(kpx_layer name)
   target_link_libraries(kpx_${name} PUBLIC ${LAYER_LINK})
   target_compile_features(kpx_${name} PUBLIC cxx_std_20)
   # The release build does without, so that every file has to include what it uses.
+  if(KPX_PRECOMPILE)
+    target_compile_options(kpx_${name} PRIVATE ${kpx_precompiled_options})
+  endif()
   if(KPX_PRECOMPILE AND name STREQUAL report)
     target_precompile_headers(kpx_report PRIVATE <algorithm> <chrono> <functional> <map> <memory>
                               <optional> <span> <string> <string_view> <utility> <vector>)

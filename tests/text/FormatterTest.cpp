@@ -247,6 +247,13 @@ TEST(PrintFamily, TextsThatDoNotFitAreCutAndEnded) {
   EXPECT_STREQ(narrow, "");
 }
 
+// Under a sanitizer the standard library's own code calls that one's allocation functions.
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define KPX_OTHER_ALLOCATION
+#endif
+#endif
+#ifndef KPX_OTHER_ALLOCATION
 TEST(PrintFamily, WithoutMemoryTheAnswerIsMinusOne) {
   static char narrow[70000];
   static char16_t wide[70000];
@@ -259,6 +266,7 @@ TEST(PrintFamily, WithoutMemoryTheAnswerIsMinusOne) {
   EXPECT_EQ(answers[0], -1);
   EXPECT_EQ(answers[1], -1);
 }
+#endif
 
 template <class Unit>
 int printList(std::FILE* stream, const Unit* format, ...) {
