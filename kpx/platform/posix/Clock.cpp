@@ -80,7 +80,10 @@ class PosixClock final : public Clock {
  public:
   DateTime localNow() override {
     tzset();
-    const time_t moment = time(nullptr);
+    // time() lags behind by up to a tick, so that a file just written would be a second newer.
+    timespec now = {};
+    clock_gettime(CLOCK_REALTIME, &now);
+    const time_t moment = now.tv_sec;
     tm local = {};
     if (!localtime_r(&moment, &local)) return {};
     return {local.tm_year + 1900, local.tm_mon + 1, local.tm_mday,
