@@ -13,7 +13,7 @@ Json answerAbout(const std::string& file) {
   return answer;
 }
 
-std::string wordOf(std::u16string_view word) { return shown(CString(word)); }
+std::string wordOf(std::u16string_view word) { return asUtf8(CString(word)); }
 
 Json jsonOf(const ProblemLine& problem) {
   Json json{{"kind", problem.kind},

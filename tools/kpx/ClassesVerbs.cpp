@@ -53,10 +53,10 @@ Exit list(const Arguments& arguments) {
     const std::size_t count = keyCount(*entry, *object);
     const CString element = object->GetElementName();
     if (arguments.json) {
-      report.push_back({{"class", shown(entry->name)},
-                        {"family", shown(entry->family)},
+      report.push_back({{"class", asUtf8(entry->name)},
+                        {"family", asUtf8(entry->family)},
                         {"shape", shapeName(entry->shape)},
-                        {"element", shown(element)},
+                        {"element", asUtf8(element)},
                         {"settings", count}});
     } else {
       text.AppendFormat(u"%-34s %-14s %-14S %5zu  %s\n", entry->name, entry->family,
@@ -71,7 +71,7 @@ Exit list(const Arguments& arguments) {
     CString heading;
     heading.Format(u"%-34s %-14s %-14s %5s  %s\n", u"class", u"family", u"shape", u"keys",
                    u"element");
-    print(shown(heading + text));
+    print(asUtf8(heading + text));
   }
   return Exit::success;
 }
@@ -145,13 +145,13 @@ Exit show(const Arguments& arguments) {
               u"default", u"caption");
   for (const Shown& each : settingsOf(entry, *object)) {
     if (arguments.json) {
-      settings.push_back({{"key", shown(each.key)},
-                          {"getter", shown(each.getter)},
-                          {"setter", shown(each.setter)},
+      settings.push_back({{"key", asUtf8(each.key)},
+                          {"getter", asUtf8(each.getter)},
+                          {"setter", asUtf8(each.setter)},
                           {"kind", each.kind},
-                          {"default", shown(each.value)},
-                          {"caption", shown(each.caption)},
-                          {"group", shown(each.group)}});
+                          {"default", asUtf8(each.value)},
+                          {"caption", asUtf8(each.caption)},
+                          {"group", asUtf8(each.group)}});
     } else {
       text.AppendFormat(u"%-28s %-26s %-26s %-8S %-14s %s\n", each.key, each.getter, each.setter,
                         each.kind.c_str(), each.value, each.caption);
@@ -159,14 +159,14 @@ Exit show(const Arguments& arguments) {
   }
   if (arguments.json) {
     Json answer = newAnswer();
-    answer.update({{"class", shown(entry.name)},
-                   {"family", shown(entry.family)},
+    answer.update({{"class", asUtf8(entry.name)},
+                   {"family", asUtf8(entry.family)},
                    {"shape", shapeName(entry.shape)},
-                   {"element", shown(object->GetElementName())},
+                   {"element", asUtf8(object->GetElementName())},
                    {"accessors", std::move(settings)}});
     printJson(answer);
   } else {
-    print(shown(text));
+    print(asUtf8(text));
   }
   return Exit::success;
 }
@@ -174,11 +174,11 @@ Exit show(const Arguments& arguments) {
 // --- export ---------------------------------------------------------------------------------
 
 Json describe(const CString& key, const CFGCol& column) {
-  return {{"key", shown(key)},
+  return {{"key", asUtf8(key)},
           {"type", column.Type},
-          {"caption", shown(column.Caption)},
-          {"category", shown(column.Category)},
-          {"value", shown(column.Value.Value)},
+          {"caption", asUtf8(column.Caption)},
+          {"category", asUtf8(column.Category)},
+          {"value", asUtf8(column.Value.Value)},
           {"prec", column.Prec},
           {"param1", column.Param1},
           {"param2", column.Param2},
@@ -190,12 +190,12 @@ Json describe(const CString& key, const CFGCol& column) {
           {"nullable", column.Nullable},
           {"empty", column.Empty},
           {"unit", column.Unit},
-          {"default", shown(column.Default)}};
+          {"default", asUtf8(column.Default)}};
 }
 
 Json textsOf(const std::vector<CString>& texts) {
   Json list = Json::array();
-  for (const CString& text : texts) list.push_back(shown(text));
+  for (const CString& text : texts) list.push_back(asUtf8(text));
   return list;
 }
 
@@ -211,7 +211,7 @@ Json resetOrder(CFGConfig& object) {
 Json typed(const SettingValue& value) {
   if (const auto* integer = std::get_if<std::int32_t>(&value)) return *integer;
   if (const auto* real = std::get_if<double>(&value)) return *real;
-  return shown(std::get<CString>(value));
+  return asUtf8(std::get<CString>(value));
 }
 
 bool isNeutral(const SettingValue& value) {
@@ -240,21 +240,21 @@ Json exportClass(const SettingsClass& entry) {
     }
     order = resetOrder(config);
   }
-  Json result{{"class", shown(entry.name)},       {"name", shown(className)},
-              {"config_name", shown(configName)}, {"element", shown(object->GetElementName())},
-              {"settings", std::move(settings)},  {"reset_order", std::move(order)}};
+  Json result{{"class", asUtf8(entry.name)},       {"name", asUtf8(className)},
+              {"config_name", asUtf8(configName)}, {"element", asUtf8(object->GetElementName())},
+              {"settings", std::move(settings)},   {"reset_order", std::move(order)}};
 
   Json setters = Json::object();
   Json missing = Json::object();
   for (const SettingAccess& access : entry.settings) {
     if (const auto column = columnCreatedBy(entry, access)) {
-      setters[shown(access.setter)] = {{"key", shown(column->Name)},
-                                       {"type", column->Type},
-                                       {"caption", shown(column->Caption)},
-                                       {"category", shown(column->Category)}};
+      setters[asUtf8(access.setter)] = {{"key", asUtf8(column->Name)},
+                                        {"type", column->Type},
+                                        {"caption", asUtf8(column->Caption)},
+                                        {"category", asUtf8(column->Category)}};
     }
     if (const auto answer = answerWhenMissing(entry, access); answer && !isNeutral(*answer)) {
-      missing[shown(access.getter)] = typed(*answer);
+      missing[asUtf8(access.getter)] = typed(*answer);
     }
   }
   result["setters"] = std::move(setters);

@@ -142,7 +142,7 @@ std::variant<Action, std::string> CommandLine::parse(std::vector<std::string> ar
   CLI::App& app = state_->app;
   app.set_help_all_flag("--help-all", "Print the help of all verbs and exit");
   prepareVerbs(app);
-  for (const std::string& argument : arguments) given(argument);
+  for (const std::string& argument : arguments) fromArgument(argument);
   const auto end = std::ranges::find(arguments, "--");
   // The parser would pass over it.
   if (std::find(arguments.begin(), end, "++") != end) {

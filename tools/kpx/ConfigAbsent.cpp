@@ -62,7 +62,7 @@ std::string whyAbsent(const Configurations& configurations, const CString& key) 
         each->settingsClass ? each->settingsClass->findKey(key) : nullptr;
     if (!access) continue;
     if (access->key() != key.view()) {
-      return "is an older name of '" + shown(access->key()) + "' and is not in this file";
+      return "is an older name of '" + asUtf8(access->key()) + "' and is not in this file";
     }
     return "is a setting of " + labelOf(*each) +
            " but is not in this file, and its default counts; kpx config set --add writes it";

@@ -89,8 +89,8 @@ std::string csvOf(const Configurations& configurations, const ConvertOptions& op
   csv.row({"class", "key", "value", "type", "caption", "group"});
   for (const PlainConfiguration& configuration : plainConfigurations(configurations)) {
     for (const PlainSetting& each : configuration.settings) {
-      csv.row({configuration.name, shown(each.key), shown(each.value), shown(each.type),
-               shown(each.caption), shown(each.group)});
+      csv.row({configuration.name, asUtf8(each.key), asUtf8(each.value), asUtf8(each.type),
+               asUtf8(each.caption), asUtf8(each.group)});
     }
   }
   return (options.mark ? "\xEF\xBB\xBF" : "") + csv.take();
@@ -136,7 +136,7 @@ std::string iniOf(const Configurations& configurations) {
         refuse(setting, std::string(problem));
       }
       if (!keys.insert(setting.key).second) refuse(setting, "stands here a second time");
-      out += shown(setting.key) + "=" + shown(iniValue(setting.value)) + "\r\n";
+      out += asUtf8(setting.key) + "=" + asUtf8(iniValue(setting.value)) + "\r\n";
     }
   }
   return out;
@@ -146,8 +146,8 @@ std::string iniOf(const Configurations& configurations) {
 
 bool isSameFile(const std::string& a, const std::string& b) {
   std::error_code error;
-  return std::filesystem::equivalent(std::filesystem::path(given(a).units()),
-                                     std::filesystem::path(given(b).units()), error);
+  return std::filesystem::equivalent(std::filesystem::path(fromArgument(a).units()),
+                                     std::filesystem::path(fromArgument(b).units()), error);
 }
 
 std::string xmlFrom(const std::string& file, const Selection& selection, bool strict) {

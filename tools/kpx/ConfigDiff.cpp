@@ -51,14 +51,14 @@ class DifferenceReport {
   void add(const Configurations& all, const ViewedConfiguration& owner, const CString& key,
            const CString* a, const CString* b) {
     const auto json = [](const CString* value) {
-      return value ? Json(shown(*value)) : Json(nullptr);
+      return value ? Json(asUtf8(*value)) : Json(nullptr);
     };
     const auto text = [](const CString* value) {
       return value->IsEmpty() ? std::string("\"\"") : shownOnOneLine(*value);
     };
     list_.push_back({{"class", nameOf(owner)},
                      {"index", owner.number},
-                     {"key", shown(key)},
+                     {"key", asUtf8(key)},
                      {"a", json(a)},
                      {"b", json(b)}});
     lines_ += labelOf(all, owner) + ": " + shownOnOneLine(key) + ": ";

@@ -238,7 +238,7 @@ class Reader {
       CString name;
       name.Format(u"holds the character U+%04X, which XML cannot carry",
                   static_cast<unsigned>(*found));
-      json_.fail(at, shown(name));
+      json_.fail(at, asUtf8(name));
     }
     return text;
   }
@@ -321,7 +321,7 @@ class Reader {
       result.notes.push_back(
           json_.located(at + (isKey ? "/key" : "/value"), shownName(finding.className) + "." +
                                                               shownName(finding.key) + " " +
-                                                              shown(describe(finding))));
+                                                              asUtf8(describe(finding))));
     }
   }
 
@@ -341,7 +341,7 @@ class Reader {
 
   std::string encoded(MarkupEncoding encoding) {
     EncodedText result = encodeMarkupText(out_, encoding);
-    const std::string name = shown(encodingName(encoding.codePage));
+    const std::string name = asUtf8(encodingName(encoding.codePage));
     if (!result.usable || result.losses > 0) {
       throw Failure(Exit::input,
                     source_ + ": holds characters that the encoding " + name + " cannot carry");

@@ -128,9 +128,9 @@ class Writer {
   void appendConfiguration(const ViewedConfiguration& parts, std::u16string_view before,
                            bool isFirst) {
     if (!parts.foreign.empty()) {
-      refuse(parts.foreign[0].offset, shown(view_.describe(parts.foreign[0])));
+      refuse(parts.foreign[0].offset, asUtf8(view_.describe(parts.foreign[0])));
     }
-    Json head{{"class", nameOf(parts)}, {"element", shown(parts.elementName)}};
+    Json head{{"class", nameOf(parts)}, {"element", asUtf8(parts.elementName)}};
     if (before != (isFirst ? usualDeclaration : usualLineEnd)) {
       head["before"] = jsonOfText(CString(before));
     }

@@ -122,7 +122,7 @@ std::string notInFile(const Request& request) {
       throw Failure(Exit::no, subject + whyAbsent(request.configurations, key));
     }
     default:
-      throw Failure(Exit::no, subject + shown(describe(result)));
+      throw Failure(Exit::no, subject + asUtf8(describe(result)));
   }
 }
 
@@ -166,7 +166,7 @@ Exit setValue(const std::string& file, const std::string& key, const Selection& 
 
   DocumentChange done;
   const DocumentResult result =
-      read.document.change(choiceOf(selection), given(key), given(options.value),
+      read.document.change(choiceOf(selection), fromArgument(key), fromArgument(options.value),
                            options.add ? MissingKey::add : MissingKey::refuse, done);
   if (!result.ok()) failChange({input.name, key, options, read}, result, done);
   const bool added = done.isAdded;
@@ -176,13 +176,13 @@ Exit setValue(const std::string& file, const std::string& key, const Selection& 
   if (options.backup) change.keepOld();
   if (write) change.write(bytes);
 
-  const std::string sentence = shownOnOneLine(given(key)) + ": " +
+  const std::string sentence = shownOnOneLine(fromArgument(key)) + ": " +
                                (added ? "added as " : shownOnOneLine(done.oldValue) + " -> ") +
                                shownOnOneLine(done.newValue) +
                                (!changed         ? " (unchanged)"
                                 : options.dryRun ? " (not written)"
                                                  : "");
-  if (utlTextAsDouble(given(options.value)) != utlTextAsDouble(done.newValue)) {
+  if (utlTextAsDouble(fromArgument(options.value)) != utlTextAsDouble(done.newValue)) {
     complain(key + ": " + options.value + " is stored as " + shownOnOneLine(done.newValue) +
              ", with the decimals of this setting");
   }
@@ -196,8 +196,8 @@ Exit setValue(const std::string& file, const std::string& key, const Selection& 
     Json answer = answerAbout(input.name);
     answer.update({{"index", done.configuration + 1},
                    {"key", key},
-                   {"old", added ? Json(nullptr) : Json(shown(done.oldValue))},
-                   {"new", shown(done.newValue)},
+                   {"old", added ? Json(nullptr) : Json(asUtf8(done.oldValue))},
+                   {"new", asUtf8(done.newValue)},
                    {"written", write}});
     printJson(answer);
   } else {

@@ -43,7 +43,7 @@ Exit defaults(const Arguments& arguments) {
   const CString& text = document.text();
   if (arguments.json) {
     Json answer = newAnswer();
-    answer.update({{"class", shown(known->name)}, {"xml", shown(text)}});
+    answer.update({{"class", asUtf8(known->name)}, {"xml", asUtf8(text)}});
     printJson(answer);
   } else {
     print(text.utf8());
@@ -75,8 +75,8 @@ void showConfiguration(const ConfigView& view, const ViewedConfiguration& config
     const auto found = defaultValues.find(key);
     const bool changed = found == defaultValues.end() || found->second != value;
     if (arguments.onlyChanged && !changed) continue;
-    Json entry{{"key", shown(key)}, {"value", shown(value)}};
-    entry["default"] = found == defaultValues.end() ? Json(nullptr) : Json(shown(found->second));
+    Json entry{{"key", asUtf8(key)}, {"value", asUtf8(value)}};
+    entry["default"] = found == defaultValues.end() ? Json(nullptr) : Json(asUtf8(found->second));
     settings.push_back(std::move(entry));
     text += std::exchange(heading, {});  // only above something
     text.AppendFormat(u"%-28s %s", CString::fromUtf8(shownOnOneLine(key)),
@@ -111,8 +111,8 @@ void showFile(const std::string& file, const Arguments& arguments, CString& text
     list.push_back({{"class", nameOf(configuration)},
                     {"index", configuration.number},
                     {"line", line},
-                    {"name", shown(view.nameOf(configuration))},
-                    {"element", shown(configuration.elementName)},
+                    {"name", asUtf8(view.nameOf(configuration))},
+                    {"element", asUtf8(configuration.elementName)},
                     {"known", configuration.settingsClass != nullptr},
                     {"settings", std::move(settings)}});
   }
@@ -130,7 +130,7 @@ Exit show(const Arguments& arguments) {
   if (arguments.json) {
     printJson(answer);
   } else {
-    print(shown(text));
+    print(asUtf8(text));
   }
   return exit;
 }
@@ -190,10 +190,10 @@ Exit get(const Arguments& arguments) {
     answer.update({{"class", nameOf(*owner)},
                    {"index", owner->number},
                    {"key", arguments.key},
-                   {"value", shown(value)}});
+                   {"value", asUtf8(value)}});
     printJson(answer);
   } else {
-    print(shown(value) + "\n");
+    print(asUtf8(value) + "\n");
   }
   return Exit::success;
 }
@@ -226,14 +226,14 @@ Exit validateFile(const std::string& file, const Arguments& arguments, Json& ans
     const auto [line, column] = places.at(finding.offset);
     const std::string subject = labelOf(configurations, **owner) +
                                 (finding.key.IsEmpty() ? "" : "." + shownName(finding.key));
-    const std::string sentence = subject + " " + shown(describe(finding));
+    const std::string sentence = subject + " " + asUtf8(describe(finding));
     const ProblemLine problem{line, column, sentence, false, wordOf(kindName(finding.kind))};
     if (!arguments.json) printLine(placeOf(configurations.source, problem));
     Json entry = jsonOf(problem);
-    entry.update({{"class", shown(finding.className)},
+    entry.update({{"class", asUtf8(finding.className)},
                   {"index", (*owner)->number},
-                  {"key", shown(finding.key)},
-                  {"value", shown(finding.value)}});
+                  {"key", asUtf8(finding.key)},
+                  {"value", asUtf8(finding.value)}});
     list.push_back(std::move(entry));
   }
   answer["findings"] = std::move(list);

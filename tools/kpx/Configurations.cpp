@@ -13,7 +13,7 @@ namespace {
 void requireConfiguration(const SettingsClass& settingsClass) {
   if (settingsClass.isConfiguration()) return;
   const char* const shape = settingsClass.shape == ClassShape::row ? "a row" : "a table";
-  throw Failure(Exit::usage, "'" + shown(settingsClass.name) + "' is the class of " + shape +
+  throw Failure(Exit::usage, "'" + asUtf8(settingsClass.name) + "' is the class of " + shape +
                                  ", no configuration: its content does not travel through XML");
 }
 
@@ -81,7 +81,7 @@ void addSelection(OptionList& verb, Selection& selection) {
 }
 
 ConfigurationChoice choiceOf(const Selection& selection) {
-  const CString name = given(selection.className);
+  const CString name = fromArgument(selection.className);
   if (const SettingsClass* const known = findSettingsClass(name)) requireConfiguration(*known);
   return {name, selection.index};
 }
@@ -91,7 +91,7 @@ ConfigDocument documentOfDefaults(const SettingsClass& settingsClass) {
   ConfigDocument document;
   std::string unused;
   if (!document.add(settingsClass).ok() || !document.write(unused).ok()) {
-    throw Failure(Exit::notWritten, "'" + shown(settingsClass.name) + "' cannot be written");
+    throw Failure(Exit::notWritten, "'" + asUtf8(settingsClass.name) + "' cannot be written");
   }
   return document;
 }
@@ -111,7 +111,7 @@ Configurations configurationsOf(const Input& input, const Selection& selection) 
   if (input.bytes().empty()) throw Failure(Exit::input, input.name + ": is empty");
   Configurations result{input.name, {}, {}, 0};
   if (const DocumentResult read = result.document.read(input.bytes()); !read.ok()) {
-    throw Failure(Exit::input, placeOf(input.name, {read.line, read.column, shown(read.detail)}));
+    throw Failure(Exit::input, placeOf(input.name, {read.line, read.column, asUtf8(read.detail)}));
   }
   select(result, selection);
   return result;
@@ -143,7 +143,7 @@ CString fullName(const ViewedConfiguration& configuration) {
 }  // namespace
 
 std::string nameOf(const ViewedConfiguration& configuration) {
-  return shown(fullName(configuration));
+  return asUtf8(fullName(configuration));
 }
 
 std::string labelOf(const ViewedConfiguration& configuration) {

@@ -33,7 +33,7 @@ struct Configurations {
   int count = 0;                                 // how many there are in the file
 
   const ConfigView& view() const noexcept { return document.view(); }
-  std::string encoding() const { return shown(encodingName(document.storage().codePage)); }
+  std::string encoding() const { return asUtf8(encodingName(document.storage().codePage)); }
 };
 
 /// The class of the catalogue that a name of a class or of its element means; nullptr if none.

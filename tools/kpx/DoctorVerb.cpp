@@ -31,11 +31,11 @@ Exit doctor(const Arguments& arguments) {
   if (arguments.json) {
     Json report = Json::array();
     for (const DiagnosisLine& line : lines) {
-      report.push_back({{"topic", shown(line.topic)},
-                        {"name", shown(line.name)},
-                        {"value", shown(line.value)},
-                        {"source", shown(line.source)},
-                        {"problem", shown(line.problem)}});
+      report.push_back({{"topic", asUtf8(line.topic)},
+                        {"name", asUtf8(line.name)},
+                        {"value", asUtf8(line.value)},
+                        {"source", asUtf8(line.source)},
+                        {"problem", asUtf8(line.problem)}});
     }
     Json answer = newAnswer();
     answer["facts"] = std::move(report);
@@ -46,9 +46,9 @@ Exit doctor(const Arguments& arguments) {
     for (const DiagnosisLine& line : lines) {
       if (line.topic != topic) {
         topic = line.topic;
-        text += (text.empty() ? "" : "\n") + shown(topic) + "\n";
+        text += (text.empty() ? "" : "\n") + asUtf8(topic) + "\n";
       }
-      text += "  " + shown(line.name) + ": ";
+      text += "  " + asUtf8(line.name) + ": ";
       text += line.value.IsEmpty() ? "none" : shownPath(line.value);
       text += "  [" + shownPath(line.source) + "]";
       if (!line.problem.IsEmpty()) text += "\n    ! " + shownPath(line.problem);

@@ -28,9 +28,9 @@ std::vector<ErrorName> allErrors() {
   const auto add = [&](int number, const SettingsClass& owner, std::u16string_view accessor,
                        std::u16string_view key, const char* done) {
     if (number == 0) return;
-    const std::string name = shown(CString(owner.name));
-    const std::string method = shown(CString(accessor));
-    const std::string setting = shown(CString(key));
+    const std::string name = asUtf8(CString(owner.name));
+    const std::string method = asUtf8(CString(accessor));
+    const std::string setting = asUtf8(CString(key));
     const std::string doing = key.empty()
                                   ? "the settings of " + name + " were being " + done
                                   : "the setting " + setting + " of " + name + " was being " + done;

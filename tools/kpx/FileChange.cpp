@@ -10,7 +10,7 @@ namespace kpx::tool {
 namespace {
 
 [[noreturn]] void failWrite(const std::string& path, const FileResult& result) {
-  throw Failure(Exit::notWritten, path + ": " + shown(result.message()) + "; nothing was changed");
+  throw Failure(Exit::notWritten, path + ": " + asUtf8(result.message()) + "; nothing was changed");
 }
 
 }  // namespace
@@ -26,7 +26,7 @@ FileChange::FileChange(std::string path, std::optional<ChangeWait> wait, Missing
   FileResult locked;
   if (wait && !isStandardInput()) {
     const std::chrono::duration<double> patience(wait->seconds);
-    locked = fileSystem().lock(given(path_), lock_,
+    locked = fileSystem().lock(fromArgument(path_), lock_,
                                std::chrono::ceil<std::chrono::milliseconds>(patience));
   }
   if (locked.status == FileStatus::locked) failWrite(path_, locked);
@@ -47,8 +47,9 @@ void FileChange::write(std::string_view bytes) {
   // Not every program waits for the others.
   ReplaceOptions options;
   options.expected = &version_;
-  if (const FileResult result = fileSystem().replaceFile(given(path_), bytes, options); !result) {
-    if (!backup.empty()) fileSystem().remove(given(backup));
+  if (const FileResult result = fileSystem().replaceFile(fromArgument(path_), bytes, options);
+      !result) {
+    if (!backup.empty()) fileSystem().remove(fromArgument(backup));
     failWrite(path_, result);
   }
   noteChange();
@@ -57,13 +58,13 @@ void FileChange::write(std::string_view bytes) {
 
 std::string FileChange::writeBackup() const {
   ReplaceOptions options;
-  options.attributesOf = given(path_);
+  options.attributesOf = fromArgument(path_);
   options.onlyNew = true;
   std::string name;
   FileResult result{FileStatus::exists, 0};
   for (int number = 1; result.status == FileStatus::exists; ++number) {
     name = path_ + (number == 1 ? ".bak" : ".bak" + std::to_string(number));
-    result = fileSystem().replaceFile(given(name), input_.bytes(), options);
+    result = fileSystem().replaceFile(fromArgument(name), input_.bytes(), options);
   }
   if (!result) failWrite(name, result);
   return name;

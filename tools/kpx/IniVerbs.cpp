@@ -33,7 +33,7 @@ CIniEx parse(const Input& input) {
 
 [[noreturn]] void failMissing(const CIniEx& ini, const Input& input, const Arguments& arguments) {
   CSection* section = nullptr;
-  if (ini.GetSection(given(arguments.section), section) == 0) {
+  if (ini.GetSection(fromArgument(arguments.section), section) == 0) {
     throw Failure(Exit::no, input.name + ": there is no section '" + arguments.section + "'");
   }
   throw Failure(Exit::no, input.name + ": there is no key '" + arguments.key + "' in section '" +
@@ -46,24 +46,24 @@ Exit get(const Arguments& arguments) {
   const Input input = readInput(arguments.file);
   const CIniEx ini = parse(input);
   CString value;
-  if (ini.GetKeyData(given(arguments.section), given(arguments.key), value) == 0) {
+  if (ini.GetKeyData(fromArgument(arguments.section), fromArgument(arguments.key), value) == 0) {
     failMissing(ini, input, arguments);
   }
   if (arguments.json) {
     Json answer = answerAbout(arguments.file);
     answer.update(
-        {{"section", arguments.section}, {"key", arguments.key}, {"value", shown(value)}});
+        {{"section", arguments.section}, {"key", arguments.key}, {"value", asUtf8(value)}});
     printJson(answer);
   } else {
-    print(shown(value) + "\n");
+    print(asUtf8(value) + "\n");
   }
   return Exit::success;
 }
 
 Exit set(const Arguments& arguments) {
-  const CString section = given(arguments.section);
-  const CString key = given(arguments.key);
-  const CString value = given(arguments.value);
+  const CString section = fromArgument(arguments.section);
+  const CString key = fromArgument(arguments.key);
+  const CString value = fromArgument(arguments.value);
   FileChange change(arguments.file, arguments.wait, FileChange::Missing::isEmpty);
   CIniEx ini = parse(change.input());
   ini.AddNewSection(section);
@@ -88,7 +88,7 @@ Exit set(const Arguments& arguments) {
 Exit remove(const Arguments& arguments) {
   FileChange change(arguments.file, arguments.wait);
   CIniEx ini = parse(change.input());
-  if (ini.DeleteKey(given(arguments.section), given(arguments.key)) == 0) {
+  if (ini.DeleteKey(fromArgument(arguments.section), fromArgument(arguments.key)) == 0) {
     failMissing(ini, change.input(), arguments);
   }
   change.write(ini.fileBytes());
@@ -110,10 +110,10 @@ Exit list(const Arguments& arguments) {
     }
     Json keys = Json::array();
     for (const KEY_STRUCT& key : section->keys()) {
-      keys.push_back({{"key", shown(key.key())}, {"value", shown(key.value())}});
+      keys.push_back({{"key", asUtf8(key.key())}, {"value", asUtf8(key.value())}});
       text += shownOnOneLine(key.key()) + "=" + shownOnOneLine(key.value()) + "\n";
     }
-    report.push_back({{"section", shown(section->name())}, {"keys", std::move(keys)}});
+    report.push_back({{"section", asUtf8(section->name())}, {"keys", std::move(keys)}});
   }
   if (arguments.json) {
     Json answer = answerAbout(arguments.file);
@@ -133,9 +133,9 @@ Exit checkFile(const std::string& file, const Arguments& arguments, Json& answer
   const Problems<IniProblem> found =
       checkIni(input.bytes(), arguments.all ? noProblemLimit : usualProblemLimit);
   if (!found.empty() && found.first.front().kind == IniProblemKind::tooLarge) {
-    throw Failure(Exit::input, input.name + ": " + shown(describe(found.first.front())));
+    throw Failure(Exit::input, input.name + ": " + asUtf8(describe(found.first.front())));
   }
-  answer["encoding"] = shown(iniEncodingName(input.bytes()));
+  answer["encoding"] = asUtf8(iniEncodingName(input.bytes()));
   Json list = Json::array();
   for (const IniProblem& problem : found) {
     const ProblemLine line{problem.line, problem.column, shownOnOneLine(describe(problem)), false,

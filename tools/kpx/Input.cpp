@@ -28,15 +28,15 @@ std::string readStandardInput() {
 
 ReadDocument readDocument(StoredMarkup stored) {
   ReadDocument read{std::move(stored.document),
-                    shown(encodingName(stored.storage.codePage)),
+                    asUtf8(encodingName(stored.storage.codePage)),
                     stored.storage,
                     stored.readable,
                     {},
                     stored.problems.count,
                     stored.problems.count - stored.warnings};
   for (const PlacedProblem& problem : stored.problems) {
-    read.problems.push_back({problem.line, problem.column, shown(problem.sentence),
-                             problem.isWarning, shown(CString(problem.kind))});
+    read.problems.push_back({problem.line, problem.column, asUtf8(problem.sentence),
+                             problem.isWarning, asUtf8(CString(problem.kind))});
   }
   return read;
 }
@@ -65,7 +65,7 @@ Input readInput(const std::string& path, FileVersion* version, bool mayBeMissing
   const FileResult result =
       fileSystem().read(CString::fromUtf8(path), input.file, FileSystem::maxReadBytes, version);
   if (!result && !(mayBeMissing && result.status == FileStatus::notFound)) {
-    throw Failure(Exit::input, path + ": " + shown(result.message()));
+    throw Failure(Exit::input, path + ": " + asUtf8(result.message()));
   }
   return input;
 }

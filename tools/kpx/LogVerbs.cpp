@@ -52,12 +52,12 @@ double timeArgument(const std::string& argument, bool isEnd) {
   if (argument.empty()) return 0.0;
   std::string date = argument.substr(0, 10);
   const std::string rest = argument.size() > 10 ? argument.substr(10) : std::string();
-  TIME time = CKpxBaseObjectsUtil::Str2Date(given(date));
+  TIME time = CKpxBaseObjectsUtil::Str2Date(fromArgument(date));
   bool isGood = rest.empty();
   if (isGood) {
     time.time = isEnd ? 235959 : 0;
   } else if (rest.size() == 9 && (rest[0] == '-' || rest[0] == 'T' || rest[0] == ' ')) {
-    const CString clock = given(rest.substr(1));
+    const CString clock = fromArgument(rest.substr(1));
     time.time = CKpxBaseObjectsUtil::Str2Time(clock).time;
     isGood = CKpxBaseObjectsUtil::Time2Str(time) == clock;
   }
@@ -72,8 +72,8 @@ double timeArgument(const std::string& argument, bool isEnd) {
 ErrorLogFilter filterOf(const Options& options) {
   ErrorLogFilter filter;
   filter.numbers = options.numbers;
-  filter.user = given(options.user);
-  filter.project = given(options.project);
+  filter.user = fromArgument(options.user);
+  filter.project = fromArgument(options.project);
   filter.from = timeArgument(options.from, false);
   filter.to = timeArgument(options.to, true);
   return filter;
@@ -82,13 +82,13 @@ ErrorLogFilter filterOf(const Options& options) {
 // --- output ---------------------------------------------------------------------------------
 
 std::string timeText(const TIME& time) {
-  return shown(CKpxBaseObjectsUtil::TimeDouble2Str(CKpxBaseObjectsUtil::Time2Double(time)));
+  return asUtf8(CKpxBaseObjectsUtil::TimeDouble2Str(CKpxBaseObjectsUtil::Time2Double(time)));
 }
 
 Json jsonOf(const ErrorLogEntry& entry) {
   Json json{{"line", entry.line}};
   if (entry.kind == ErrorLogEntry::Kind::broken) {
-    json["broken"] = shown(entry.text);
+    json["broken"] = asUtf8(entry.text);
     return json;
   }
   json["time"] = timeText(entry.time);
@@ -96,12 +96,12 @@ Json jsonOf(const ErrorLogEntry& entry) {
     json["number"] = entry.number;
     json["operation"] = operationName(entry.number);
   } else {
-    json["text"] = shown(entry.text);
+    json["text"] = asUtf8(entry.text);
   }
-  json["project"] = shown(entry.project);
-  json["job"] = shown(entry.job);
-  json["user"] = shown(entry.user);
-  json["machine"] = shown(entry.machine);
+  json["project"] = asUtf8(entry.project);
+  json["job"] = asUtf8(entry.job);
+  json["user"] = asUtf8(entry.user);
+  json["machine"] = asUtf8(entry.machine);
   return json;
 }
 
@@ -199,8 +199,8 @@ struct Statistics {
     } else {
       ++texts;
     }
-    ++users[shown(entry.user)];
-    ++projects[shown(entry.project)];
+    ++users[asUtf8(entry.user)];
+    ++projects[asUtf8(entry.project)];
     const double time = CKpxBaseObjectsUtil::Time2Double(entry.time);
     first = first == 0.0 ? time : std::min(first, time);
     last = std::max(last, time);
@@ -209,7 +209,7 @@ struct Statistics {
 };
 
 std::string timeOrNothing(double time) {
-  return time == 0.0 ? "" : shown(CKpxBaseObjectsUtil::TimeDouble2Str(time));
+  return time == 0.0 ? "" : asUtf8(CKpxBaseObjectsUtil::TimeDouble2Str(time));
 }
 
 Json answerOf(const Statistics& all, const std::vector<std::string>& files) {
@@ -281,7 +281,7 @@ struct Watched {
   template <class Take>
   void read(Take take) {
     std::unique_ptr<InputFile> file;
-    if (!fileSystem().openInput(given(name), file)) return;
+    if (!fileSystem().openInput(fromArgument(name), file)) return;
     wasThere = true;
     if (file->size() < done) {
       done = 0;
@@ -303,7 +303,7 @@ Exit follow(const Options& options) {
     logs.push_back({file});
     logs.back().read([](ErrorLogEntry&&) {});  // what is there already is for kpx log show
     FileInfo info;
-    const bool exists = static_cast<bool>(fileSystem().info(given(file), info));
+    const bool exists = static_cast<bool>(fileSystem().info(fromArgument(file), info));
     if (exists && !logs.back().wasThere) {
       throw Failure(Exit::input, file + ": this cannot be read as a log");
     }

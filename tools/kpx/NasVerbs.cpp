@@ -38,7 +38,7 @@ NasObjectKind kindOfNumber(const std::string& number) {
 }
 
 NasObjectKind kindOfName(const std::string& argument) {
-  const CString name = given(argument);
+  const CString name = fromArgument(argument);
   if (const std::int32_t code = GetNASObjektart(name)) return {nasObjectKindName(code), code};
   Nearest nearest(name);
   for (const NasObjectKind& kind : nasObjectKinds()) {
@@ -49,7 +49,7 @@ NasObjectKind kindOfName(const std::string& argument) {
   const std::int32_t code = GetNASObjektart(nearest.name());
   throw Failure(Exit::no, "there is no object kind '" + argument + "'; " +
                               (code == 0 ? "kpx nas codes lists them"
-                                         : "did you mean " + shown(nearest.name()) + " (" +
+                                         : "did you mean " + asUtf8(nearest.name()) + " (" +
                                                std::to_string(code) + ")?"));
 }
 
@@ -63,7 +63,7 @@ Exit codes(const Arguments& arguments) {
   Json list = Json::array();
   std::string text;
   for (const NasObjectKind& kind : wantedKinds(arguments.wanted)) {
-    const std::string name = shown(CString(kind.name));
+    const std::string name = asUtf8(CString(kind.name));
     list.push_back({{"name", name}, {"code", kind.code}});
     text += std::to_string(kind.code) + "  " + name + "\n";
   }

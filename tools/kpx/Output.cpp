@@ -41,7 +41,7 @@ void replaceOrFail(const std::string& path, std::string_view bytes) {
   const FileResult result = fileSystem().replaceFile(CString::fromUtf8(path), bytes);
   if (!result) {
     throw Failure(Exit::notWritten,
-                  path + ": " + shown(result.message()) + "; nothing was changed");
+                  path + ": " + asUtf8(result.message()) + "; nothing was changed");
   }
   noteChange();
 }

@@ -37,7 +37,7 @@ struct KeyPlace {
 
 KeyPlace placeOf(const std::string& key) {
   KeyPlace place;
-  if (!parseRegistryKey(given(key), place.root, place.path)) {
+  if (!parseRegistryKey(fromArgument(key), place.root, place.path)) {
     throw Failure(Exit::usage, key +
                                    ": a key begins with HKEY_CURRENT_USER or HKEY_LOCAL_MACHINE, "
                                    "HKCU or HKLM for short");
@@ -51,7 +51,7 @@ KeyPlace placeOf(const std::string& key) {
   throw Failure(isMissing ? Exit::no
                 : isWrong ? Exit::usage
                           : otherwise,
-                what + ": " + shown(result.message()));
+                what + ": " + asUtf8(result.message()));
 }
 
 std::unique_ptr<RegistryKey> openKey(const std::string& name) {
@@ -63,7 +63,7 @@ std::unique_ptr<RegistryKey> openKey(const std::string& name) {
 }
 
 /// The name of the value; that of the default value is empty.
-CString nameOf(const Arguments& arguments) { return given(arguments.name.value_or("")); }
+CString nameOf(const Arguments& arguments) { return fromArgument(arguments.name.value_or("")); }
 
 /// How messages name it.
 std::string valueText(const Arguments& arguments) {
@@ -92,7 +92,7 @@ std::string typeText(RegistryType type) {
 std::string contentText(const RegistryValue& value) {
   CString text;
   std::uint32_t number = 0;
-  if (value.asText(text)) return shown(text);
+  if (value.asText(text)) return asUtf8(text);
   if (value.asNumber(number)) return std::to_string(number);
   std::string digits;
   for (const char byte : value.bytes) {
@@ -129,7 +129,7 @@ bool parseBytes(std::string_view text, std::string& bytes) {
 }
 
 RegistryValue valueOf(const std::string& text, RegistryType type) {
-  RegistryValue value = RegistryValue::ofText(given(text));
+  RegistryValue value = RegistryValue::ofText(fromArgument(text));
   std::uint32_t number = 0;
   switch (type) {
     case RegistryType::string:
@@ -240,7 +240,7 @@ Exit list(const Arguments& arguments) {
   report.update({{"key", arguments.key}, {"keys", Json::array()}, {"values", Json::array()}});
   std::string text;
   for (const CString& name : keys) {
-    report["keys"].push_back(shown(name));
+    report["keys"].push_back(asUtf8(name));
     text += shownPath(name) + "\\\n";
   }
   for (const CString& name : names) {
@@ -250,7 +250,7 @@ Exit list(const Arguments& arguments) {
     if (!result) fail(result, arguments.key + ", value '" + shownName(name) + "'", Exit::input);
     const std::string content = contentText(value);
     report["values"].push_back(
-        {{"name", shown(name)}, {"type", typeText(value.type)}, {"value", content}});
+        {{"name", asUtf8(name)}, {"type", typeText(value.type)}, {"value", content}});
     text += (name.IsEmpty() ? "@" : shownOnOneLine(name)) + " (" + typeText(value.type) +
             ") = " + shownOnOneLine(CString::fromUtf8(content)) + "\n";
   }
@@ -266,7 +266,7 @@ Exit list(const Arguments& arguments) {
 
 std::string placeOf(const std::string& file, const RegistryTextProblem& problem) {
   const std::string line = problem.line != 0 ? ":" + std::to_string(problem.line) : "";
-  return file + line + ": " + shown(problem.message);
+  return file + line + ": " + asUtf8(problem.message);
 }
 
 CString textOf(const std::vector<RegistryStep>& steps) {
@@ -284,10 +284,10 @@ Json jsonOf(const std::vector<RegistryStep>& steps) {
   for (const RegistryStep& step : steps) {
     const RegistryChange& change = step.change;
     Json entry{{"action", actions[static_cast<int>(change.kind)]},
-               {"key", shown(registryKeyText(step.root, change.key))}};
+               {"key", asUtf8(registryKeyText(step.root, change.key))}};
     const bool isWrite = change.kind == RegistryChange::Kind::write;
     if (isWrite || change.kind == RegistryChange::Kind::removeValue) {
-      entry["name"] = shown(change.name);
+      entry["name"] = asUtf8(change.name);
     }
     if (isWrite) {
       entry["type"] = typeText(change.value.type);
@@ -315,7 +315,7 @@ Exit exportKey(const Arguments& arguments) {
   }
   const CString text = textOf(steps);
   if (arguments.file.empty() || arguments.file == "-") {
-    print(shown(text));
+    print(asUtf8(text));
   } else {
     replaceOrFail(arguments.file, registryTextBytes(text));
   }
@@ -340,7 +340,7 @@ Exit importFile(const Arguments& arguments) {
 RegistrySnapshot snapshotOf(const std::string& side) {
   RegistrySnapshot snapshot;
   KeyPlace place;
-  if (parseRegistryKey(given(side), place.root, place.path)) {
+  if (parseRegistryKey(fromArgument(side), place.root, place.path)) {
     const RegistryResult result = snapshot.add(place.root, place.path);
     // A key that is not there has nothing in it.
     if (!result && result.status != RegistryStatus::notFound) fail(result, side, Exit::input);
@@ -366,7 +366,7 @@ Exit diff(const Arguments& arguments) {
                    {"steps", jsonOf(steps)}});
     printJson(answer);
   } else if (!steps.empty()) {
-    print(shown(textOf(steps)));
+    print(asUtf8(textOf(steps)));
   }
   return steps.empty() ? Exit::success : Exit::no;
 }

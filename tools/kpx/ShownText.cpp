@@ -66,7 +66,7 @@ Escape escapeIf(bool steers) noexcept { return steers ? Escape::yes : Escape::no
 
 }  // namespace
 
-std::string shown(const CString& text) {
+std::string asUtf8(const CString& text) {
   return escaped(text, [](char32_t, std::size_t) { return Escape::no; });
 }
 
@@ -120,7 +120,7 @@ std::string harmlessJson(std::string_view json) {
       &unitEscape);
 }
 
-CString given(const std::string& argument) {
+CString fromArgument(const std::string& argument) {
   std::u16string text;
   if (appendUtf8(text, argument) != std::string::npos) {
     throw Failure(Exit::usage, "'" + argument + "' is not valid UTF-8");

@@ -12,7 +12,7 @@ namespace kpx::tool {
 // in whatever a person reads: "\n", "\t", or "\x1b" for each byte of their UTF-8.
 
 /// A text as data: UTF-8, with lone surrogates replaced, so that what is printed is always valid.
-std::string shown(const CString& text);
+std::string asUtf8(const CString& text);
 
 /// A text in a report, on one line; a backslash that would look like the beginning of an escape is
 /// doubled, so that the two can be told apart.
@@ -33,6 +33,6 @@ std::string forTerminal(std::string_view lines);
 std::string harmlessJson(std::string_view json);
 
 /// An argument of the command line as text. Raises a Failure (wrong usage) if it is no UTF-8.
-CString given(const std::string& argument);
+CString fromArgument(const std::string& argument);
 
 }  // namespace kpx::tool

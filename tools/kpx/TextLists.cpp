@@ -44,7 +44,7 @@ void readTable(std::string_view bytes, ReadTexts& read, std::size_t limit) {
   const Problems<TextTableProblem> problems = readTextTable(bytes, read.list, limit);
   for (const TextTableProblem& problem : problems) {
     read.problems.push_back(
-        {problem.line, 1, shown(problem.message), false, shown(CString(kindName(problem.kind)))});
+        {problem.line, 1, asUtf8(problem.message), false, asUtf8(CString(kindName(problem.kind)))});
   }
   read.problemCount = problems.count;
 }
@@ -101,7 +101,7 @@ void readJson(const Input& input, ReadTexts& read) {
 }
 
 std::string jsonTextOf(const CString& text, const std::string& what) {
-  std::string bytes = shown(text);
+  std::string bytes = asUtf8(text);
   if (CString::fromUtf8(bytes) != text) {
     throw Failure(Exit::input,
                   what +

@@ -37,14 +37,14 @@ void addRoom(OptionList& verb, TextRoom& room) {
 }
 
 std::string lineOf(std::int32_t id, const CString& text) {
-  return std::to_string(id) + "\t" + shown(escapedText(text)) + "\n";
+  return std::to_string(id) + "\t" + asUtf8(escapedText(text)) + "\n";
 }
 
 // --- get ------------------------------------------------------------------------------------
 
 /// "ENG" and "ENG.LNG" mean what "English [ENG.LNG]" means; "DEU" means German.
 CString languageValue(const std::string& argument) {
-  CString language = given(argument);
+  CString language = fromArgument(argument);
   if (language.Find(u'[') >= 0) return language;
   if (language.CompareNoCase(u"DEU") == 0) return {};
   if (language.Find(u'.') < 0) language = language.MakeUpper() + CString(u".LNG");
@@ -57,14 +57,14 @@ void useLanguage(const CString& language, bool askedFor) {
   const CString file = languageFilePath(name);
   if (askedFor && !language.IsEmpty()) {
     if (name.IsEmpty()) {
-      throw Failure(Exit::input, shown(language) + ": names no file that a language can have");
+      throw Failure(Exit::input, asUtf8(language) + ": names no file that a language can have");
     }
     if (!fileSystem().exists(file)) {
-      throw Failure(Exit::input, shown(file) + ": there is no such language file");
+      throw Failure(Exit::input, asUtf8(file) + ": there is no such language file");
     }
   }
   if (initTexts(language) == 0) {
-    throw Failure(Exit::input, shown(file) + ": it or the English one cannot be read to its end");
+    throw Failure(Exit::input, asUtf8(file) + ": it or the English one cannot be read to its end");
   }
 }
 
@@ -84,10 +84,10 @@ Exit get(const Arguments& arguments) {
   const CString text = GetMLT(arguments.id);
   if (arguments.json) {
     Json answer = newAnswer();
-    answer.update({{"id", arguments.id}, {"text", shown(text)}});
+    answer.update({{"id", arguments.id}, {"text", asUtf8(text)}});
     printJson(answer);
   } else if (!text.IsEmpty()) {
-    print(shown(text) + "\n");
+    print(asUtf8(text) + "\n");
   }
   if (!text.IsEmpty()) return Exit::success;
   if (!arguments.json) complain("there is no text " + std::to_string(arguments.id));
@@ -98,14 +98,14 @@ Exit get(const Arguments& arguments) {
 
 Exit build(const Arguments& arguments) {
   TextList list = requireTexts(arguments.file);
-  if (!arguments.title.empty()) list.title = given(arguments.title);
+  if (!arguments.title.empty()) list.title = fromArgument(arguments.title);
   if (list.entries.empty()) {
     throw Failure(Exit::input, arguments.file + ": holds no texts, so there is nothing to build");
   }
   const std::string bytes = languageFileBytes(list);
   if (arguments.output == "-") {
     print(bytes);
-  } else if (given(arguments.output).Right(4).CompareNoCase(u".LNG") != 0) {
+  } else if (fromArgument(arguments.output).Right(4).CompareNoCase(u".LNG") != 0) {
     throw Failure(Exit::usage, arguments.output + ": a language file has a name that ends in .LNG");
   } else {
     replaceOrFail(arguments.output, bytes);
@@ -147,7 +147,7 @@ Exit checkFile(const std::string& file, const TextList* german, const Arguments&
   const Problems<TextFinding> found =
       german ? checkTexts(read.list, *german, arguments.room, limit) : checkTexts(read.list, limit);
   for (const TextFinding& finding : found) {
-    const std::string message = shown(describe(finding.kind));
+    const std::string message = asUtf8(describe(finding.kind));
     if (!arguments.json) {
       printLine(read.name + ": entry " + std::to_string(finding.index + 1) + ", text " +
                 std::to_string(finding.id) + ": " + message);
@@ -156,7 +156,7 @@ Exit checkFile(const std::string& file, const TextList* german, const Arguments&
                         {"entry", finding.index + 1},
                         {"id", finding.id},
                         {"message", message},
-                        {"text", shown(read.list.entries[finding.index].text)}});
+                        {"text", asUtf8(read.list.entries[finding.index].text)}});
   }
   answer["findings"] = std::move(findings);
   const std::size_t leftOut = found.leftOut() + read.problemCount - read.problems.size();
@@ -195,7 +195,7 @@ Exit coverage(const Arguments& arguments) {
                 found.percent(), found.translated, found.germanIds, found.sameAsGerman,
                 found.missing.size(), found.unknown.size());
     each["file"] = nameOfList(file);
-    if (!arguments.json) printLine(nameOfList(file) + ": " + shown(line));
+    if (!arguments.json) printLine(nameOfList(file) + ": " + asUtf8(line));
     each.update({{"percent", found.percent()},
                  {"german", found.germanIds},
                  {"translated", found.translated},
@@ -215,8 +215,8 @@ Exit diff(const Arguments& arguments) {
   Json report = Json::array();
   for (const TextDifference& difference : differences) {
     Json entry{{"id", difference.id}, {"before", nullptr}, {"after", nullptr}};
-    if (!difference.before.IsEmpty()) entry["before"] = shown(difference.before);
-    if (!difference.after.IsEmpty()) entry["after"] = shown(difference.after);
+    if (!difference.before.IsEmpty()) entry["before"] = asUtf8(difference.before);
+    if (!difference.after.IsEmpty()) entry["after"] = asUtf8(difference.after);
     report.push_back(std::move(entry));
     if (arguments.json) continue;
     if (!difference.before.IsEmpty()) print("- " + lineOf(difference.id, difference.before));

@@ -72,7 +72,7 @@ Exit show(const Arguments& arguments) {
       text.AppendFormat(u"%-*s %14.3f %6.1f%% %10d %14.6f%s\n", width,
                         CString::fromUtf8(shownOnOneLine(timer.name)), timer.milliseconds, share,
                         timer.calls, perCall, timer.running ? u"  running" : u"");
-      timers.push_back({{"name", shown(timer.name)},
+      timers.push_back({{"name", asUtf8(timer.name)},
                         {"milliseconds", timer.milliseconds},
                         {"calls", timer.calls},
                         {"running", timer.running}});
@@ -84,7 +84,7 @@ Exit show(const Arguments& arguments) {
     answer["reports"] = std::move(json);
     printJson(answer);
   } else {
-    print(shown(text));
+    print(asUtf8(text));
   }
   return reports.exit;
 }
@@ -104,7 +104,7 @@ Exit trace(const Arguments& arguments) {
     int row = 0;
     for (const TimerLine& timer : report) {
       ++row;
-      const std::string name = shown(timer.name);
+      const std::string name = asUtf8(timer.name);
       events.push_back({{"name", "thread_name"},
                         {"ph", "M"},
                         {"pid", process},

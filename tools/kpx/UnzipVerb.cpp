@@ -48,10 +48,10 @@ std::string counted(std::uint64_t count) {
 void requireArchive(const Arguments& arguments, ZipStatus status, const FileResult& file) {
   if (status == ZipStatus::done || status == ZipStatus::directoryDamaged) return;
   if (status == ZipStatus::notWritten) {
-    throw Failure(Exit::notWritten, arguments.folder + ": " + shown(file.message()));
+    throw Failure(Exit::notWritten, arguments.folder + ": " + asUtf8(file.message()));
   }
   const CString reason = file ? zipMessage(status) : file.message();
-  throw Failure(Exit::input, arguments.archive + ": " + shown(reason));
+  throw Failure(Exit::input, arguments.archive + ": " + asUtf8(reason));
 }
 
 Json jsonOf(const Arguments& arguments, ZipStatus status) {
@@ -63,8 +63,8 @@ Json jsonOf(const Arguments& arguments, ZipStatus status) {
 }
 
 Json jsonOf(const CString& name, ZipStatus status, const CString& message) {
-  Json json{{"name", shown(name)}, {"status", wordOf(zipStatusName(status))}};
-  if (isRefusal(status)) json["message"] = shown(message);
+  Json json{{"name", asUtf8(name)}, {"status", wordOf(zipStatusName(status))}};
+  if (isRefusal(status)) json["message"] = asUtf8(message);
   return json;
 }
 
@@ -81,7 +81,7 @@ Exit conclude(const Arguments& arguments, ZipStatus archive, const Sums& sums) {
              " left out, since files of that name exist; --overwrite always replaces them");
   }
   if (archive == ZipStatus::directoryDamaged) {
-    complain(arguments.archive + ": " + shown(zipMessage(archive)));
+    complain(arguments.archive + ": " + asUtf8(zipMessage(archive)));
     return Exit::input;
   }
   return sums.refused != 0 || sums.cancelled != 0 || keptUnasked ? Exit::incomplete : Exit::success;
@@ -89,7 +89,7 @@ Exit conclude(const Arguments& arguments, ZipStatus archive, const Sums& sums) {
 
 Exit list(const Arguments& arguments) {
   ZipArchive archive;
-  const ZipStatus status = archive.open(given(arguments.archive));
+  const ZipStatus status = archive.open(fromArgument(arguments.archive));
   requireArchive(arguments, status, archive.fileResult());
   Json json = jsonOf(arguments, status);
   Sums sums;
@@ -104,8 +104,8 @@ Exit list(const Arguments& arguments) {
     }
     CString line;
     line.Format(u"%14llu  ", static_cast<unsigned long long>(entry.size));
-    std::string text = shown(line) + shownPath(entry.name);
-    if (isRefusal(entry.status)) text += "  (refused: " + shown(zipMessage(entry.status)) + ")";
+    std::string text = asUtf8(line) + shownPath(entry.name);
+    if (isRefusal(entry.status)) text += "  (refused: " + asUtf8(zipMessage(entry.status)) + ")";
     print(text + "\n");
   }
   if (arguments.json) {
@@ -113,7 +113,7 @@ Exit list(const Arguments& arguments) {
   } else {
     CString total;
     total.Format(u"%14llu  in ", static_cast<unsigned long long>(sums.bytes));
-    print(shown(total) + counted(sums.done) + "\n");
+    print(asUtf8(total) + counted(sums.done) + "\n");
   }
   return conclude(arguments, status, sums);
 }
@@ -128,7 +128,7 @@ Exit unpack(const Arguments& arguments) {
     setProgressDialogHandler(terminalProgress);
     ProgressDialog line({});
     options.progress = line.report();
-    result = unzip(given(arguments.archive), given(arguments.folder), options);
+    result = unzip(fromArgument(arguments.archive), fromArgument(arguments.folder), options);
   }
   requireArchive(arguments, result.archive, result.file);
   const auto isDone = [](const UnzipReceipt& receipt) { return receipt.status == ZipStatus::done; };
@@ -143,7 +143,7 @@ Exit unpack(const Arguments& arguments) {
       json["entries"].push_back(std::move(line));
     } else if (isRefusal(receipt.status) || receipt.status == ZipStatus::kept) {
       print((receipt.status == ZipStatus::kept ? "kept     " : "refused  ") +
-            shownPath(receipt.name) + ": " + shown(receipt.message()) + "\n");
+            shownPath(receipt.name) + ": " + asUtf8(receipt.message()) + "\n");
     }
   }
   if (arguments.json) {

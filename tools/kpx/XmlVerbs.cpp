@@ -91,17 +91,17 @@ Shape shapeOf(CMarkup& document) {
 /// Seconds that reading the bytes into a document takes: the median of the runs that fit into a
 /// short while.
 double parseSeconds(const Input& input, int& runs) {
-  using Clock = std::chrono::steady_clock;
+  using SteadyClock = std::chrono::steady_clock;
   constexpr auto budget = std::chrono::milliseconds(400);
   std::vector<double> seconds;
-  const auto begin = Clock::now();
+  const auto begin = SteadyClock::now();
   do {
-    const auto start = Clock::now();
+    const auto start = SteadyClock::now();
     CMarkup document;
     document.SetParseResult(false);
     document.SetDoc(decodeMarkupBytes(input.bytes()).text);
-    seconds.push_back(std::chrono::duration<double>(Clock::now() - start).count());
-  } while (Clock::now() - begin < budget);
+    seconds.push_back(std::chrono::duration<double>(SteadyClock::now() - start).count());
+  } while (SteadyClock::now() - begin < budget);
   runs = static_cast<int>(seconds.size());
   std::nth_element(seconds.begin(), seconds.begin() + runs / 2, seconds.end());
   return seconds[static_cast<std::size_t>(runs / 2)];
@@ -140,7 +140,7 @@ Exit statsOfFile(const std::string& file, const Arguments& arguments, Json& answ
                 wellFormed ? u"yes" : u"no");
     text.AppendFormat(u"  %-12s %.0f MB/s, decoding and parsing in %.3f ms (median of %d)\n",
                       u"speed", seconds > 0 ? megabytes / seconds : 0.0, seconds * 1e3, runs);
-    print(shown(text));
+    print(asUtf8(text));
   }
   if (!wellFormed) {
     complain(placeOf(input.name, read.problems.front()));
@@ -174,7 +174,7 @@ Exit formatFile(const std::string& file, const Arguments& arguments, Json& answe
   if (arguments.check || arguments.write) {
     answer["formatted"] = isFormatted;
   } else if (arguments.json) {
-    answer["text"] = shown(text);
+    answer["text"] = asUtf8(text);
   } else {
     print(formatted.bytes);
   }
