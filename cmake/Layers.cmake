@@ -20,6 +20,7 @@ function(kpx_layer name)
   # The release build does without, so that every file has to include what it uses.
   if(KPX_PRECOMPILE)
     target_compile_options(kpx_${name} PRIVATE ${kpx_precompiled_options})
+    set_target_properties(kpx_${name} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 8)
   endif()
   if(KPX_PRECOMPILE AND name STREQUAL report)
     target_precompile_headers(kpx_report PRIVATE <algorithm> <chrono> <functional> <map> <memory>

@@ -5,19 +5,19 @@
 namespace kpx {
 namespace {
 
-constinit std::atomic<Clock*> installed{nullptr};
+constinit std::atomic<Clock*> installedClock{nullptr};
 
 }  // namespace
 
 Clock::~Clock() = default;
 
 Clock& currentClock() noexcept {
-  Clock* const other = installed.load(std::memory_order_acquire);
+  Clock* const other = installedClock.load(std::memory_order_acquire);
   return other ? *other : systemClock();
 }
 
 Clock* setClock(Clock* other) noexcept {
-  return installed.exchange(other, std::memory_order_acq_rel);
+  return installedClock.exchange(other, std::memory_order_acq_rel);
 }
 
 }  // namespace kpx

@@ -9,7 +9,7 @@ namespace kpx {
 
 namespace {
 
-std::atomic<FileSystem*> installed{nullptr};
+std::atomic<FileSystem*> installedFiles{nullptr};
 
 constexpr std::u16string_view separators =
 #ifdef _WIN32
@@ -230,12 +230,12 @@ FileResult FileSystem::compareVersion(const CString& path, const FileVersion& ex
 }
 
 FileSystem& fileSystem() noexcept {
-  FileSystem* const other = installed.load(std::memory_order_acquire);
+  FileSystem* const other = installedFiles.load(std::memory_order_acquire);
   return other != nullptr ? *other : detail::systemFiles();
 }
 
 FileSystem* setFileSystem(FileSystem* other) noexcept {
-  return installed.exchange(other, std::memory_order_acq_rel);
+  return installedFiles.exchange(other, std::memory_order_acq_rel);
 }
 
 }  // namespace kpx

@@ -7,7 +7,7 @@
 namespace kpx {
 namespace {
 
-constinit std::atomic<Registry*> installed{nullptr};
+constinit std::atomic<Registry*> installedRegistry{nullptr};
 
 using TimePoint = std::chrono::steady_clock::time_point;
 constinit thread_local TimePoint registryDeadline = TimePoint::max();
@@ -133,12 +133,12 @@ bool Registry::isChangeWhole() const noexcept { return false; }
 CString Registry::fileOf(RegistryRoot) const { return {}; }
 
 Registry& registry() noexcept {
-  Registry* const other = installed.load(std::memory_order_acquire);
+  Registry* const other = installedRegistry.load(std::memory_order_acquire);
   return other ? *other : detail::systemRegistry();
 }
 
 Registry* setRegistry(Registry* other) noexcept {
-  return installed.exchange(other, std::memory_order_acq_rel);
+  return installedRegistry.exchange(other, std::memory_order_acq_rel);
 }
 
 namespace detail {

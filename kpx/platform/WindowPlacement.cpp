@@ -6,7 +6,7 @@
 namespace kpx {
 namespace {
 
-constinit std::atomic<WindowPlacementHandler*> installed{nullptr};
+constinit std::atomic<WindowPlacementHandler*> installedHandler{nullptr};
 
 constexpr std::size_t wordCount = WindowPlacement::size / 4;
 
@@ -58,11 +58,11 @@ bool WindowPlacement::assign(std::string_view bytes) noexcept {
 }
 
 WindowPlacementHandler* windowPlacementHandler() noexcept {
-  return installed.load(std::memory_order_acquire);
+  return installedHandler.load(std::memory_order_acquire);
 }
 
 WindowPlacementHandler* setWindowPlacementHandler(WindowPlacementHandler* handler) noexcept {
-  return installed.exchange(handler, std::memory_order_acq_rel);
+  return installedHandler.exchange(handler, std::memory_order_acq_rel);
 }
 
 }  // namespace kpx

@@ -4,13 +4,13 @@
 
 namespace kpx {
 namespace {
-constinit std::atomic<TraceSink> currentSink{nullptr};
+constinit std::atomic<TraceSink> currentTraceSink{nullptr};
 }
 
 TraceSink setTraceSink(TraceSink sink) noexcept {
-  return currentSink.exchange(sink, std::memory_order_acq_rel);
+  return currentTraceSink.exchange(sink, std::memory_order_acq_rel);
 }
 
-TraceSink detail::traceSink() noexcept { return currentSink.load(std::memory_order_acquire); }
+TraceSink detail::traceSink() noexcept { return currentTraceSink.load(std::memory_order_acquire); }
 
 }  // namespace kpx

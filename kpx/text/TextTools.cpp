@@ -16,7 +16,6 @@ namespace kpx {
 namespace {
 
 using View = std::u16string_view;
-constexpr std::size_t notFound = View::npos;
 
 View withoutTrailingSeparators(View path) noexcept {
   while (!path.empty() && isPathSeparator(path.back())) path.remove_suffix(1);
@@ -57,7 +56,7 @@ std::u16string rtfText(View text) {
 }  // namespace
 
 int kpxHasWildcard(const CString& text) noexcept {
-  return text.view().find_first_of(u"*?") == notFound ? 0 : 1;
+  return text.view().find_first_of(u"*?") == View::npos ? 0 : 1;
 }
 
 int kpxMatchWildcardString(const CString& text, const CString& pattern) {
@@ -119,8 +118,8 @@ CString detail::joinPath(View folder, View file) {
   if (file.empty()) return CString(folder);
   const std::size_t used = folder.find_last_of(u"/\\");
   const char16_t separator =
-      used != notFound ? folder[used]
-                       : static_cast<char16_t>(std::filesystem::path::preferred_separator);
+      used != View::npos ? folder[used]
+                         : static_cast<char16_t>(std::filesystem::path::preferred_separator);
   folder = withoutTrailingSeparators(folder);
   file = withoutLeadingSeparators(file);
   CString path;

@@ -216,15 +216,15 @@ void MarkupEditor::forEachNode(Body body) noexcept {
 // Text grows and shrinks with what is put in, joined or taken out beside it: finds the extent and
 // the kind of the node anew.
 void MarkupEditor::settleNode(CMarkup::NodePos& node) const noexcept {
-  constexpr int textKinds = MarkupNode::text | MarkupNode::whitespace;
-  if ((node.type & textKinds) == 0) return;
+  constexpr int settledKinds = MarkupNode::text | MarkupNode::whitespace;
+  if ((node.type & settledKinds) == 0) return;
   const int end = node.offset;
   while (node.offset > 0 && unitAt(node.offset - 1) != u'>') --node.offset;
   TokenPos token;
   token.text = text_;
   token.end = node.offset;
   const int kind = nextToken(token);
-  if ((kind & textKinds) != 0 && kind > 0) {
+  if ((kind & settledKinds) != 0 && kind > 0) {
     node.type = kind;
     node.length = token.length();
   } else {

@@ -56,17 +56,17 @@ std::size_t findForbiddenCharacter(std::u16string_view text, std::size_t from,
                                    bool isVersion11) noexcept {
   for (std::size_t position = from; position < text.size();) {
     // Most of a text is plain; looked at in blocks that compilers turn into vector code.
-    constexpr std::size_t blockUnits = 32;
-    while (position + blockUnits <= text.size()) {
+    constexpr std::size_t unitsAtOnce = 32;
+    while (position + unitsAtOnce <= text.size()) {
       bool plain = true;
-      for (std::size_t i = 0; i < blockUnits; ++i) plain &= isPlain(text[position + i]);
-      for (std::size_t i = 0; isVersion11 && i < blockUnits; ++i) {
+      for (std::size_t i = 0; i < unitsAtOnce; ++i) plain &= isPlain(text[position + i]);
+      for (std::size_t i = 0; isVersion11 && i < unitsAtOnce; ++i) {
         plain &= !isRestricted(text[position + i]);
       }
       if (!plain) break;
-      position += blockUnits;
+      position += unitsAtOnce;
     }
-    const std::size_t blockEnd = std::min(position + blockUnits, text.size());
+    const std::size_t blockEnd = std::min(position + unitsAtOnce, text.size());
     while (position < blockEnd) {
       const std::size_t start = position;
       const char32_t code = nextCodePoint(text, position);
